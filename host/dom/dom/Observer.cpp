@@ -1,0 +1,12 @@
+#include <dom/Observer.h>
+
+namespace dom
+{
+
+Observer::~Observer() = default;
+
+bool Observer::RequiresBeginEnd() const { return false; }
+
+void Observer::OnDetached() {}
+
+} // namespace dom

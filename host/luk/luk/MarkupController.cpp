@@ -1,0 +1,8 @@
+#include <luk/MarkupController.h>
+
+namespace luk
+{
+
+MarkupController::~MarkupController() = default;
+
+} // namespace luk

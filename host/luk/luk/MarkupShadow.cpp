@@ -1,0 +1,8 @@
+#include <luk/MarkupShadow.h>
+
+namespace luk
+{
+
+MarkupShadow::~MarkupShadow() = default;
+
+} // namespace luk

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <dom/Observable.h>
+#include <luk/ObjectWithRWLock.h>
+
+namespace luk
+{
+
+class Observer;
+
+/// Kernel object that can be observed.
+///
+/// Threads and locks: observers may be registered under the object's own write lock; nobody is called back before the
+/// call returns. Events are posted to the kernel and delivered from its event pump.
+class LUHOST_API Observable : private dom::Observable, public ObjectWithRWLock
+{
+public:
+    enum EventKind : int {
+        EVENT_VISIBILITY_CHANGED = 1,
+        EVENT_MEASUREMENT_DISPLAYED = 2,
+    };
+
+    ~Observable() override;
+
+    bool RegisterObserver(const du::SmartPtr<Observer>& observer);
+    bool UnregisterObserver(const Observer* observer);
+    using dom::Observable::GetObserverCount;
+
+    /// [any thread] Posts and never waits. The object is kept alive until the event has been delivered; without a kernel
+    /// nobody is told.
+    void PostObservableEvent(int kind);
+
+protected:
+    Observable();
+    Observable(const Observable&);
+    Observable& operator=(const Observable&) noexcept;
+};
+
+} // namespace luk

@@ -1,0 +1,8 @@
+#include <luk/Scene.h>
+
+namespace luk
+{
+
+Scene::~Scene() = default;
+
+} // namespace luk

@@ -1,0 +1,8 @@
+#include <luk/ShapeInstance.h>
+
+namespace luk
+{
+
+ShapeInstance::~ShapeInstance() = default;
+
+} // namespace luk

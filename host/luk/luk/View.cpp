@@ -1,0 +1,8 @@
+#include <luk/View.h>
+
+namespace luk
+{
+
+View::~View() = default;
+
+} // namespace luk

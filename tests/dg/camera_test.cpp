@@ -1,0 +1,185 @@
+#include <dg/Camera3D.h>
+#include <dg/Quaternion.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace
+{
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+dg::Camera3D MakeCamera(bool orthographic, double value, const dg::Location& location = dg::Location::IDENTITY)
+{
+    dg::Camera3D camera;
+    if (orthographic) {
+        camera.SetOrthographic(value);
+    } else {
+        camera.SetPerspective(value);
+    }
+    camera.SetLocation(location);
+    camera.SetViewport(800, 600);
+    return camera;
+}
+
+/// The eye at (5, 6, 7), turned, with a scale that must not matter.
+dg::Location Somewhere()
+{
+    dg::Location location;
+    location.Set({5.0, 6.0, 7.0}, {0.8F, 0.3F, -0.4F, 0.2F}, 12.0);
+    return location;
+}
+
+std::vector<dg::Camera3D> UsableCameras()
+{
+    return {MakeCamera(true, 100.0), MakeCamera(true, 0.02, Somewhere()), MakeCamera(false, 45.0),
+            MakeCamera(false, 120.0, Somewhere())};
+}
+
+/// A point in front of the camera, given along its own axes.
+dg::DPoint3D InFrontOf(const dg::Camera3D& camera, double right, double up, double ahead)
+{
+    const dg::DVec3 u = camera.GetU();
+    const dg::DVec3 v = camera.GetV();
+    return camera.GetLocation().GetPosition() + u * right + v * up - u.Cross(v) * ahead;
+}
+
+TEST(Camera, ScreenAxesPointRightAndDownFromTheUpperLeftCorner)
+{
+    for (const dg::Camera3D& camera : UsableCameras()) {
+        dg::DPoint2D center;
+        dg::DPoint2D right;
+        dg::DPoint2D above;
+        ASSERT_TRUE(camera.ProjectPoint(InFrontOf(camera, 0.0, 0.0, 10.0), center));
+        ASSERT_TRUE(camera.ProjectPoint(InFrontOf(camera, 1.0, 0.0, 10.0), right));
+        ASSERT_TRUE(camera.ProjectPoint(InFrontOf(camera, 0.0, 1.0, 10.0), above));
+        EXPECT_NEAR(center.x, 400.0, 1e-6);
+        EXPECT_NEAR(center.y, 300.0, 1e-6);
+        EXPECT_GT(right.x, center.x);
+        EXPECT_LT(above.y, center.y);
+        EXPECT_NEAR(right.x - center.x, center.y - above.y, 1e-6 * (right.x - center.x)) << "pixels are square";
+    }
+}
+
+TEST(Camera, WidthAndAngleSpanTheWidthOfTheViewport)
+{
+    dg::DPoint2D screen;
+    ASSERT_TRUE(MakeCamera(true, 100.0).ProjectPoint({50.0, 0.0, -3.0}, screen));
+    EXPECT_NEAR(screen.x, 800.0, 1e-9);
+    ASSERT_TRUE(MakeCamera(false, 90.0).ProjectPoint({-7.0, 0.0, -7.0}, screen));
+    EXPECT_NEAR(screen.x, 0.0, 1e-9);
+}
+
+TEST(Camera, RayThroughAProjectedPointMeetsItAgain)
+{
+    for (const dg::Camera3D& camera : UsableCameras()) {
+        const dg::DVec3 normal = camera.GetU().Cross(camera.GetV());
+        for (const double right : {-3.0, 0.0, 0.7}) {
+            for (const double up : {-0.2, 2.0}) {
+                for (const double ahead : {0.5, 40.0}) {
+                    const dg::DPoint3D point = InFrontOf(camera, right, up, ahead);
+                    dg::DPoint2D screen;
+                    dg::DPoint3D origin;
+                    dg::DPoint3D hit;
+                    dg::DVec3 direction;
+                    ASSERT_TRUE(camera.ProjectPoint(point, screen));
+                    ASSERT_TRUE(camera.ScreenXYToNormalizedRay(screen.x, screen.y, origin, direction));
+                    EXPECT_NEAR(direction.Length(), 1.0, 1e-12);
+                    ASSERT_TRUE(camera.IntersectRayWithPlane(origin, direction, point, normal * 5.0, hit));
+                    EXPECT_TRUE(dg::ApproximateEquality(hit, point, 1e-9));
+                }
+            }
+        }
+    }
+}
+
+TEST(Camera, OnlyAnOrthographicViewSeesBehindTheEye)
+{
+    for (const bool orthographic : {true, false}) {
+        const dg::Camera3D camera = MakeCamera(orthographic, 60.0);
+        const dg::DPoint3D behind(1.0, 1.0, 5.0);
+        dg::DPoint2D screen{-1.0, -1.0};
+        dg::DPoint3D hit;
+        EXPECT_EQ(camera.ProjectPoint(behind, screen), orthographic);
+        EXPECT_EQ(screen.x != -1.0, orthographic);
+        EXPECT_EQ(camera.ProjectPoint(dg::DPoint3D::ORIGIN, screen), orthographic) << "the eye itself";
+        EXPECT_EQ(camera.IntersectRayWithPlane({}, {0.0, 0.0, -1.0}, behind, {0.0, 0.0, 1.0}, hit), orthographic);
+    }
+}
+
+TEST(Camera, RayMissesAPlaneThatItCannotMeet)
+{
+    const dg::DVec3 ahead(0.0, 0.0, -1.0);
+    const dg::DPoint3D far(0.0, 0.0, -10.0);
+    struct Case {
+        const char* what;
+        dg::DVec3 direction;
+        dg::DPoint3D planePoint;
+        dg::DVec3 planeNormal;
+    };
+    const std::vector<Case> cases = {
+        {"parallel to the plane", ahead, {1.0, 0.0, 0.0}, {1.0, 0.0, 0.0}},
+        {"inside the plane", ahead, {0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}},
+        {"nearly parallel", ahead, far, {1.0, 0.0, 1e-13}},
+        {"no normal", ahead, far, {0.0, 0.0, 0.0}},
+        {"infinite normal", ahead, far, {kInfinity, 0.0, 0.0}},
+        {"bad normal", ahead, far, dg::DVec3::BAD},
+        {"bad point", ahead, dg::DPoint3D::BAD, {0.0, 0.0, 1.0}},
+        {"bad ray", dg::DVec3::BAD, far, {0.0, 0.0, 1.0}},
+        {"infinitely far", ahead, {0.0, 0.0, -kInfinity}, {0.0, 0.0, 1.0}},
+    };
+    for (const Case& c : cases) {
+        for (const bool orthographic : {true, false}) {
+            dg::DPoint3D hit(1.0, 2.0, 3.0);
+            EXPECT_FALSE(
+                MakeCamera(orthographic, 60.0).IntersectRayWithPlane({}, c.direction, c.planePoint, c.planeNormal, hit))
+                << c.what;
+            EXPECT_EQ(hit, dg::DPoint3D(1.0, 2.0, 3.0)) << c.what;
+        }
+    }
+}
+
+TEST(Camera, DegenerateCamerasProjectNothing)
+{
+    const dg::FMat33 sameAxes(1.0F, 1.0F, 0.0F, 0.0F, 0.0F, 1.0F, 0.0F, 0.0F, 0.0F);
+    std::vector<dg::Camera3D> cameras = {
+        MakeCamera(true, 0.0),
+        MakeCamera(true, -5.0),
+        MakeCamera(true, kNan),
+        MakeCamera(true, kInfinity),
+        MakeCamera(false, 0.0),
+        MakeCamera(false, 180.0),
+        MakeCamera(false, 540.0),
+        MakeCamera(false, kNan),
+        MakeCamera(true, 10.0, dg::Location::ZERO),
+        MakeCamera(true, 10.0, dg::Location()),
+        MakeCamera(false, 45.0, {sameAxes, dg::DPoint3D::ORIGIN}),
+        MakeCamera(false, 45.0, {dg::FMat33::Scaling(kNan, 1.0, 1.0), dg::DPoint3D::ORIGIN}),
+        MakeCamera(false, 45.0, {dg::FMat33::IDENTITY, {kInfinity, 0.0, 0.0}}),
+    };
+    for (const auto& [width, height] : {std::pair(0, 600), std::pair(800, 0), std::pair(-1, -1)}) {
+        cameras.push_back(MakeCamera(true, 10.0));
+        cameras.back().SetViewport(width, height);
+    }
+    for (std::size_t i = 0; i < cameras.size(); ++i) {
+        dg::DPoint2D screen;
+        dg::DPoint3D origin;
+        dg::DVec3 direction;
+        EXPECT_FALSE(cameras[i].ProjectPoint({1.0, 1.0, -10.0}, screen)) << i;
+        EXPECT_FALSE(cameras[i].ScreenXYToNormalizedRay(10.0, 10.0, origin, direction)) << i;
+    }
+    for (const dg::Camera3D& camera : UsableCameras()) {
+        dg::DPoint2D screen;
+        dg::DPoint3D origin;
+        dg::DVec3 direction;
+        EXPECT_FALSE(camera.ProjectPoint(dg::DPoint3D::BAD, screen));
+        EXPECT_FALSE(camera.ScreenXYToNormalizedRay(kNan, 0.0, origin, direction));
+        EXPECT_FALSE(camera.ScreenXYToNormalizedRay(0.0, kInfinity, origin, direction));
+    }
+}
+
+} // namespace

@@ -1,0 +1,133 @@
+#include <dg/Quaternion.h>
+#include <dg/XmlElem.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using XmlPtr = std::unique_ptr<dg::XmlElem, dg::XmlFreer>;
+
+dg::Location Placed(const dg::DPoint3D& position, double scale)
+{
+    dg::Location location;
+    location.Set(position, {0.7F, 0.1F, -0.6F, 0.3F}, scale);
+    return location;
+}
+
+TEST(XmlWrite, CameraElementStandsOnALineOfItsOwn)
+{
+    const XmlPtr camera(dg::NewXmlElem("camera"));
+    camera->SetAttributeAsBool("ortho", true);
+    camera->SetAttributeAsDouble("value", 0.1);
+    camera->SetAttributeAsLocation("location", {dg::FMat33::Scaling(1.0, 0.1, 2.0), {1e6, -2.5, 1e-7}});
+    std::string text = "before\n";
+    dg::WriteXmlCloseTags(camera.get(), text, 3);
+    EXPECT_EQ(text, "before\n      <camera ortho=\"true\" value=\"0.1\" "
+                    "location=\"1 0 0 0 0.1 0 0 0 2 1e+06 -2.5 1e-07\"/> \n");
+}
+
+TEST(XmlWrite, SettingAnAttributeAgainKeepsItsPlaceAndEscapesItsValue)
+{
+    const XmlPtr element(dg::NewXmlElem("e"));
+    element->SetAttribute("a", "1");
+    element->SetAttribute("b", "2");
+    element->SetAttribute("a", "<&>\"'");
+    std::string text;
+    dg::WriteXmlCloseTags(element.get(), text, 0);
+    dg::WriteXmlCloseTags(nullptr, text, 5);
+    EXPECT_EQ(text, "<e a=\"&lt;&amp;&gt;&quot;&apos;\" b=\"2\"/> \n");
+}
+
+TEST(XmlWrite, TypedAttributesReadBackToTheSameBits)
+{
+    const std::vector<dg::Location> locations = {
+        dg::Location::IDENTITY, dg::Location::ZERO, Placed({0.1, 1.0 / 3.0, -1e300}, 1.0),
+        Placed({5e-324, -0.0, 123456789.123456789}, 1e-30), Placed({1.0, 2.0, 3.0}, -1e30)};
+    for (const dg::Location& location : locations) {
+        const XmlPtr written(dg::NewXmlElem("e"));
+        written->SetAttributeAsLocation("location", location);
+        written->SetAttributeAsDouble("value", location.GetPosition().y);
+        std::string text;
+        dg::WriteXmlCloseTags(written.get(), text, 1);
+        const XmlPtr read(dg::ParseXml(text, false, nullptr));
+        ASSERT_TRUE(read) << text;
+        EXPECT_EQ(read->GetAttributeAsLocation("location", dg::Location()), location) << text;
+        EXPECT_EQ(read->GetAttributeAsDouble("value", 77.0), location.GetPosition().y) << text;
+    }
+}
+
+TEST(XmlWrite, NumbersThatAreNotFiniteBecomeZero)
+{
+    const XmlPtr element(dg::NewXmlElem("e"));
+    element->SetAttributeAsDouble("value", std::numeric_limits<double>::infinity());
+    element->SetAttributeAsLocation("location", dg::Location());
+    EXPECT_EQ(element->GetAttribute("value"), "0");
+    EXPECT_EQ(element->GetAttributeAsLocation("location"), dg::Location::IDENTITY);
+}
+
+TEST(XmlWrite, LocationsNeedTwelveWords)
+{
+    const dg::Location fallback(dg::FMat33::Scaling(5.0, 5.0, 5.0), {5.0, 5.0, 5.0});
+    const dg::Location expected({1.0F, 2.0F, 3.0F, 4.0F, 5.0F, 6.0F, 7.0F, 8.0F, 9.0F}, {10.0, 11.0, 12.0});
+    const std::vector<std::pair<const char*, dg::Location>> cases = {
+        {"1 2 3 4 5 6 7 8 9 10 11 12", expected},
+        {"  1\t2\n3 4 5 6  7 8 9 10 11 12 ", expected},
+        {"1 2 3 4 5 6 7 8 9 10 11", fallback},
+        {"1 2 3 4 5 6 7 8 9 10 11 12 13", fallback},
+        {"", fallback},
+        {"   ", fallback},
+        {"x x x x x x x x x nan inf 1e", dg::Location::ZERO},
+    };
+    const XmlPtr element(dg::NewXmlElem("e"));
+    EXPECT_EQ(element->GetAttributeAsLocation("location", fallback), fallback);
+    for (const auto& [text, location] : cases) {
+        element->SetAttribute("location", text);
+        EXPECT_EQ(element->GetAttributeAsLocation("location", fallback), location) << text;
+    }
+}
+
+TEST(XmlWrite, EscapedTextReadsBackByteForByte)
+{
+    std::string everyByte;
+    for (int c = 1; c < 256; ++c) {
+        everyByte.push_back(static_cast<char>(c));
+    }
+    const std::vector<std::string> texts = {
+        "", "plain", "&amp;", "<<>>", "a&b<c>d\"e'f", "]]>", " lead and trail ", "line\r\nend\ttab", everyByte};
+    for (const std::string& text : texts) {
+        const std::string encoded = dg::EncodeXmlStr(text);
+        EXPECT_EQ(encoded.find_first_of("<>\"'"), std::string::npos);
+        const XmlPtr root(dg::ParseXml("<e a=\"" + encoded + "\">" + encoded + "</e>", false, nullptr));
+        ASSERT_TRUE(root) << encoded;
+        EXPECT_EQ(root->GetAttribute("a"), text);
+        EXPECT_EQ(root->GetText(), text);
+    }
+    EXPECT_EQ(dg::EncodeXmlStr("&<>\"'x"), "&amp;&lt;&gt;&quot;&apos;x");
+}
+
+TEST(XmlWrite, EveryByteIsEscapedOrKeptWhereverItStands)
+{
+    const std::string specials = "&<>\"'";
+    const std::vector<std::string> entities = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"};
+    for (int c = 0; c < 256; ++c) {
+        const char byte = static_cast<char>(c);
+        const std::size_t special = specials.find(byte);
+        const std::string expected = special == std::string::npos ? std::string(1, byte) : entities[special];
+        for (std::size_t before = 0; before < 18; ++before) {
+            for (const std::size_t behind : {std::size_t{0}, std::size_t{7}, std::size_t{9}}) {
+                const std::string front(before, '\xA6');
+                const std::string back(behind, '=');
+                EXPECT_EQ(dg::EncodeXmlStr(front + byte + back), front + expected + back) << c << ' ' << before;
+            }
+        }
+    }
+}
+
+} // namespace

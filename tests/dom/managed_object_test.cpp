@@ -1,0 +1,87 @@
+#include <dom/ManagedObject.h>
+#include <dom/Observer.h>
+#include <du/SmartPtr.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+TEST(ManagedObject, AddsNoReferenceAndLeavesTheBooksAtItsEnd)
+{
+    dom::ManagedObject books;
+    auto observer = du::MakeCounted<dom::Observer>();
+    books.ManageObject(*observer);
+    EXPECT_EQ(observer->GetReferenceCount(), 1u);
+    EXPECT_EQ(books.GetManagedObjectCount(), 1u);
+    observer = nullptr;
+    EXPECT_EQ(books.GetManagedObjectCount(), 0u);
+}
+
+TEST(ManagedObject, IsInOneBookAtATime)
+{
+    dom::ManagedObject first;
+    dom::ManagedObject second;
+    dom::ManagedObject object;
+    first.ManageObject(object);
+    first.ManageObject(object);
+    EXPECT_EQ(first.GetManagedObjectCount(), 1u);
+    second.ManageObject(object);
+    EXPECT_EQ(first.GetManagedObjectCount(), 0u);
+    EXPECT_EQ(second.GetManagedObjectCount(), 1u);
+    first.UnmanageObject(object);
+    EXPECT_TRUE(object.IsManaged());
+    object.ManageObject(object);
+    EXPECT_EQ(second.GetManagedObjectCount(), 1u);
+    const dom::ManagedObject copy(object);
+    EXPECT_FALSE(copy.IsManaged());
+}
+
+TEST(ManagedObject, OutlivesItsManager)
+{
+    dom::ManagedObject object;
+    {
+        dom::ManagedObject books;
+        books.ManageObject(object);
+    }
+    EXPECT_FALSE(object.IsManaged());
+}
+
+TEST(ManagedObject, LeavesFromTheMiddleInAnyOrder)
+{
+    dom::ManagedObject books;
+    std::vector<std::unique_ptr<dom::ManagedObject>> objects;
+    for (int i = 0; i < 5; ++i) {
+        objects.push_back(std::make_unique<dom::ManagedObject>());
+        books.ManageObject(*objects.back());
+    }
+    std::size_t left = 5;
+    for (const std::size_t index : {2u, 0u, 4u, 1u, 3u}) {
+        objects[index].reset();
+        EXPECT_EQ(books.GetManagedObjectCount(), --left);
+    }
+}
+
+TEST(ManagedObject, ComesAndGoesOnManyThreads)
+{
+    dom::ManagedObject books;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&books] {
+            for (int round = 0; round < 2000; ++round) {
+                dom::ManagedObject object;
+                books.ManageObject(object);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(books.GetManagedObjectCount(), 0u);
+}
+
+} // namespace

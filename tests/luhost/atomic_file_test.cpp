@@ -1,0 +1,156 @@
+#include "support/TemporaryFolder.h"
+
+#include <luhost/AtomicFile.h>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using luhost::AtomicFile;
+
+class AtomicFileTest : public testing::Test
+{
+protected:
+    std::size_t CountFiles() const
+    {
+        return static_cast<std::size_t>(
+            std::distance(fs::directory_iterator(m_folder.Path()), fs::directory_iterator()));
+    }
+
+    static mode_t PermissionsOf(const std::string& path)
+    {
+        struct stat status {
+        };
+        EXPECT_EQ(::stat(path.c_str(), &status), 0);
+        return status.st_mode & 07777U;
+    }
+
+    test::TemporaryFolder m_folder;
+};
+
+TEST_F(AtomicFileTest, ReplacesTheWholeFileAtTheEnd)
+{
+    const std::string path = m_folder.Write("a.xml", "old and longer");
+    AtomicFile file(path);
+    EXPECT_TRUE(file.Write("new "));
+    EXPECT_TRUE(file.Write(std::string("b\0y", 3)));
+    EXPECT_EQ(m_folder.Read("a.xml"), "old and longer");
+    EXPECT_TRUE(file.Commit());
+    EXPECT_EQ(m_folder.Read("a.xml"), std::string("new b\0y", 7));
+    EXPECT_EQ(CountFiles(), 1u);
+    EXPECT_FALSE(file.Write("late"));
+    EXPECT_FALSE(file.Commit());
+    EXPECT_FALSE(file.HasFailed());
+}
+
+TEST_F(AtomicFileTest, LeavesTheOldFileWithoutCommit)
+{
+    const std::string path = m_folder.Write("a.xml", "old");
+    {
+        AtomicFile file(path);
+        EXPECT_TRUE(file.Write("new"));
+        EXPECT_EQ(CountFiles(), 2u);
+    }
+    EXPECT_EQ(m_folder.Read("a.xml"), "old");
+    EXPECT_EQ(CountFiles(), 1u);
+}
+
+TEST_F(AtomicFileTest, AnotherWriterMayFillTheTemporaryFile)
+{
+    AtomicFile file(m_folder.Path("a.xml"));
+    std::ofstream(file.GetTemporaryPath()) << "by name";
+    EXPECT_TRUE(file.Commit());
+    EXPECT_EQ(m_folder.Read("a.xml"), "by name");
+}
+
+TEST_F(AtomicFileTest, KeepsPermissionBits)
+{
+    const std::string path = m_folder.Write("a.xml", "old");
+    for (const mode_t mode : {mode_t{0640}, mode_t{0444}}) {
+        ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+        AtomicFile file(path);
+        EXPECT_EQ(PermissionsOf(file.GetTemporaryPath()), 0600U);
+        EXPECT_TRUE(file.Commit());
+        EXPECT_EQ(PermissionsOf(path), mode);
+    }
+    AtomicFile fresh(m_folder.Path("fresh.xml"));
+    EXPECT_TRUE(fresh.Commit());
+    const std::string ordinary = m_folder.Write("ordinary.xml", "");
+    EXPECT_EQ(PermissionsOf(m_folder.Path("fresh.xml")), PermissionsOf(ordinary));
+}
+
+TEST_F(AtomicFileTest, FollowsALink)
+{
+    m_folder.Write("real/a.xml", "old");
+    fs::create_symlink("real/a.xml", m_folder.Path("link.xml"));
+    fs::create_symlink("real/b.xml", m_folder.Path("dangling.xml"));
+    for (const char* const link : {"link.xml", "dangling.xml"}) {
+        AtomicFile file(m_folder.Path(link));
+        EXPECT_TRUE(file.Write("new"));
+        EXPECT_TRUE(file.Commit()) << file.GetError();
+        EXPECT_TRUE(fs::is_symlink(m_folder.Path(link)));
+    }
+    EXPECT_EQ(m_folder.Read("real/a.xml"), "new");
+    EXPECT_EQ(m_folder.Read("real/b.xml"), "new");
+}
+
+TEST_F(AtomicFileTest, TellsWhyItCannotWrite)
+{
+    fs::create_symlink("loop", m_folder.Path("loop"));
+    const struct {
+        std::string target;
+        const char* reason;
+    } cases[] = {
+        {"", "Invalid argument"},
+        {m_folder.Path("missing/a.xml"), "No such file or directory"},
+        {m_folder.Path(), "Is a directory"},
+        {"/dev/null", "Invalid argument"},
+        {m_folder.Path("loop"), "Too many levels"},
+    };
+    for (const auto& [target, reason] : cases) {
+        AtomicFile file(target);
+        EXPECT_TRUE(file.HasFailed()) << target;
+        EXPECT_NE(file.GetError().find(reason), std::string::npos) << file.GetError();
+        EXPECT_FALSE(file.Write("x"));
+        EXPECT_FALSE(file.Commit());
+    }
+    EXPECT_EQ(CountFiles(), 1u);
+}
+
+TEST_F(AtomicFileTest, LeavesTheOldFileWhenTheMediumIsFull)
+{
+    const std::string path = m_folder.Write("a.xml", "old");
+    struct rlimit before {
+    };
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const struct rlimit tight {
+        4096, before.rlim_max
+    };
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
+    std::string error;
+    bool committed = false;
+    {
+        AtomicFile file(path);
+        file.Write(std::string(100000, 'x'));
+        committed = file.Commit();
+        error = file.GetError();
+    }
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_FALSE(committed);
+    EXPECT_NE(error.find("File too large"), std::string::npos) << error;
+    EXPECT_EQ(m_folder.Read("a.xml"), "old");
+    EXPECT_EQ(CountFiles(), 1u);
+}
+
+} // namespace

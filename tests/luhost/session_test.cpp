@@ -1,0 +1,253 @@
+#include "support/SessionTest.h"
+
+#include <dg/Color.h>
+#include <dp/LuInfo.h>
+#include <du/FileSystem.h>
+#include <du/Localizer.h>
+#include <luk/illustration/AssociativeObjectObserver.h>
+#include <luk/illustration/CategoryInfo.h>
+#include <luk/illustration/SymbolCollectionInformation.h>
+#include <luk/illustration/SymbolTemplate.h>
+#include <luk/illustration/SymbolTemplateCollection.h>
+#include <luk/Kernel.h>
+#include <luk/World.h>
+#include <lukapp/illustration/DrellinApp.h>
+#include <lukapp/illustration/SymbolTemplateLoader.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace test
+{
+
+namespace
+{
+
+using luk::illustration::CategoryInfo;
+using luk::illustration::CollectionItem;
+using luk::illustration::SymbolTemplate;
+using luk::illustration::SymbolTemplateCollection;
+using lukapp::illustration::DrellinApp;
+
+std::string TemporaryDirectory()
+{
+    du::Symbol directory;
+    const auto app = DrellinApp::GetDrellinApp();
+    return app && app->GetTemporaryDirectory(directory) ? directory.GetText() : "";
+}
+
+TEST_F(SessionTest, EveryGetterAnswersWithinItAndNoneAfterIt)
+{
+    const auto everything = [] {
+        du::SmartPtr<luk::Preferences> preferences;
+        const auto world = luk::World::GetWorld();
+        return std::vector<bool>{world != nullptr,
+                                 world && world->GetPreferences(),
+                                 world && world->GetIllustrationPreferences(preferences),
+                                 luk::Kernel::GetKernel() != nullptr,
+                                 SymbolTemplateCollection::GetCollection() != nullptr,
+                                 lukapp::LukApp::Get() != nullptr,
+                                 DrellinApp::GetDrellinApp() != nullptr,
+                                 luhost::Session::IsRunning()};
+    };
+    const auto all = [](bool answer) { return std::vector<bool>(8, answer); };
+    EXPECT_EQ(everything(), all(true));
+    EndSession();
+    EXPECT_EQ(everything(), all(false));
+    RestartSession();
+    EXPECT_EQ(everything(), all(true));
+}
+
+TEST_F(SessionTest, FoldersHaveNoSeparatorAtTheEnd)
+{
+    m_config.baseFolder += "//";
+    m_config.sharedSymbolLibraryEnabled = true;
+    m_config.sharedSymbolLibraryFolder = "/shared/";
+    m_config.temporaryDirectory = m_folder.Path() + "/";
+    RestartSession();
+    auto preferences = luk::World::GetWorld()->GetPreferences();
+    EXPECT_EQ(preferences->GetBaseURL().GetText(), m_folder.Path());
+    EXPECT_TRUE(preferences->IsSharedSymbolLibraryEnabled());
+    EXPECT_EQ(preferences->GetSharedSymbolLibraryFolder().GetText(), "/shared");
+    EXPECT_EQ(preferences->GetReadCount(), 3u);
+    preferences = nullptr;
+    EXPECT_EQ(TemporaryDirectory(), m_folder.Path());
+    du::Symbol cache;
+    EXPECT_TRUE(dp::LuInfo::GetLuviewSharedCachePrefsDir(cache));
+    EXPECT_EQ(cache.GetText(), "/shared");
+    EndSession();
+    EXPECT_FALSE(dp::LuInfo::GetLuviewSharedCachePrefsDir(cache));
+    EXPECT_TRUE(du::FileSystem::DirExists(m_folder.Path())) << "a given folder stays";
+}
+
+TEST_F(SessionTest, ItsOwnTemporaryFolderIsFreshPrivateAndDeleted)
+{
+    const std::string first = TemporaryDirectory();
+    ASSERT_TRUE(du::FileSystem::DirExists(first));
+    EXPECT_EQ(std::filesystem::status(first).permissions(), std::filesystem::perms::owner_all);
+    std::filesystem::create_directories(first + "/Symbols/deep");
+    EndSession();
+    EXPECT_FALSE(du::FileSystem::DirExists(first));
+    RestartSession();
+    EXPECT_NE(TemporaryDirectory(), first);
+}
+
+TEST_F(SessionTest, AnUnsetColourStaysAsItIs)
+{
+    const std::string key = "Annotations/Shape/shape_color";
+    m_config.colors.emplace_back(key, dg::Color(0.1F, 0.2F, 0.3F, 0.4F));
+    RestartSession();
+    const auto preferences = luk::World::GetWorld()->GetPreferences();
+    dg::Color color;
+    bool found = true;
+    preferences->GetIntUIAsColor("Annotations/other", color, &found);
+    EXPECT_FALSE(found);
+    EXPECT_EQ(color, dg::Color::BLACK);
+    preferences->GetIntUIAsColor(key, color);
+    EXPECT_EQ(color, dg::Color(0.1F, 0.2F, 0.3F, 0.4F));
+}
+
+TEST_F(SessionTest, ItsMessagesGoWithIt)
+{
+    m_config.language = "de";
+    m_config.messageFile =
+        m_folder.Write("messages.xml", "<messages table=\"lubase:lumodulesStrings\"><message "
+                                       "key=\"K\"><text lang=\"de\">Pfeil</text></message></messages>");
+    RestartSession();
+    const du::Localizer localizer("lubase:lumodulesStrings");
+    EXPECT_EQ(localizer.LocalizeMessage("K"), "Pfeil");
+    EndSession();
+    EXPECT_EQ(localizer.LocalizeMessage("K"), "K");
+
+    m_config.messageFile = m_folder.Write("bad.xml", "<messages table=\"t\">\n<message/></messages>");
+    luhost::Session session(m_config);
+    EXPECT_EQ(session.GetProblems(), std::vector<std::string>{m_config.messageFile + ":2: a message has no key"});
+    EXPECT_TRUE(session.IsActive());
+}
+
+TEST_F(SessionTest, ThereIsOneAtATime)
+{
+    const auto world = luk::World::GetWorld();
+    luhost::Session second(m_config);
+    EXPECT_FALSE(second.IsActive());
+    EXPECT_EQ(second.GetProblems().size(), 1u);
+    second.Close();
+    EXPECT_EQ(luk::World::GetWorld(), world);
+}
+
+TEST(Session, TellsWhatIsLeftAlive)
+{
+    luhost::Session session{luhost::SessionConfig{}};
+    luk::Kernel::GetKernel()->PostEvent([held = du::MakeCounted<luk::Preferences>()] {});
+    auto kept = luk::World::GetWorld();
+    testing::internal::CaptureStderr();
+    const luhost::Session::LeftOver left = session.Close();
+    const std::string printed = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(left.objects, 2u) << "the world and its preferences";
+    EXPECT_FALSE(left.IsClean());
+#if LUHOST_REFERENCE_LEDGER
+    EXPECT_NE(left.holders.find("luk::World"), std::string::npos) << left.holders;
+    EXPECT_NE(printed.find(left.holders), std::string::npos) << printed;
+#endif
+}
+
+/// A library in memory.
+class FixedLoader : public lukapp::illustration::SymbolTemplateLoader
+{
+public:
+    du::SmartPtr<luk::illustration::CollectionInformation> GetCollectionInformation() override
+    {
+        auto information = du::MakeCounted<luk::illustration::SymbolCollectionInformation>();
+        information->SetUnits("mm");
+        return information;
+    }
+
+    bool GetTemplateList(const du::Symbol& libraryFile, std::vector<du::SmartPtr<SymbolTemplate>>& templates) override
+    {
+        file = libraryFile.GetText();
+        hadPreferences = GetPreferences() != nullptr;
+        templates.insert(templates.end(), entries.begin(), entries.end());
+        return true;
+    }
+
+    void GetCategoryList(std::vector<du::SmartPtr<CategoryInfo>>& list) override
+    {
+        list.insert(list.end(), categories.begin(), categories.end());
+    }
+
+    void Add(const std::string& id, const std::string& name, CollectionItem::Origin origin)
+    {
+        entries.push_back(du::MakeCounted<SymbolTemplate>(origin));
+        entries.back()->SetId(id);
+        entries.back()->SetName(name);
+    }
+
+    void AddCategory(const std::string& id)
+    {
+        categories.push_back(du::MakeCounted<CategoryInfo>(CollectionItem::ORIGIN_USER,
+                                                           SymbolTemplateCollection::CATEGORY, "category " + id));
+        categories.back()->SetId(id);
+    }
+
+    std::vector<du::SmartPtr<SymbolTemplate>> entries;
+    std::vector<du::SmartPtr<CategoryInfo>> categories;
+    std::string file;
+    bool hadPreferences = false;
+};
+
+class Listener : public luk::illustration::AssociativeObjectObserver
+{
+public:
+    Listener() : AssociativeObjectObserver(0) {}
+    void OnCollectionLoadedFromStandard() override { log += "standard "; }
+    void OnAssociativeObjectChanged(const du::SmartPtr<luk::illustration::AssociativeObject>& object) override
+    {
+        log += object ? object->GetName() + " " : "several ";
+    }
+    std::string log;
+};
+
+TEST(Session, LoadsALibraryAndLoadsItAgain)
+{
+    luhost::Session session{luhost::SessionConfig{}};
+    const auto& collection = SymbolTemplateCollection::GetCollection();
+    {
+        const auto listener = du::MakeCounted<Listener>();
+        collection->RegisterObserver(listener);
+
+        auto loader = du::MakeCounted<FixedLoader>();
+        loader->Add("a", "arrow", CollectionItem::ORIGIN_OOTB);
+        loader->Add("b", "bolt", CollectionItem::ORIGIN_OOTB);
+        loader->AddCategory("c");
+        loader->AddCategory("c");
+        auto counts = session.LoadLibrary("/library.xml", loader);
+        EXPECT_TRUE(counts.loaded);
+        EXPECT_EQ(counts.added, 2u);
+        EXPECT_EQ(counts.categoriesAdded, 2u);
+        EXPECT_EQ(loader->file, "/library.xml");
+        EXPECT_TRUE(loader->hadPreferences);
+        EXPECT_EQ(listener->log, "standard several ");
+        EXPECT_NE(collection->GetInformation(), nullptr);
+
+        listener->log.clear();
+        loader = du::MakeCounted<FixedLoader>();
+        loader->Add("b", "bolt", CollectionItem::ORIGIN_USER);
+        loader->Add("a", "big arrow", CollectionItem::ORIGIN_USER);
+        loader->AddCategory("c");
+        counts = session.LoadLibrary("/library.xml", loader);
+        EXPECT_EQ(counts.added, 0u);
+        EXPECT_EQ(counts.changed, 1u);
+        EXPECT_EQ(counts.unchanged, 1u);
+        EXPECT_EQ(counts.categoriesReplaced, 1u);
+        EXPECT_EQ(listener->log, "big arrow ");
+        EXPECT_EQ(collection->IndexToAssociativeObject(0)->GetName(), "big arrow");
+        EXPECT_EQ(collection->GetCategoryCount(), 2u);
+        EXPECT_FALSE(session.LoadLibrary("/library.xml", nullptr).loaded);
+    }
+    EXPECT_TRUE(session.Close().IsClean());
+}
+
+} // namespace
+
+} // namespace test

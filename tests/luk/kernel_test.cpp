@@ -1,0 +1,74 @@
+#include <luk/Kernel.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+class KernelTest : public testing::Test
+{
+protected:
+    du::SmartPtr<luk::Kernel> m_kernel = du::MakeCounted<luk::Kernel>();
+    std::string m_order;
+};
+
+TEST_F(KernelTest, DeliversInOrderAndLeavesNewEventsForTheNextCall)
+{
+    m_kernel->PostEvent([this] {
+        m_order += 'a';
+        m_kernel->PostEvent([this] { m_order += 'c'; });
+        EXPECT_EQ(m_kernel->ProcessEvents(), 0u);
+        EXPECT_FALSE(m_kernel->ProcessOneEvent());
+    });
+    m_kernel->PostEvent([this] { m_order += 'b'; });
+    EXPECT_EQ(m_kernel->ProcessEvents(), 2u);
+    EXPECT_EQ(m_order, "ab");
+    EXPECT_EQ(m_kernel->GetPendingEventCount(), 1u);
+    EXPECT_TRUE(m_kernel->ProcessOneEvent());
+    EXPECT_FALSE(m_kernel->ProcessOneEvent());
+    EXPECT_EQ(m_order, "abc");
+}
+
+TEST_F(KernelTest, DeliversOnTheHostThreadOnly)
+{
+    std::vector<std::thread> workers;
+    int delivered = 0;
+    for (int i = 0; i < 4; ++i) {
+        workers.emplace_back([this, &delivered] {
+            for (int n = 0; n < 500; ++n) {
+                m_kernel->PostEvent([&delivered] { ++delivered; });
+            }
+            EXPECT_EQ(m_kernel->ProcessEvents(), 0u);
+        });
+    }
+    while (delivered < 2000) {
+        m_kernel->ProcessEvents();
+        std::this_thread::yield();
+    }
+    for (std::thread& worker : workers) {
+        worker.join();
+    }
+    EXPECT_EQ(m_kernel->GetPendingEventCount(), 0u);
+}
+
+TEST_F(KernelTest, DropsWhatIsLeftAndCallsNobody)
+{
+    const auto held = std::make_shared<int>(0);
+    m_kernel->PostEvent([this, held] {
+        m_order += 'a';
+        EXPECT_EQ(m_kernel->Close(), 1u);
+    });
+    m_kernel->PostEvent([this, held] { m_order += 'b'; });
+    EXPECT_EQ(m_kernel->ProcessEvents(), 1u);
+    m_kernel->PostEvent([this, held] { m_order += 'c'; });
+    EXPECT_EQ(m_kernel->ProcessEvents(), 0u);
+    EXPECT_EQ(m_order, "a");
+    EXPECT_EQ(held.use_count(), 1);
+}
+
+} // namespace
