@@ -1,0 +1,12 @@
+#pragma once
+
+/// Marks what the plug-in hands to its host: the entry points and the public classes. Everything else stays hidden.
+#if defined(_WIN32)
+#  if defined(LUSYMBOLS_BUILDING)
+#    define LUSYMBOLS_API __declspec(dllexport)
+#  else
+#    define LUSYMBOLS_API __declspec(dllimport)
+#  endif
+#else
+#  define LUSYMBOLS_API __attribute__((visibility("default")))
+#endif

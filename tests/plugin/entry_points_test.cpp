@@ -1,0 +1,121 @@
+#include "plugin/ComponentSlot.h"
+#include "plugin/EntryPoints.h"
+#include "support/SessionTest.h"
+#include "xml/SymbolTemplateLoader.h"
+
+#include <dp/LUTracer.h>
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+class EntryPoints : public test::SessionTest
+{
+};
+
+/// An object that tells when it goes.
+class Witness : public du::RefCounted
+{
+public:
+    explicit Witness(int& deletions) : m_deletions(deletions) {}
+    ~Witness() override { ++m_deletions; }
+
+private:
+    int& m_deletions;
+};
+
+TEST_F(EntryPoints, UnknownRequestsLeaveTheSlotAlone)
+{
+    using namespace std::string_literals;
+    const struct {
+        std::string action, category, type;
+    } requests[] = {
+        {"", "", ""},
+        {"create", "annotation", "Symbol2D"},
+        {"create", "annotation", "symbol3d "},
+        {"create", "annotation", "symbol"},
+        {"create", "template", "symbol"},
+        {"load", "annotation", "symbol2d"},
+        {"load", "template", "Symbol"},
+        {"load", "template", "symbol "},
+        {"load", "template", "symbol\0"s},
+        {"load", "template", "sym"},
+        {"LOAD", "template", "symbol"},
+        {"template", "load", "symbol"},
+        {"load", "template", ""},
+        {"load", "template", std::string(65536, 's')},
+        {"load", "template", "\xff\xfe"},
+    };
+    int deletions = 0;
+    du::SmartPtr<du::RefCounted> slot(new Witness(deletions));
+    du::RefCounted* const before = slot.get();
+    for (const auto& request : requests) {
+        EXPECT_FALSE(LUDllCreateComponent(request.action, request.category, request.type, slot))
+            << request.action << '/' << request.category << '/' << request.type;
+        EXPECT_EQ(slot.get(), before);
+    }
+    EXPECT_EQ(deletions, 0);
+}
+
+TEST_F(EntryPoints, ALoaderReplacesWhatTheSlotHeldAndIsTracedOnce)
+{
+    std::vector<std::string> lines;
+    const dp::TraceSink old = dp::LUTracer::SetSink([&](const dp::TraceMessage& message) {
+        lines.push_back(std::string(message.channel.channel) + "|" + message.channel.parent + "|" +
+                        std::to_string(message.type) + "|" + std::string(message.text));
+    });
+    int deletions = 0;
+    du::SmartPtr<du::RefCounted> slot(new Witness(deletions));
+    EXPECT_TRUE(LUDllCreateComponent("load", "template", "symbol", slot));
+    dp::LUTracer::SetSink(old);
+
+    EXPECT_EQ(deletions, 1);
+    ASSERT_TRUE(slot);
+    EXPECT_EQ(slot->GetReferenceCount(), 1u);
+    EXPECT_TRUE(du::DynamicCast<lusymbols::SymbolTemplateLoader>(slot));
+    EXPECT_EQ(lines, std::vector<std::string>{"lusymbols|root|0|Create new template loader\n"});
+}
+
+TEST_F(EntryPoints, EachRequestMakesAFreshComponent)
+{
+    du::SmartPtr<du::RefCounted> first;
+    du::SmartPtr<du::RefCounted> second;
+    ASSERT_TRUE(LUDllCreateComponent("load", "template", "symbol", first));
+    ASSERT_TRUE(LUDllCreateComponent("load", "template", "symbol", second));
+    EXPECT_FALSE(first == second);
+}
+
+TEST_F(EntryPoints, AnAllocatorThatAnswersNullEmptiesTheSlot)
+{
+    int deletions = 0;
+    du::SmartPtr<du::RefCounted> slot(new Witness(deletions));
+    EXPECT_TRUE(lusymbols::StoreComponent(slot, nullptr));
+    EXPECT_EQ(slot, nullptr);
+    EXPECT_EQ(deletions, 1);
+}
+
+TEST_F(EntryPoints, StoringWhatTheSlotHoldsChangesNothing)
+{
+    int deletions = 0;
+    du::SmartPtr<du::RefCounted> slot(new Witness(deletions));
+    EXPECT_TRUE(lusymbols::StoreComponent(slot, slot.get()));
+    EXPECT_EQ(deletions, 0);
+    EXPECT_EQ(slot->GetReferenceCount(), 1u);
+}
+
+TEST_F(EntryPoints, InitAndTerminateAreOneFunctionUnderTwoNames)
+{
+    void* const library = dlopen(PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    void* const init = dlsym(library, "LUDllInit");
+    EXPECT_NE(init, nullptr);
+    EXPECT_EQ(init, dlsym(library, "LUDllTerminate"));
+    dlclose(library);
+}
+
+} // namespace

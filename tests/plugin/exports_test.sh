@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# exports_test.sh PLUGIN NM: what the built plug-in shows and what it needs.
+set -euo pipefail
+plugin=$1
+nm=$2
+failed=0
+
+# Instrumented builds bring symbols of their own, all of them in the reserved name space.
+allowed='^(LUDllInit|LUDllTerminate|LUDllCreateComponent|__[a-z_]+san.*|__odr_asan.*)$'
+allowed+='|^(typeinfo for |typeinfo name for |vtable for |VTT for |non-virtual thunk to |virtual thunk to )?(lusymbols|luannotations)::'
+shown=$("$nm" -D --defined-only --demangle "$plugin" | cut -d' ' -f3-)
+strangers=$(grep -vE "$allowed" <<<"$shown" || true)
+if [ -n "$strangers" ]; then
+  echo "shown, but no entry point and no class of the plug-in:"
+  echo "$strangers"
+  failed=1
+fi
+
+for entry in LUDllInit LUDllTerminate LUDllCreateComponent; do
+  grep -qx "$entry" <<<"$shown" || { echo "missing: $entry"; failed=1; }
+done
+for class in PartslibraryItem PartslibraryUIData SymbolTemplateWriter SymbolTemplateLoader; do
+  grep -qx "vtable for lusymbols::$class" <<<"$shown" || { echo "not usable from outside: lusymbols::$class"; failed=1; }
+done
+
+needed=$(readelf -d "$plugin" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
+extra=$(echo "$needed" | grep -vE '^(libluhost\.so.*|libstdc\+\+\.so.*|libm\.so.*|libgcc_s\.so.*|libc\.so.*|ld-linux.*|lib[a-z]*san\.so.*)$' || true)
+if [ -n "$extra" ]; then
+  echo "needed beyond the host and the standard library:"
+  echo "$extra"
+  failed=1
+fi
+exit $failed

@@ -1,0 +1,629 @@
+#include "xml/SymbolTemplateLoader.h"
+
+#include "catalog/LibraryRoots.h"
+#include "catalog/Partslibrary.h"
+#include "catalog/PartslibraryCategoryItem.h"
+#include "catalog/PartslibraryImageItem.h"
+#include "catalog/PartslibraryOlItem.h"
+#include "xml/LibraryFormat.h"
+#include "xml/LibraryPath.h"
+
+#include <dg/ParseNumber.h>
+#include <dg/XmlElem.h>
+#include <du/FileSpec.h>
+#include <du/FileSystem.h>
+#include <du/Localizer.h>
+#include <luk/illustration/SequencerTag.h>
+#include <luk/illustration/SymbolCollectionInformation.h>
+#include <luk/Preferences.h>
+#include <luk/World.h>
+
+#include <algorithm>
+#include <fstream>
+#include <memory>
+#include <span>
+#include <unordered_set>
+#include <utility>
+
+namespace lusymbols
+{
+
+namespace
+{
+
+using luk::illustration::CategoryInfo;
+using luk::illustration::CollectionInformation;
+using luk::illustration::SequencerTag;
+using luk::illustration::SymbolCollectionInformation;
+using luk::illustration::SymbolTemplate;
+using Origin = SymbolTemplateLoader::Origin;
+
+const du::Localizer& Messages()
+{
+    static const du::Localizer localizer(format::kMessageTable);
+    return localizer;
+}
+
+/// A text of the document, and the key by which it was looked up where the element had one.
+struct LocalizedText {
+    std::string text;
+    std::string key;
+
+    void Read(const dg::XmlElem& element)
+    {
+        text.clear();
+        key.clear();
+        if (element.HasAttribute(format::kLocId)) {
+            key = element.GetAttribute(format::kLocId);
+            text = Messages().LocalizeMessage(key);
+        } else {
+            element.AppendText(text);
+        }
+    }
+};
+
+LocalizedText ReadLocalizedText(const dg::XmlElem& element)
+{
+    LocalizedText result;
+    result.Read(element);
+    return result;
+}
+
+/// Strings that serve one entry after the other, so that reading a text costs no allocation but that of its field.
+struct Scratch {
+    std::string plain;
+    LocalizedText localized;
+    std::string title;
+};
+
+/// What the child elements of one entry are read into.
+template <class Item>
+struct EntryContext {
+    Item& item;
+    const LibraryRoots& roots;
+    /// Its title is the entry's as read so far: it is set once all children are known, since it may fall back to the name.
+    Scratch& scratch;
+
+    std::string_view TextView(const dg::XmlElem& element) { return element.GetTextView(scratch.plain); }
+
+    std::string& Text(const dg::XmlElem& element)
+    {
+        scratch.plain.clear();
+        element.AppendText(scratch.plain);
+        return scratch.plain;
+    }
+
+    std::string& Copy(std::string_view text) { return scratch.plain.assign(text); }
+
+    LocalizedText& Localized(const dg::XmlElem& element)
+    {
+        scratch.localized.Read(element);
+        return scratch.localized;
+    }
+};
+
+/// How one child element of an entry is read.
+template <class Item>
+struct ChildReader {
+    std::string_view name;
+    void (*read)(const dg::XmlElem& element, EntryContext<Item>& entry);
+};
+
+/// Reads the children of one element by name. They mostly come in the writer's order, which is that of the table, so the
+/// search for each goes on behind the one before it.
+template <class Item>
+void ReadChildren(const dg::XmlElem& parent, std::span<const ChildReader<Item>> readers, EntryContext<Item>& entry)
+{
+    std::size_t next = 0;
+    for (dg::XmlElem child = parent.FirstChild(); child; child = child.NextSibling()) {
+        const std::string_view name = child.GetName();
+        for (std::size_t tried = 0; tried < readers.size(); ++tried) {
+            const ChildReader<Item>& reader = readers[next];
+            next = next + 1 == readers.size() ? 0 : next + 1;
+            if (reader.name == name) {
+                reader.read(child, entry);
+                break;
+            }
+        }
+    }
+}
+
+void ReadTag(const dg::XmlElem& element, PartslibraryItem& item)
+{
+    const auto tag = du::MakeCounted<SequencerTag>();
+    tag->SetName(item.GetName());
+    if (element.HasAttribute(format::kType)) {
+        tag->SetType(SequencerTag::GetTypeForSymbol(du::Symbol(element.GetAttribute(format::kType))));
+    }
+    for (dg::XmlElem child = element.FirstChild(); child; child = child.NextSibling()) {
+        if (child.GetName() == format::kDescription) {
+            const LocalizedText description = ReadLocalizedText(child);
+            tag->SetDescription(description.text);
+            tag->SetLocIdDesc(description.key);
+        } else if (child.GetName() == format::kQuantity) {
+            if (child.HasAttribute(format::kLocId)) {
+                const LocalizedText units = ReadLocalizedText(child);
+                tag->SetUnits(units.text);
+                tag->SetLocIdUnits(units.key);
+            } else if (child.HasAttribute(format::kUnit)) {
+                tag->SetUnits(std::string(child.GetAttribute(format::kUnit)));
+            }
+            tag->SetQuantityString(child.GetText());
+        }
+    }
+    item.AddSequencerTag(tag);
+}
+
+template <class Item>
+void ReadName(const dg::XmlElem& element, EntryContext<Item>& entry)
+{
+    LocalizedText& name = entry.Localized(element);
+    entry.item.SetName(name.text);
+    entry.item.SetLocIdName(name.key);
+}
+
+template <class Item>
+void ReadTitle(const dg::XmlElem& element, EntryContext<Item>& entry)
+{
+    LocalizedText& title = entry.Localized(element);
+    entry.scratch.title = title.text;
+    entry.item.SetLocIdTitle(title.key);
+}
+
+template <class Item>
+void ReadDescription(const dg::XmlElem& element, EntryContext<Item>& entry)
+{
+    LocalizedText& description = entry.Localized(element);
+    entry.item.SetDescription(description.text);
+    entry.item.SetLocIdDesc(description.key);
+}
+
+template <class Item>
+void ReadShowTooltipTitle(const dg::XmlElem& element, EntryContext<Item>& entry)
+{
+    entry.item.SetShowTooltipTitle(dg::ParseBool(entry.TextView(element), entry.item.ShowTooltipTitle()));
+}
+
+template <class Item>
+void ReadShowTooltipDescription(const dg::XmlElem& element, EntryContext<Item>& entry)
+{
+    entry.item.SetShowTooltipDescription(dg::ParseBool(entry.TextView(element), entry.item.ShowTooltipDescription()));
+}
+
+template <class Item>
+void ReadTags(const dg::XmlElem& element, EntryContext<Item>& entry)
+{
+    for (dg::XmlElem child = element.FirstChild(); child; child = child.NextSibling()) {
+        if (child.GetName() == format::kTag) {
+            ReadTag(child, entry.item);
+        }
+    }
+}
+
+/// Reads a URL of the entry, resolved, into one of its fields; an element without one is ignored.
+template <class Item, void (Item::*Set)(const std::string&)>
+void ReadUrl(const dg::XmlElem& element, EntryContext<Item>& entry)
+{
+    if (element.HasAttribute(format::kUrl)) {
+        std::string& url = entry.Copy(element.GetAttribute(format::kUrl));
+        entry.roots.Resolve(entry.item, url);
+        (entry.item.*Set)(url);
+    }
+}
+
+template <class Item, void (Item::*Set)(const std::string&)>
+void ReadText(const dg::XmlElem& element, EntryContext<Item>& entry)
+{
+    (entry.item.*Set)(entry.Text(element));
+}
+
+template <class Item, void (Item::*Set)(std::int32_t)>
+void ReadInt(const dg::XmlElem& element, EntryContext<Item>& entry)
+{
+    (entry.item.*Set)(dg::ParseInt(entry.TextView(element)));
+}
+
+template <class Item, void (Item::*Set)(double)>
+void ReadDouble(const dg::XmlElem& element, EntryContext<Item>& entry)
+{
+    (entry.item.*Set)(dg::ParseDouble(entry.TextView(element)));
+}
+
+template <class Item, void (Item::*Set)(bool), bool (Item::*Get)() const>
+void ReadBool(const dg::XmlElem& element, EntryContext<Item>& entry)
+{
+    (entry.item.*Set)(dg::ParseBool(entry.TextView(element), (entry.item.*Get)()));
+}
+
+void ReadCsysAttribute(const dg::XmlAttribute& attribute, dg::FMat33& matrix, dg::DPoint3D& position)
+{
+    const std::string_view name = attribute.GetName();
+    // The nine names of the matrix are the letters from a on, row by row.
+    if (name.size() == 1 && name[0] >= 'a' && name[0] <= 'i') {
+        const int entry = name[0] - 'a';
+        matrix.Set(entry / 3, entry % 3, dg::ParseFloat(attribute.GetValue()));
+    } else if (name == format::kCsysPosition[0]) {
+        position.x = dg::ParseDouble(attribute.GetValue());
+    } else if (name == format::kCsysPosition[1]) {
+        position.y = dg::ParseDouble(attribute.GetValue());
+    } else if (name == format::kCsysPosition[2]) {
+        position.z = dg::ParseDouble(attribute.GetValue());
+    }
+}
+
+void ReadCsys(const dg::XmlElem& element, EntryContext<PartslibraryOlItem>& entry)
+{
+    dg::FMat33 matrix = dg::FMat33::IDENTITY;
+    dg::DPoint3D position = dg::DPoint3D::ORIGIN;
+    for (dg::XmlAttribute attribute = element.FirstAttribute(); attribute; attribute = attribute.Next()) {
+        ReadCsysAttribute(attribute, matrix, position);
+    }
+    entry.item.SetOlCsys(dg::Location(matrix, position));
+}
+
+void ReadCamera(const dg::XmlElem& element, EntryContext<PartslibraryOlItem>& entry)
+{
+    entry.item.SetCameraData(element.GetAttributeAsBool(format::kOrtho), element.GetAttributeAsDouble(format::kValue),
+                             element.GetAttributeAsLocation(format::kLocation));
+}
+
+void ReadFlip(const dg::XmlElem& element, EntryContext<PartslibraryImageItem>& entry)
+{
+    PartslibraryImageItem& item = entry.item;
+    item.SetFlipHorizontal(element.GetAttributeAsBool(format::kHorizontal, item.GetFlipHorizontal()));
+    item.SetFlipVertical(element.GetAttributeAsBool(format::kVertical, item.GetFlipVertical()));
+}
+
+void ReadRotate(const dg::XmlElem& element, EntryContext<PartslibraryImageItem>& entry)
+{
+    PartslibraryImageItem& item = entry.item;
+    item.SetRotateRight(element.GetAttributeAsInt(format::kRight, item.GetRotateRight()));
+    item.SetRotateLeft(element.GetAttributeAsInt(format::kLeft, item.GetRotateLeft()));
+}
+
+using Ol = PartslibraryOlItem;
+constexpr ChildReader<Ol> kShapeReaders[] = {
+    {format::kName, ReadName<Ol>},
+    {format::kTitle, ReadTitle<Ol>},
+    {format::kShowTooltipTitle, ReadShowTooltipTitle<Ol>},
+    {format::kDescription, ReadDescription<Ol>},
+    {format::kShowTooltipDescription, ReadShowTooltipDescription<Ol>},
+    {format::kTooltip, ReadText<Ol, &Ol::SetOlTooltip>},
+    {format::kGalleryThumbnail, ReadUrl<Ol, &Ol::SetOlGalleryThumbnailUrl>},
+    {format::kGraphic, ReadUrl<Ol, &Ol::SetOlUrl>},
+    {format::kScale, ReadDouble<Ol, &Ol::SetOlScale>},
+    {format::kOrientation, ReadInt<Ol, &Ol::SetOlOrientation>},
+    {format::kShapeCsys, ReadCsys},
+    {format::kAxisName, ReadText<Ol, &Ol::SetAxisName>},
+    {format::kDistanceFromCsys, ReadDouble<Ol, &Ol::SetDistanceFromCsys>},
+    {format::kAxisId, ReadInt<Ol, &Ol::SetAxisId>},
+    {format::kOrientationName, ReadText<Ol, &Ol::SetOrientationName>},
+    {format::kAnnotationToSymbol, ReadBool<Ol, &Ol::SetAnnotationSymbol, &Ol::IsAnnotationSymbol>},
+    {format::kUseCurrentOrientation, ReadBool<Ol, &Ol::SetUseCurrentOrientation, &Ol::IsUseCurrentOrientation>},
+    {format::kEditCsysMethod, ReadInt<Ol, &Ol::SetEditCsysMethod>},
+    {format::kTags, ReadTags<Ol>},
+    {format::kCamera, ReadCamera},
+};
+
+using Image = PartslibraryImageItem;
+constexpr ChildReader<Image> kSymbolReaders[] = {
+    {format::kName, ReadName<Image>},
+    {format::kTitle, ReadTitle<Image>},
+    {format::kShowTooltipTitle, ReadShowTooltipTitle<Image>},
+    {format::kDescription, ReadDescription<Image>},
+    {format::kShowTooltipDescription, ReadShowTooltipDescription<Image>},
+    {format::kTooltip, ReadText<Image, &Image::SetImageTooltip>},
+    {format::kGalleryThumbnail, ReadUrl<Image, &Image::SetImageGalleryThumbnailUrl>},
+    {format::kImage, ReadUrl<Image, &Image::SetImageUrl>},
+    {format::kScale, ReadInt<Image, &Image::SetImageScale>},
+    {format::kFlip, ReadFlip},
+    {format::kRotate, ReadRotate},
+    {format::kTags, ReadTags<Image>},
+};
+
+/// Reads id, category and children of one entry, with the defaults of the document.
+template <class Item>
+void ReadEntry(const dg::XmlElem& element, std::span<const ChildReader<Item>> readers, EntryContext<Item> entry)
+{
+    Item& item = entry.item;
+    item.SetId(entry.Copy(element.GetAttribute(format::kId)));
+    item.SetCategoryId(entry.Copy(element.GetAttribute(format::kCategoryId)));
+    item.SetShowTooltipTitle(true);
+    item.SetShowTooltipDescription(false);
+    entry.scratch.title.clear();
+    ReadChildren(element, readers, entry);
+    item.SetTitle(entry.scratch.title.empty() ? item.GetName() : entry.scratch.title);
+}
+
+void ReadCategory(const dg::XmlElem& element, PartslibraryCategoryItem& category)
+{
+    category.SetId(std::string(element.GetAttribute(format::kId)));
+    for (dg::XmlElem child = element.FirstChild(); child; child = child.NextSibling()) {
+        const std::string_view name = child.GetName();
+        if (name == format::kName) {
+            LocalizedText text = ReadLocalizedText(child);
+            category.SetCatName(std::move(text.text));
+            category.SetLocIdName(text.key);
+        } else if (name == format::kTooltip) {
+            category.SetCatTooltip(child.GetText());
+        } else if (name == format::kDescription) {
+            category.SetCatDescription(child.GetText());
+        }
+    }
+}
+
+/// Cuts the carriage return off the end of each line, and ends the last line with a line feed like all others.
+class LineCollector
+{
+public:
+    explicit LineCollector(std::size_t expectedSize) { m_lines.reserve(expectedSize + 1); }
+
+    void Append(std::string_view chunk)
+    {
+        if (m_hasPendingReturn && !chunk.empty()) {
+            m_lines.append(chunk.front() == '\n' ? "" : "\r");
+            m_hasPendingReturn = false;
+        }
+        if (!chunk.empty() && chunk.back() == '\r') {
+            chunk.remove_suffix(1);
+            m_hasPendingReturn = true;
+        }
+        for (std::size_t found = 0; (found = chunk.find('\r', found)) != std::string_view::npos;) {
+            if (chunk.substr(found + 1).starts_with('\n')) {
+                m_lines.append(chunk.substr(0, found));
+                chunk.remove_prefix(found + 1);
+                found = 0;
+            } else {
+                ++found;
+            }
+        }
+        m_lines.append(chunk);
+    }
+
+    std::string Finish()
+    {
+        if (m_hasPendingReturn || (!m_lines.empty() && m_lines.back() != '\n')) {
+            m_lines += '\n';
+        }
+        return std::move(m_lines);
+    }
+
+private:
+    std::string m_lines;
+    bool m_hasPendingReturn = false;
+};
+
+/// The lines of a regular file; empty for anything else, since a pipe or a device might never end.
+std::string ReadLines(const std::string& path)
+{
+    if (!du::FileSystem::FileReadable(path)) {
+        return std::string();
+    }
+    std::ifstream file(MakeLibraryPath(path), std::ios::binary | std::ios::ate);
+    const std::streamoff size = file.tellg();
+    file.seekg(0);
+    LineCollector lines(size > 0 ? static_cast<std::size_t>(size) : 0);
+    // Small enough to stay in the cache between reading, looking for carriage returns and copying.
+    constexpr std::size_t kChunkSize = std::size_t{128} * 1024;
+    const auto chunk = std::make_unique_for_overwrite<char[]>(kChunkSize);
+    while (file) {
+        file.read(chunk.get(), kChunkSize);
+        lines.Append(std::string_view(chunk.get(), static_cast<std::size_t>(file.gcount())));
+    }
+    return lines.Finish();
+}
+
+/// Whether two normalised paths name the same file, as far as their texts can tell.
+bool IsSamePath(std::string_view a, std::string_view b)
+{
+#ifdef _WIN32
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return std::ranges::equal(a, b, {}, lower, lower);
+#else
+    return a == b;
+#endif
+}
+
+du::FileSpec MakeLibraryFile(const std::string& folder)
+{
+    du::FileSpec file;
+    file.SetLocation(folder);
+    file.SetFileBaseName(format::kLibraryFileBaseName);
+    file.SetFileExtension(format::kLibraryFileExtension);
+    return file;
+}
+
+bool IsSharedLibrary(const std::string& libraryFile)
+{
+    const du::SmartPtr<luk::World> world = luk::World::GetWorld();
+    const du::SmartPtr<luk::Preferences> preferences = world ? world->GetPreferences() : nullptr;
+    if (!preferences || !preferences->IsSharedSymbolLibraryEnabled()) {
+        return false;
+    }
+    std::string folder = preferences->GetSharedSymbolLibraryFolder().GetText();
+    folder.append("/").append(format::kLibraryFolder);
+    const std::string shared = MakeLibraryFile(folder).GetFileSpec();
+    return IsSamePath(shared, libraryFile) && du::FileSystem::FileReadable(shared);
+}
+
+Origin ChooseOrigin(const std::string& source)
+{
+    const std::string libraryFile = du::FileSpec(source).GetFileSpec();
+    if (libraryFile.empty()) {
+        return Origin::ORIGIN_OOTB;
+    }
+    if (IsSharedLibrary(libraryFile)) {
+        return Origin::ORIGIN_SHARED;
+    }
+    const du::FileSpec user = MakeLibraryFile(Partslibrary::GetLibraryPath());
+    du::FileSpec delivered;
+    delivered.SetFileSpec(user.GetFileSpec());
+    delivered.DirPushBack(format::kStandardFolder);
+    if (IsSamePath(delivered.GetFileSpec(), libraryFile)) {
+        return Origin::ORIGIN_OOTB;
+    }
+    return IsSamePath(user.GetFileSpec(), libraryFile) ? Origin::ORIGIN_USER : Origin::ORIGIN_OOTB;
+}
+
+/// Makes room so that appending stays linear over many calls, which an exact reserve in each would not.
+template <class T>
+void ReserveMore(std::vector<T>& list, std::size_t more)
+{
+    const std::size_t needed = list.size() + more;
+    if (needed > list.capacity()) {
+        list.reserve(std::max(needed, 2 * list.capacity()));
+    }
+}
+
+} // namespace
+
+SymbolTemplateLoader::SymbolTemplateLoader() = default;
+SymbolTemplateLoader::~SymbolTemplateLoader() = default;
+SymbolTemplateLoader::SymbolTemplateLoader(const SymbolTemplateLoader& other) = default;
+SymbolTemplateLoader& SymbolTemplateLoader::operator=(const SymbolTemplateLoader& other) = default;
+
+du::SmartPtr<CollectionInformation> SymbolTemplateLoader::GetCollectionInformation()
+{
+    const auto information = du::MakeCounted<SymbolCollectionInformation>();
+    information->SetUnits(m_units);
+    information->SetInformation(m_information);
+    return information;
+}
+
+bool SymbolTemplateLoader::GetTemplateList(const du::Symbol& libraryFile,
+                                           std::vector<du::SmartPtr<SymbolTemplate>>& out)
+{
+    ParseFromFile(libraryFile.GetText(), ChooseOrigin(libraryFile.GetText()));
+    AddPartslibraryList();
+    ReserveMore(out, m_templates.size());
+    out.insert(out.end(), m_templates.begin(), m_templates.end());
+    return true;
+}
+
+void SymbolTemplateLoader::GetCategoryList(std::vector<du::SmartPtr<CategoryInfo>>& out)
+{
+    ReserveMore(out, m_categories.size());
+    out.insert(out.end(), m_categories.begin(), m_categories.end());
+}
+
+void SymbolTemplateLoader::ParseFromFile(const std::string& source, Origin origin)
+{
+    const bool isInline = source.starts_with(format::kInlineDocumentStart);
+    const std::unique_ptr<dg::XmlElem, dg::XmlFreer> root(
+        dg::ParseXml(isInline ? source : ReadLines(source), false, nullptr));
+    if (root) {
+        CreateListFromXml(root.get(), origin);
+    }
+}
+
+void SymbolTemplateLoader::CreateListFromXml(dg::XmlElem* root, Origin origin)
+{
+    if (!root || root->GetName() != format::kRoot) {
+        return;
+    }
+    if (origin != Origin::ORIGIN_SHARED && root->CountChildren() != format::kSectionCount) {
+        return;
+    }
+    for (dg::XmlElem section = root->FirstChild(); section; section = section.NextSibling()) {
+        const std::string_view name = section.GetName();
+        if (name == format::kUnits) {
+            SetUnits(section.GetText());
+        } else if (name == format::kInformation) {
+            SetInformation(section.GetText());
+        } else if (name == format::kCategories) {
+            CreateCategoryListFromXml(&section, origin);
+        } else if (name == format::kShapes) {
+            CreateOlListFromXml(&section, origin);
+        } else if (name == format::kSymbols) {
+            CreateImageListFromXml(&section, origin);
+        }
+    }
+}
+
+void SymbolTemplateLoader::CreateCategoryListFromXml(dg::XmlElem* categories, Origin origin)
+{
+    for (dg::XmlElem element = categories->FirstChild(); element; element = element.NextSibling()) {
+        if (element.GetName() == format::kCategory) {
+            const auto category = du::MakeCounted<PartslibraryCategoryItem>(origin);
+            ReadCategory(element, *category);
+            AddCategoryItem(category);
+        }
+    }
+}
+
+void SymbolTemplateLoader::CreateOlListFromXml(dg::XmlElem* shapes, Origin origin)
+{
+    const LibraryRoots roots = LibraryRoots::FromHost();
+    const std::string gallerySize(format::kGalleryThumbnailSize);
+    const std::string dialogSize(format::kDialogThumbnailSize);
+    Scratch scratch;
+    for (dg::XmlElem element = shapes->FirstChild(); element; element = element.NextSibling()) {
+        if (element.GetName() == format::kShape) {
+            const auto ol = du::MakeCounted<PartslibraryOlItem>(origin);
+            ReadEntry<Ol>(element, kShapeReaders, {*ol, roots, scratch});
+            scratch.plain = ol->GetOlGalleryThumbnailUrl();
+            PartslibraryOlItem::ComputeThumbnailUrl(scratch.plain, gallerySize, dialogSize);
+            ol->SetOlDlgThumbnailUrl(scratch.plain);
+            AddItem(ol);
+        }
+    }
+}
+
+void SymbolTemplateLoader::CreateImageListFromXml(dg::XmlElem* symbols, Origin origin)
+{
+    const LibraryRoots roots = LibraryRoots::FromHost();
+    Scratch scratch;
+    for (dg::XmlElem element = symbols->FirstChild(); element; element = element.NextSibling()) {
+        if (element.GetName() == format::kSymbol) {
+            const auto image = du::MakeCounted<PartslibraryImageItem>(origin);
+            image->SetIsBillboardImage(element.GetAttributeAsBool(format::kBillboard, image->GetIsBillboardImage()));
+            ReadEntry<Image>(element, kSymbolReaders, {*image, roots, scratch});
+            scratch.plain = image->GetImageGalleryThumbnailUrl();
+            image->ComputeDialogThumbnailUrl(scratch.plain);
+            image->SetImageDlgThumbnailUrl(scratch.plain);
+            AddItem(image);
+        }
+    }
+}
+
+void SymbolTemplateLoader::AddItem(const du::SmartPtr<PartslibraryItem>& item) { m_pendingItems.push_back(item); }
+
+void SymbolTemplateLoader::AddCategoryItem(const du::SmartPtr<PartslibraryCategoryItem>& category)
+{
+    m_categories.push_back(category);
+}
+
+void SymbolTemplateLoader::AddPartslibraryList()
+{
+    // Names may have changed since the last merge, so the set is made of what they are now.
+    std::unordered_set<std::string_view> names;
+    names.reserve(m_templates.size() + m_pendingItems.size());
+    for (const du::SmartPtr<SymbolTemplate>& item : m_templates) {
+        names.insert(item->GetName());
+    }
+    ReserveMore(m_templates, m_pendingItems.size());
+    m_itemsById.reserve(m_itemsById.size() + m_pendingItems.size());
+    for (const du::SmartPtr<PartslibraryItem>& item : m_pendingItems) {
+        if (item && names.insert(item->GetName()).second) {
+            GiveUniqueId(*item);
+            m_itemsById.emplace(item->GetId(), item);
+            m_templates.push_back(item);
+        }
+    }
+    m_pendingItems.clear();
+}
+
+void SymbolTemplateLoader::GiveUniqueId(PartslibraryItem& item)
+{
+    if (!m_itemsById.contains(item.GetId())) {
+        return;
+    }
+    unsigned long& suffix = m_nextSuffixById[item.GetId()];
+    std::string candidate;
+    do {
+        candidate = item.GetId() + std::to_string(++suffix);
+    } while (m_itemsById.contains(candidate));
+    item.SetId(candidate);
+}
+
+} // namespace lusymbols
