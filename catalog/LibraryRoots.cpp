@@ -18,22 +18,24 @@ LibraryRoots LibraryRoots::FromHost()
         du::SmartPtr<luk::Preferences> preferences;
         world->GetIllustrationPreferences(preferences);
         if (preferences) {
-            roots.m_base = MakeRoot(preferences->GetBaseURL().GetText());
+            roots.m_base = MakeRoot(preferences->GetBaseURL());
         }
     }
     du::Symbol sharedCache;
     dp::LuInfo::GetLuviewSharedCachePrefsDir(sharedCache);
-    if (!sharedCache.IsNull()) {
-        roots.m_shared = MakeRoot(sharedCache.GetText());
-    }
+    roots.m_shared = MakeRoot(sharedCache);
     return roots;
 }
 
-LibraryRoots::Root LibraryRoots::MakeRoot(const std::string& folder)
+LibraryRoots::Root LibraryRoots::MakeRoot(const du::Symbol& folder)
 {
+    // A folder that nobody has set is not the root of the file system.
+    if (folder.IsNull()) {
+        return {};
+    }
     du::FileSpec spec;
-    spec.SetLocation(folder);
-    return {folder + du::FileSpec::DIR_SEP_CHAR, spec.GetFileSpec() + du::FileSpec::DIR_SEP_CHAR};
+    spec.SetLocation(folder.GetText());
+    return {folder.GetText() + du::FileSpec::DIR_SEP_CHAR, spec.GetFileSpec() + du::FileSpec::DIR_SEP_CHAR};
 }
 
 void LibraryRoots::Resolve(const PartslibraryItem& item, std::string& url) const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <du/Symbol.h>
+
 #include <string>
 
 namespace lusymbols
@@ -27,13 +29,14 @@ public:
     void Resolve(std::string& url) const;
 
 private:
-    /// A folder ready to be put before a URL: with its separator, or empty where the host names no folder.
+    /// A folder ready to be put before a URL: with its separator, or empty where the
+    /// host names no folder.
     struct Root {
         std::string raw;
         std::string normalised;
     };
 
-    static Root MakeRoot(const std::string& folder);
+    static Root MakeRoot(const du::Symbol& folder);
 
     Root m_base;
     Root m_shared;

@@ -1,5 +1,6 @@
 #include "catalog/Partslibrary.h"
 
+#include "catalog/LibraryLayout.h"
 #include "catalog/LibraryRoots.h"
 #include "catalog/PartslibraryCategoryItem.h"
 #include "catalog/PartslibraryImageItem.h"
@@ -24,10 +25,6 @@ namespace
 
 using luk::illustration::SymbolTemplateCollection;
 
-constexpr std::string_view kLibraryFolder = "SymbolsLibrary";
-constexpr std::string_view kImageFolder = "2D";
-constexpr std::string_view kShapeFolder = "Shape";
-constexpr std::string_view kStandardFolder = "standard";
 constexpr std::string_view kEmbeddedFolder = "Symbols";
 
 std::string AppendFolder(std::string path, std::string_view folder)
@@ -54,11 +51,11 @@ std::string TargetFileName(const std::string& sourceFile, bool useUuidName)
     return name + du::FileSpec::EXT_SEP_CHAR + source.GetFileExtension();
 }
 
-/// A name that could lead out of the "Symbols" folder is no name of a file in it.
-bool IsFileName(const std::string& name)
+/// Whether a path ends in a name that means the same file on every platform; on one a colon would name a stream in it.
+bool NamesAFile(const std::string& path)
 {
-    return !name.empty() && name != "." && name != ".." &&
-           name.find_first_of(std::string_view("/\\:\0", 4)) == name.npos;
+    const std::string name = du::FileSpec(path).GetFile();
+    return !name.empty() && name.find_first_of(std::string_view(":\0", 2)) == std::string::npos;
 }
 
 } // namespace
@@ -70,23 +67,24 @@ std::string Partslibrary::GetLibraryPath()
     if (world) {
         world->GetIllustrationPreferences(preferences);
     }
-    if (!preferences) {
+    // A folder that nobody has set is not the root of the file system.
+    if (!preferences || preferences->GetBaseURL().IsNull()) {
         return std::string();
     }
     du::FileSpec base;
     base.SetLocation(preferences->GetBaseURL().GetText());
-    return AppendFolder(base.GetFileSpec() + du::FileSpec::DIR_SEP_CHAR, kLibraryFolder);
+    return AppendFolder(base.GetFileSpec() + du::FileSpec::DIR_SEP_CHAR, format::kLibraryFolder);
 }
 
-std::string Partslibrary::GetImagePath() { return AppendFolder(GetLibraryPath(), kImageFolder); }
+std::string Partslibrary::GetImagePath() { return AppendFolder(GetLibraryPath(), format::kImageFolder); }
 
-std::string Partslibrary::GetOlPath() { return AppendFolder(GetLibraryPath(), kShapeFolder); }
+std::string Partslibrary::GetOlPath() { return AppendFolder(GetLibraryPath(), format::kShapeFolder); }
 
-std::string Partslibrary::GetStandardFolderPath() { return AppendFolder(GetLibraryPath(), kStandardFolder); }
+std::string Partslibrary::GetStandardFolderPath() { return AppendFolder(GetLibraryPath(), format::kStandardFolder); }
 
 std::string Partslibrary::GetStandardSymbolPath(bool is2D)
 {
-    return AppendFolder(GetStandardFolderPath(), is2D ? kImageFolder : kShapeFolder);
+    return AppendFolder(GetStandardFolderPath(), is2D ? format::kImageFolder : format::kShapeFolder);
 }
 
 void Partslibrary::CreateLibraryFolderIfNedded()
@@ -130,12 +128,13 @@ bool Partslibrary::GetTargetFilePath(const std::string& sourceFile, std::string&
 
 bool Partslibrary::EmbedSymbol(const du::Symbol& sourceFile, du::Symbol& targetFile, bool useUuidName)
 {
-    const std::string source = sourceFile.GetText();
+    // The text outlives its symbol, so source and target may be the same variable.
+    const std::string& source = sourceFile.GetText();
     std::string target;
     std::string tempDir;
     const bool hasTarget = GetTargetFilePath(source, target, tempDir, useUuidName);
     targetFile = du::Symbol(target);
-    if (!hasTarget || !IsFileName(du::FileSpec(source).GetFile())) {
+    if (!hasTarget || du::FileSpec(source).GetFile().empty() || !NamesAFile(target)) {
         return false;
     }
     const std::string folder = tempDir + du::FileSpec::DIR_SEP_CHAR + std::string(kEmbeddedFolder);

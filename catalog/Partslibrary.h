@@ -57,7 +57,8 @@ public:
     ///
     /// A file that is already there is kept: the first copy wins. Whether the copy itself succeeded is not told.
     /// @param targetFile the path of the copy; empty when there is no temporary folder
-    /// @return false when there is no temporary folder, when "Symbols" cannot be made, or when the source names no file
+    /// @return false when there is no temporary folder, when "Symbols" cannot be made, or when source or copy would have no
+    ///         file name that means the same on every platform (none, or one with a colon)
     static bool EmbedSymbol(const du::Symbol& sourceFile, du::Symbol& targetFile, bool useUuidName);
 
     /// Joins a relative URL to the library's base folder, with forward slashes only; an absolute URL stays as it is.

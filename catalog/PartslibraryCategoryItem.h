@@ -25,7 +25,7 @@ public:
     ~PartslibraryCategoryItem() override;
 
     /// The category's name is its host name.
-    void SetCatName(std::string name) { SetName(std::move(name)); }
+    void SetCatName(std::string name) { SetName(name); }
 
     const std::string& GetCatTooltip() const { return m_catTooltip; }
     void SetCatTooltip(std::string tooltip) { m_catTooltip = std::move(tooltip); }

@@ -1,5 +1,6 @@
 #include "catalog/PartslibraryImageItem.h"
 
+#include "catalog/LibraryLayout.h"
 #include "catalog/PartslibraryOlItem.h"
 
 namespace lusymbols
@@ -32,7 +33,8 @@ bool PartslibraryImageItem::operator==(const PartslibraryImageItem& other) const
 
 void PartslibraryImageItem::ComputeDialogThumbnailUrl(std::string& url)
 {
-    PartslibraryOlItem::ComputeThumbnailUrl(url, "64x64", "192x192");
+    PartslibraryOlItem::ComputeThumbnailUrl(url, std::string(format::kGalleryThumbnailSize),
+                                            std::string(format::kDialogThumbnailSize));
 }
 
 } // namespace lusymbols

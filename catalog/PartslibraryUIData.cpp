@@ -5,6 +5,7 @@
 #include "catalog/PartslibraryImageItem.h"
 #include "catalog/PartslibraryOlItem.h"
 
+#include <du/TextHash.h>
 #include <du/Utf8.h>
 #include <luk/illustration/SymbolTemplateCollection.h>
 
@@ -50,7 +51,7 @@ private:
 
 /// Entries by the id of their category, in list order.
 template <class Item>
-using ItemsByCategory = std::unordered_map<std::string_view, std::vector<const Item*>>;
+using ItemsByCategory = std::unordered_map<std::string_view, std::vector<const Item*>, du::TextHash>;
 
 template <class Item>
 ItemsByCategory<Item> GroupByCategory(const std::vector<du::SmartPtr<Item>>& items)

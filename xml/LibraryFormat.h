@@ -1,5 +1,8 @@
 #pragma once
 
+#include "catalog/LibraryLayout.h"
+
+#include <cstddef>
 #include <string_view>
 
 /// The words of the symbol library document, once for the loader, the writer and everybody who checks a document.
@@ -78,19 +81,7 @@ inline constexpr std::string_view kType = "type";
 inline constexpr std::string_view kQuantity = "quantity";
 inline constexpr std::string_view kUnit = "unit";
 
-/// Files and folders of a library.
-inline constexpr std::string_view kLibraryFolder = "SymbolsLibrary";
-inline constexpr std::string_view kStandardFolder = "standard";
-inline constexpr std::string_view kImageFolder = "2D";
-inline constexpr std::string_view kShapeFolder = "Shape";
-inline constexpr std::string_view kLibraryFileBaseName = "PartSymbolLibrary";
-inline constexpr std::string_view kLibraryFileExtension = "xml";
-
 /// The message table in which keys are looked up.
 inline constexpr std::string_view kMessageTable = "lubase:lumodulesStrings";
-
-/// The pixel sizes in the names of the two thumbnails of an entry.
-inline constexpr std::string_view kGalleryThumbnailSize = "64x64";
-inline constexpr std::string_view kDialogThumbnailSize = "192x192";
 
 } // namespace lusymbols::format

@@ -13,13 +13,16 @@
 #include <du/FileSpec.h>
 #include <du/FileSystem.h>
 #include <du/Localizer.h>
+#include <du/TextHash.h>
 #include <luk/illustration/SequencerTag.h>
 #include <luk/illustration/SymbolCollectionInformation.h>
 #include <luk/Preferences.h>
 #include <luk/World.h>
 
 #include <algorithm>
+#include <bitset>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <span>
 #include <unordered_set>
@@ -147,6 +150,7 @@ void ReadTag(const dg::XmlElem& element, PartslibraryItem& item)
                 tag->SetLocIdUnits(units.key);
             } else if (child.HasAttribute(format::kUnit)) {
                 tag->SetUnits(std::string(child.GetAttribute(format::kUnit)));
+                tag->SetLocIdUnits(std::string());
             }
             tag->SetQuantityString(child.GetText());
         }
@@ -235,30 +239,41 @@ void ReadBool(const dg::XmlElem& element, EntryContext<Item>& entry)
     (entry.item.*Set)(dg::ParseBool(entry.TextView(element), (entry.item.*Get)()));
 }
 
-void ReadCsysAttribute(const dg::XmlAttribute& attribute, dg::FMat33& matrix, dg::DPoint3D& position)
+/// The place of an attribute among the twelve of a coordinate system: the matrix row by row, then the position; or more.
+std::size_t CsysIndex(std::string_view name)
 {
-    const std::string_view name = attribute.GetName();
-    // The nine names of the matrix are the letters from a on, row by row.
-    if (name.size() == 1 && name[0] >= 'a' && name[0] <= 'i') {
-        const int entry = name[0] - 'a';
-        matrix.Set(entry / 3, entry % 3, dg::ParseFloat(attribute.GetValue()));
-    } else if (name == format::kCsysPosition[0]) {
-        position.x = dg::ParseDouble(attribute.GetValue());
-    } else if (name == format::kCsysPosition[1]) {
-        position.y = dg::ParseDouble(attribute.GetValue());
-    } else if (name == format::kCsysPosition[2]) {
-        position.z = dg::ParseDouble(attribute.GetValue());
+    std::size_t index = 0;
+    for (const auto& row : format::kCsysMatrix) {
+        for (const std::string_view entry : row) {
+            if (name == entry) {
+                return index;
+            }
+            ++index;
+        }
     }
+    const auto* const position = std::find(std::begin(format::kCsysPosition), std::end(format::kCsysPosition), name);
+    return index + static_cast<std::size_t>(position - std::begin(format::kCsysPosition));
 }
 
 void ReadCsys(const dg::XmlElem& element, EntryContext<PartslibraryOlItem>& entry)
 {
     dg::FMat33 matrix = dg::FMat33::IDENTITY;
-    dg::DPoint3D position = dg::DPoint3D::ORIGIN;
+    double position[3] = {0.0, 0.0, 0.0};
+    std::bitset<12> seen;
     for (dg::XmlAttribute attribute = element.FirstAttribute(); attribute; attribute = attribute.Next()) {
-        ReadCsysAttribute(attribute, matrix, position);
+        const std::size_t index = CsysIndex(attribute.GetName());
+        // Of attributes with one name the first counts.
+        if (index >= seen.size() || seen.test(index)) {
+            continue;
+        }
+        seen.set(index);
+        if (index < 9) {
+            matrix.Set(static_cast<int>(index / 3), static_cast<int>(index % 3), dg::ParseFloat(attribute.GetValue()));
+        } else {
+            position[index - 9] = dg::ParseDouble(attribute.GetValue());
+        }
     }
-    entry.item.SetOlCsys(dg::Location(matrix, position));
+    entry.item.SetOlCsys(dg::Location(matrix, {position[0], position[1], position[2]}));
 }
 
 void ReadCamera(const dg::XmlElem& element, EntryContext<PartslibraryOlItem>& entry)
@@ -393,7 +408,8 @@ private:
     bool m_hasPendingReturn = false;
 };
 
-/// The lines of a regular file; empty for anything else, since a pipe or a device might never end.
+/// The lines of a regular file; empty for anything else, since a pipe or a device might never end, and for a file with a
+/// NUL byte, which is no document and, where it is a hole in the file, might go on for terabytes.
 std::string ReadLines(const std::string& path)
 {
     if (!du::FileSystem::FileReadable(path)) {
@@ -402,13 +418,19 @@ std::string ReadLines(const std::string& path)
     std::ifstream file(MakeLibraryPath(path), std::ios::binary | std::ios::ate);
     const std::streamoff size = file.tellg();
     file.seekg(0);
-    LineCollector lines(size > 0 ? static_cast<std::size_t>(size) : 0);
+    // The size is what the file claims; its bytes have to come before more than this is set aside for them.
+    constexpr std::streamoff kMaxFirstReserve = std::streamoff{256} * 1024 * 1024;
+    LineCollector lines(static_cast<std::size_t>(std::clamp(size, std::streamoff{0}, kMaxFirstReserve)));
     // Small enough to stay in the cache between reading, looking for carriage returns and copying.
     constexpr std::size_t kChunkSize = std::size_t{128} * 1024;
-    const auto chunk = std::make_unique_for_overwrite<char[]>(kChunkSize);
+    const auto buffer = std::make_unique_for_overwrite<char[]>(kChunkSize);
     while (file) {
-        file.read(chunk.get(), kChunkSize);
-        lines.Append(std::string_view(chunk.get(), static_cast<std::size_t>(file.gcount())));
+        file.read(buffer.get(), kChunkSize);
+        const std::string_view chunk(buffer.get(), static_cast<std::size_t>(file.gcount()));
+        if (chunk.find('\0') != std::string_view::npos) {
+            return std::string();
+        }
+        lines.Append(chunk);
     }
     return lines.Finish();
 }
@@ -437,7 +459,8 @@ bool IsSharedLibrary(const std::string& libraryFile)
 {
     const du::SmartPtr<luk::World> world = luk::World::GetWorld();
     const du::SmartPtr<luk::Preferences> preferences = world ? world->GetPreferences() : nullptr;
-    if (!preferences || !preferences->IsSharedSymbolLibraryEnabled()) {
+    if (!preferences || !preferences->IsSharedSymbolLibraryEnabled() ||
+        preferences->GetSharedSymbolLibraryFolder().IsNull()) {
         return false;
     }
     std::string folder = preferences->GetSharedSymbolLibraryFolder().GetText();
@@ -542,6 +565,9 @@ void SymbolTemplateLoader::CreateListFromXml(dg::XmlElem* root, Origin origin)
 
 void SymbolTemplateLoader::CreateCategoryListFromXml(dg::XmlElem* categories, Origin origin)
 {
+    if (!categories) {
+        return;
+    }
     for (dg::XmlElem element = categories->FirstChild(); element; element = element.NextSibling()) {
         if (element.GetName() == format::kCategory) {
             const auto category = du::MakeCounted<PartslibraryCategoryItem>(origin);
@@ -553,16 +579,18 @@ void SymbolTemplateLoader::CreateCategoryListFromXml(dg::XmlElem* categories, Or
 
 void SymbolTemplateLoader::CreateOlListFromXml(dg::XmlElem* shapes, Origin origin)
 {
+    if (!shapes) {
+        return;
+    }
     const LibraryRoots roots = LibraryRoots::FromHost();
-    const std::string gallerySize(format::kGalleryThumbnailSize);
-    const std::string dialogSize(format::kDialogThumbnailSize);
     Scratch scratch;
     for (dg::XmlElem element = shapes->FirstChild(); element; element = element.NextSibling()) {
         if (element.GetName() == format::kShape) {
             const auto ol = du::MakeCounted<PartslibraryOlItem>(origin);
             ReadEntry<Ol>(element, kShapeReaders, {*ol, roots, scratch});
             scratch.plain = ol->GetOlGalleryThumbnailUrl();
-            PartslibraryOlItem::ComputeThumbnailUrl(scratch.plain, gallerySize, dialogSize);
+            PartslibraryOlItem::ComputeThumbnailUrl(scratch.plain, std::string(format::kGalleryThumbnailSize),
+                                                    std::string(format::kDialogThumbnailSize));
             ol->SetOlDlgThumbnailUrl(scratch.plain);
             AddItem(ol);
         }
@@ -571,6 +599,9 @@ void SymbolTemplateLoader::CreateOlListFromXml(dg::XmlElem* shapes, Origin origi
 
 void SymbolTemplateLoader::CreateImageListFromXml(dg::XmlElem* symbols, Origin origin)
 {
+    if (!symbols) {
+        return;
+    }
     const LibraryRoots roots = LibraryRoots::FromHost();
     Scratch scratch;
     for (dg::XmlElem element = symbols->FirstChild(); element; element = element.NextSibling()) {
@@ -596,7 +627,7 @@ void SymbolTemplateLoader::AddCategoryItem(const du::SmartPtr<PartslibraryCatego
 void SymbolTemplateLoader::AddPartslibraryList()
 {
     // Names may have changed since the last merge, so the set is made of what they are now.
-    std::unordered_set<std::string_view> names;
+    std::unordered_set<std::string_view, du::TextHash> names;
     names.reserve(m_templates.size() + m_pendingItems.size());
     for (const du::SmartPtr<SymbolTemplate>& item : m_templates) {
         names.insert(item->GetName());

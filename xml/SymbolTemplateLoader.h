@@ -4,6 +4,7 @@
 
 #include <du/SmartPtr.h>
 #include <du/Symbol.h>
+#include <du/TextHash.h>
 #include <luk/illustration/CollectionItem.h>
 #include <lukapp/illustration/SymbolTemplateLoader.h>
 
@@ -84,9 +85,9 @@ private:
     std::vector<du::SmartPtr<PartslibraryItem>> m_pendingItems;
     std::vector<du::SmartPtr<PartslibraryCategoryItem>> m_categories;
     std::vector<du::SmartPtr<luk::illustration::SymbolTemplate>> m_templates;
-    std::unordered_map<std::string, du::SmartPtr<PartslibraryItem>> m_itemsById;
+    std::unordered_map<std::string, du::SmartPtr<PartslibraryItem>, du::TextHash> m_itemsById;
     /// Where the search for a free suffix goes on, for each id that was met more than once.
-    std::unordered_map<std::string, unsigned long> m_nextSuffixById;
+    std::unordered_map<std::string, unsigned long, du::TextHash> m_nextSuffixById;
 };
 
 } // namespace lusymbols

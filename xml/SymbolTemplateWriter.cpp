@@ -15,6 +15,7 @@
 #include <luk/illustration/SymbolCollectionInformation.h>
 #include <luk/illustration/SymbolTemplate.h>
 
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <memory>
@@ -254,11 +255,12 @@ private:
 
     void WriteTags(const PartslibraryItem& item)
     {
-        if (item.GetSequencerTags().empty()) {
+        const auto& tags = item.GetSequencerTags();
+        if (std::none_of(tags.begin(), tags.end(), [](const auto& tag) { return bool(tag); })) {
             return;
         }
         m_text.OpenTag(format::kTags, 3, true);
-        for (const PartslibraryItem::SequencerTagPtr& tag : item.GetSequencerTags()) {
+        for (const PartslibraryItem::SequencerTagPtr& tag : tags) {
             if (tag) {
                 WriteTag(*tag);
             }

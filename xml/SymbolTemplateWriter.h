@@ -42,8 +42,8 @@ class PartslibraryOlItem;
 class LUSYMBOLS_API SymbolTemplateWriter : public luk::illustration::AssociativeObjectSaver
 {
 public:
-    /// @param exportAsStandard writes texts instead of message keys, and puts the files of all entries into the folder of
-    ///        the delivered library
+    /// @param exportAsStandard writes texts instead of message keys, and names the files of all entries that have absolute
+    ///        URLs in the folder of the delivered library
     explicit SymbolTemplateWriter(bool exportAsStandard);
     SymbolTemplateWriter(const SymbolTemplateWriter& other);
     SymbolTemplateWriter& operator=(const SymbolTemplateWriter& other);

@@ -59,6 +59,10 @@ TEST_F(PartslibraryTest, FoldersLieBelowTheBaseFolder)
     EXPECT_EQ(Partslibrary::GetImagePath(), library + "2D/");
     EXPECT_EQ(Partslibrary::GetOlPath(), library + "Shape/");
 
+    // The root is a folder like any other; one that nobody has set is none.
+    RestartWith([](auto& config) { config.baseFolder.clear(); });
+    EXPECT_EQ(Partslibrary::GetLibraryPath(), "");
+    EXPECT_EQ(Resolve("2D/a.png", Origin::ORIGIN_USER), "2D/a.png");
     RestartWith([](auto& config) { config.baseFolder = "/"; });
     EXPECT_EQ(Partslibrary::GetLibraryPath(), "/SymbolsLibrary/");
     RestartWith([this](auto& config) { config.baseFolder = m_folder.Path() + "//./"; });
@@ -184,6 +188,11 @@ TEST_F(PartslibraryTest, EmbeddingNeverLeavesItsFolder)
     for (const char* source : {"..", "x/..", ".", "", "/a/b/", "a\\.."}) {
         EXPECT_FALSE(Partslibrary::EmbedSymbol(du::Symbol(source), target, false)) << source;
     }
+    // A colon would name a stream inside a file on one platform; under a unique name the file is welcome.
+    const std::string colon = m_folder.Write("a:b.png", "c");
+    EXPECT_FALSE(Partslibrary::EmbedSymbol(du::Symbol(colon), target, false));
+    EXPECT_TRUE(Partslibrary::EmbedSymbol(du::Symbol(colon), target, true));
+    EXPECT_EQ(test::TemporaryFolder::ReadFile(target.GetText()), "c");
     // A link laid at the target is neither followed nor replaced.
     ASSERT_TRUE(Partslibrary::EmbedSymbol(du::Symbol(m_folder.Write("one/a.png", "a")), target, false));
     const fs::path folder = fs::path(target.GetText()).parent_path();

@@ -64,18 +64,6 @@ TEST(Symbol, FindInternsNothing)
     EXPECT_EQ(du::Symbol::Find(text), made);
 }
 
-TEST(Symbol, TextOrderPutsNullFirst)
-{
-    const du::Symbol null;
-    const du::Symbol empty("");
-    const du::Symbol a("a");
-    const du::Symbol b("b");
-    std::vector<du::Symbol> symbols{b, a, null, empty};
-    std::sort(symbols.begin(), symbols.end(), &du::Symbol::TextLess);
-    EXPECT_EQ(symbols, (std::vector<du::Symbol>{null, empty, a, b}));
-    EXPECT_FALSE(du::Symbol::TextLess(null, null));
-}
-
 TEST(Symbol, ManyThreadsAgreeOnEverySymbolWhileTheTablesGrow)
 {
     constexpr unsigned kThreads = 4;

@@ -170,7 +170,9 @@ TEST_F(Loader, WhatIsMissingOrNonsenseKeepsItsDefault)
     EXPECT_TRUE(symbol->ShowTooltipTitle());
     EXPECT_EQ(symbol->GetImageScale(), 0);
 
-    const auto shape = LoadShape("<name>n</name><shape_csys e=\"2\" pos_y=\"3\"/><camera/>");
+    // Of attributes with one name the first counts.
+    const auto shape =
+        LoadShape("<name>n</name><shape_csys e=\"2\" e=\"5\" pos_y=\"3\" pos_y=\"5\" z=\"7\"/><camera/>");
     EXPECT_EQ(shape->GetOlScale(), 1.0);
     EXPECT_EQ(shape->GetEditCsysMethod(), 1);
     EXPECT_EQ(shape->GetOlCsys().GetMat().Get(0, 0), 1.0f);
@@ -216,11 +218,12 @@ TEST_F(Loader, KeysAreLookedUpAndKept)
 
 TEST_F(Loader, Tags)
 {
-    const auto symbol = LoadSymbol(
-        "<tags><tag type=\"TORQUE\"><description locid=\"K\"/><quantity locid=\"K\" "
-        "unit=\"Nm\">25</quantity></tag></tags>"
-        "<name>n</name><tags><other/><tag type=\"odd\"><description>d</description><quantity unit=\"mm\"> 1 </quantity>"
-        "</tag></tags>");
+    const auto symbol =
+        LoadSymbol("<tags><tag type=\"TORQUE\"><description locid=\"K\"/><quantity locid=\"K\" "
+                   "unit=\"Nm\">25</quantity></tag></tags>"
+                   "<name>n</name><tags><other/><tag type=\"odd\"><description>d</description><quantity locid=\"K\"/>"
+                   "<quantity unit=\"mm\"> 1 </quantity>"
+                   "</tag></tags>");
     ASSERT_EQ(symbol->GetSequencerTags().size(), 2u);
     const auto& early = *symbol->GetSequencerTags()[0];
     // The tag takes the name that the entry has when the tag is read.
@@ -230,7 +233,7 @@ TEST_F(Loader, Tags)
     EXPECT_EQ(early.GetUnits() + early.GetLocIdUnits() + early.GetQuantityString(), "Key textK25");
     const auto& late = *symbol->GetSequencerTags()[1];
     EXPECT_EQ(late.GetName() + late.GetType().GetText() + late.GetDescription() + late.GetUnits(), "nodddmm");
-    EXPECT_EQ(late.GetQuantityString(), " 1 ");
+    EXPECT_EQ(late.GetQuantityString() + late.GetLocIdUnits(), " 1 ");
 }
 
 TEST_F(Loader, CategoriesTakeTheOriginOfTheDocument)
@@ -363,6 +366,9 @@ TEST_F(Loader, WhatIsNoReadableDocumentGivesNothing)
     for (int level = 0; level < 100000; ++level) {
         deep += "<a>";
     }
+    // A hole of a terabyte reads as so many NUL bytes.
+    const std::string sparse = m_folder.Write("sparse.xml", "");
+    std::filesystem::resize_file(sparse, std::uintmax_t{1} << 40);
     mkfifo(m_folder.Path("pipe").c_str(), 0600);
     std::filesystem::create_directory(m_folder.Path("folder"));
     const std::string sources[] = {
@@ -374,6 +380,7 @@ TEST_F(Loader, WhatIsNoReadableDocumentGivesNothing)
         m_folder.Path("folder"),
         "/dev/zero",
         m_folder.Write("empty.xml", ""),
+        sparse,
         m_folder.Write("nul.xml", std::string(good).insert(good.size() / 2, 1, '\0')),
         m_folder.Write("utf16.xml", "\xff\xfe<\0?\0x\0m\0l\0"),
         good + "<second/>",
@@ -444,6 +451,11 @@ TEST_F(Loader, AppendsToTheListsItIsGiven)
 
     const SymbolTemplateLoader copy(loader);
     EXPECT_EQ(copy.GetUnits(), "mm");
+
+    loader.CreateListFromXml(nullptr, Origin::ORIGIN_USER);
+    loader.CreateCategoryListFromXml(nullptr, Origin::ORIGIN_USER);
+    loader.CreateOlListFromXml(nullptr, Origin::ORIGIN_USER);
+    loader.CreateImageListFromXml(nullptr, Origin::ORIGIN_USER);
 }
 
 } // namespace

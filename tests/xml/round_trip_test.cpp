@@ -133,6 +133,22 @@ TEST_F(RoundTrip, ASharedLibraryIsReadButNeverWrittenIntoAnother)
     EXPECT_EQ(Rewrite(shared, Origin::ORIGIN_SHARED), shared);
 }
 
+TEST_F(RoundTrip, ATagWithoutATypeComesBackEqual)
+{
+    const auto item = du::MakeCounted<PartslibraryImageItem>();
+    item->SetTitle("t");
+    item->SetShowTooltipTitle(true);
+    const std::string url = m_folder.Path("a.png");
+    item->SetImageUrl(url);
+    item->AddSequencerTag(du::MakeCounted<SequencerTag>());
+    item->AddSequencerTag(nullptr);
+    const auto read = Load(Write({item}, {}));
+    ASSERT_EQ(read.size(), 1u);
+    const auto& tags = du::DynamicCast<PartslibraryItem>(read[0])->GetSequencerTags();
+    ASSERT_EQ(tags.size(), 1u);
+    EXPECT_TRUE(*tags[0] == *item->GetSequencerTags()[0]);
+}
+
 TEST_F(RoundTrip, EntriesComeBackEqual)
 {
     const Templates catalog = MakeCatalog(Origin::ORIGIN_USER);

@@ -30,7 +30,7 @@ namespace luhost
 class LUHOST_API MessageFile
 {
 public:
-    static constexpr std::size_t kMaxBytes = 64U * 1024U * 1024U;
+    static constexpr std::size_t kMaxBytes = std::size_t{64} * 1024 * 1024;
 
     struct Result {
         std::shared_ptr<const du::MessageTable> table; ///< null after an error

@@ -24,7 +24,6 @@ namespace luhost
 namespace
 {
 
-using luk::illustration::AssociativeObject;
 using luk::illustration::AssociativeObjectCollection;
 using luk::illustration::CategoryInfo;
 using luk::illustration::SymbolTemplate;
@@ -202,7 +201,7 @@ Session::LeftOver Session::Close()
     luk::Kernel::SetKernel(nullptr);
     m_parts->kernel = nullptr;
 
-    const LeftOver leftOver = TellLeftOver();
+    LeftOver leftOver = TellLeftOver();
     m_parts.reset();
     s_isRunning = false;
     return leftOver;

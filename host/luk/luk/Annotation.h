@@ -85,7 +85,8 @@ public:
     /// [write lock] Keeps the scene; repeating, and a null scene, are without effect. @return false when it failed
     virtual bool AttachScene(const du::SmartPtr<Scene>& scene);
 
-    /// [write lock] Takes over saved content. @return false for a null element
+    /// Takes over saved content; overrides hold the write lock until the record is applied.
+    /// @return false for a null element
     virtual bool InitializeFromSerializedContent(const SerializedContentElement* element);
     virtual bool InitializeFromSerializedContent(const SerializedContentElement* element,
                                                  du::SmartPtr<AnnoIdPathMapper> mapper);
@@ -96,7 +97,7 @@ public:
     virtual bool CanAnimate(du::SmartPtr<OperationStep> step);
     virtual du::Symbol GetIconName() const;
 
-    /// The annotation's own visibility; a class whose picture can be hidden on its own asks that as well.
+    /// [read lock] The annotation's own visibility; a class whose picture can be hidden on its own asks that as well.
     virtual bool IsVisible() const;
 
     /// What people call this annotation in lists and messages.
@@ -161,7 +162,8 @@ public:
     /// Whether there is anything to save.
     virtual bool HasContent() const;
 
-    /// Changes the own visibility, then calls ShowAnnotation or HideAnnotation, whether it changed or not.
+    /// Changes the own visibility under the write lock, then calls ShowAnnotation or HideAnnotation without it, whether it
+    /// changed or not.
     /// @param notify post EVENT_VISIBILITY_CHANGED when the own visibility did change
     void Show(bool notify, const du::SmartPtr<View>& view);
     void Hide(bool notify, const du::SmartPtr<View>& view, int reason);
@@ -183,7 +185,7 @@ public:
     bool CreatedFromFile() const noexcept { return m_createdFromFile; }
     void SetCreatedFromFile(bool fromFile) noexcept { m_createdFromFile = fromFile; }
 
-    /// Null when attached to none.
+    /// [read lock] Null when attached to none.
     du::SmartPtr<Scene> GetScene() const;
     /// Null when in none; does not own.
     AnnoSet* GetAnnoSet() const noexcept { return m_annoSet; }

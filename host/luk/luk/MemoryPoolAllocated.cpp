@@ -18,7 +18,7 @@ constexpr bool kPassThrough = false;
 
 constexpr std::size_t kClassStep = 64;
 constexpr std::size_t kClassCount = 64;
-constexpr std::size_t kChunkBytes = 64 * 1024;
+constexpr std::size_t kChunkBytes = std::size_t{64} * 1024;
 
 /// Free blocks of one size. Memory is taken from the system by the chunk and kept.
 class SizeClass

@@ -18,7 +18,8 @@ namespace luk
 /// Errors: throws std::bad_alloc when memory is exhausted, as the global allocator does.
 ///
 /// Cost: one short lock and a list operation. The pool is never torn down, since constants of plug-ins may outlive every
-/// session. Builds with a sanitizer hand every block through to the global allocator, so that misuse is still found;
+/// session. Builds with AddressSanitizer or ThreadSanitizer hand every block through to the global allocator, so
+/// that misuse is still found;
 /// the counters are kept there too.
 class LUHOST_API MemoryPoolAllocated
 {

@@ -10,8 +10,8 @@ class Observer;
 
 /// Kernel object that can be observed.
 ///
-/// Threads and locks: observers may be registered under the object's own write lock; nobody is called back before the
-/// call returns. Events are posted to the kernel and delivered from its event pump.
+/// Threads and locks: observers may be registered under the object's own write lock, and registering calls nobody back;
+/// unregistering tells the observer itself, by OnDetached. Events are posted to the kernel and delivered from its event pump.
 class LUHOST_API Observable : private dom::Observable, public ObjectWithRWLock
 {
 public:

@@ -1,4 +1,5 @@
 #include <dg/Color.h>
+#include <dp/LuInfo.h>
 #include <luk/Preferences.h>
 
 #include <map>
@@ -32,7 +33,11 @@ bool Preferences::IsSharedSymbolLibraryEnabled() const
 du::Symbol Preferences::GetSharedSymbolLibraryFolder() const
 {
     CountRead();
-    return m_sharedSymbolLibraryFolder;
+    du::Symbol folder = m_sharedSymbolLibraryFolder;
+    if (folder.IsNull()) {
+        dp::LuInfo::GetLuviewSharedCachePrefsDir(folder);
+    }
+    return folder;
 }
 
 void Preferences::SetSharedSymbolLibrary(bool enabled, const du::Symbol& folder)

@@ -40,7 +40,7 @@ public:
 private:
     static constexpr std::size_t Index(int row, int column) noexcept
     {
-        return static_cast<std::size_t>(row * 3 + column);
+        return static_cast<std::size_t>(row) * 3 + static_cast<std::size_t>(column);
     }
 
     std::array<double, 9> m_entries{1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0};

@@ -42,7 +42,7 @@ public:
 private:
     static constexpr std::size_t Index(int row, int column) noexcept
     {
-        return static_cast<std::size_t>(row * 4 + column);
+        return static_cast<std::size_t>(row) * 4 + static_cast<std::size_t>(column);
     }
 
     std::array<double, 16> m_entries{1.0, 0.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0, 1.0};

@@ -325,6 +325,7 @@ private:
 
     /// One kind of markup that may split a text.
     struct Markup {
+        std::size_t startSize; ///< of the mark that begins it, which may look like its end: "<!-->"
         std::string_view endMark;
         std::size_t end = 0;
 
@@ -335,7 +336,7 @@ private:
             if (at < end) {
                 return false;
             }
-            end = text.find(endMark, at);
+            end = text.find(endMark, at + startSize);
             if (end == std::string_view::npos) {
                 return true;
             }
@@ -348,9 +349,9 @@ private:
     std::string_view m_text;
     std::size_t m_nul = std::string_view::npos;
     bool m_textMayBeSplit = false;
-    Markup m_comment{"-->"};
-    Markup m_cdata{"]]>"};
-    Markup m_instruction{"?>"};
+    Markup m_comment{3, "-->"};
+    Markup m_cdata{8, "]]>"};
+    Markup m_instruction{1, "?>"};
 };
 
 /// Stops at the first element that lies too deep. The parser's own traversal uses no recursion.

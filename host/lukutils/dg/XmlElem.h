@@ -89,7 +89,8 @@ public:
     double GetAttributeAsDouble(std::string_view name, double fallback = 0.0) const noexcept;
 
     /// Twelve numbers separated by blanks: the matrix row by row, then the position.
-    Location GetAttributeAsLocation(std::string_view name, const Location& fallback = Location::IDENTITY) const noexcept;
+    Location GetAttributeAsLocation(std::string_view name,
+                                    const Location& fallback = Location::IDENTITY) const noexcept;
 
     /// Sets the first attribute of that name, or appends one. Numbers are written in the shortest form that reads back
     /// to the same value.

@@ -1,4 +1,5 @@
 #include <du/MessageTable.h>
+#include <du/TextHash.h>
 
 #include <algorithm>
 #include <functional>
@@ -10,22 +11,16 @@ namespace du
 namespace
 {
 
-struct KeyHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view key) const noexcept { return std::hash<std::string_view>()(key); }
-};
+/// The texts of one key, by the number of their language.
+using Texts = std::unordered_map<std::size_t, std::string>;
 
-struct Text {
-    std::size_t language;
-    std::string text;
-};
+template <class Value>
+using ByText = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
 
-/// The texts of one key; there are as many as languages, hence few.
-const std::string* FindText(const std::vector<Text>& texts, std::size_t language) noexcept
+const std::string* FindText(const Texts& texts, std::size_t language) noexcept
 {
-    const auto position =
-        std::find_if(texts.begin(), texts.end(), [&](const Text& t) { return t.language == language; });
-    return position == texts.end() ? nullptr : &position->text;
+    const auto position = texts.find(language);
+    return position == texts.end() ? nullptr : &position->second;
 }
 
 } // namespace
@@ -33,18 +28,30 @@ const std::string* FindText(const std::vector<Text>& texts, std::size_t language
 struct MessageTable::Content {
     std::string name;
     std::vector<std::string> languages;
-    std::unordered_map<std::string, std::vector<Text>, KeyHash, std::equal_to<>> textsByKey;
+    ByText<std::size_t> languageNumbers;
+    ByText<Texts> textsByKey;
 
-    /// The number of languages for one that no message has.
-    std::size_t LanguageIndex(std::string_view language) const noexcept
+    /// The count of languages for one that no message has.
+    std::size_t NumberOf(std::string_view language) const noexcept
     {
-        return static_cast<std::size_t>(std::find(languages.begin(), languages.end(), language) - languages.begin());
+        const auto position = languageNumbers.find(language);
+        return position == languageNumbers.end() ? languages.size() : position->second;
+    }
+
+    std::size_t AddLanguage(std::string_view language)
+    {
+        const auto [position, isNew] = languageNumbers.try_emplace(std::string(language), languages.size());
+        if (isNew) {
+            languages.emplace_back(language);
+        }
+        return position->second;
     }
 };
 
-MessageTable::MessageTable(std::string_view name, std::string_view defaultLanguage)
-    : m_content(new Content{std::string(name), {std::string(defaultLanguage)}, {}})
+MessageTable::MessageTable(std::string_view name, std::string_view defaultLanguage) : m_content(new Content)
 {
+    m_content->name = name;
+    m_content->AddLanguage(defaultLanguage);
 }
 
 MessageTable::~MessageTable() = default;
@@ -59,17 +66,7 @@ const std::vector<std::string>& MessageTable::GetLanguages() const noexcept { re
 
 void MessageTable::Add(std::string_view key, std::string_view language, std::string_view text)
 {
-    const std::size_t index = m_content->LanguageIndex(language);
-    if (index == m_content->languages.size()) {
-        m_content->languages.emplace_back(language);
-    }
-    std::vector<Text>& texts = m_content->textsByKey[std::string(key)];
-    const auto same = std::find_if(texts.begin(), texts.end(), [&](const Text& t) { return t.language == index; });
-    if (same != texts.end()) {
-        same->text = text;
-    } else {
-        texts.push_back({index, std::string(text)});
-    }
+    m_content->textsByKey[std::string(key)].insert_or_assign(m_content->AddLanguage(language), std::string(text));
 }
 
 const std::string* MessageTable::Find(std::string_view key, std::string_view language) const noexcept
@@ -78,13 +75,13 @@ const std::string* MessageTable::Find(std::string_view key, std::string_view lan
     if (position == m_content->textsByKey.end()) {
         return nullptr;
     }
-    const std::string* const text = FindText(position->second, m_content->LanguageIndex(language));
+    const std::string* const text = FindText(position->second, m_content->NumberOf(language));
     return text ? text : FindText(position->second, 0);
 }
 
 std::vector<std::string> MessageTable::GetMissingKeys(std::string_view language) const
 {
-    const std::size_t index = m_content->LanguageIndex(language);
+    const std::size_t index = m_content->NumberOf(language);
     std::vector<std::string> missing;
     for (const auto& [key, texts] : m_content->textsByKey) {
         if (!FindText(texts, index)) {

@@ -17,7 +17,7 @@ namespace du
 ///
 /// Threads: reading is safe on any thread, filling belongs to one.
 ///
-/// Cost: a look-up is one hash and allocates nothing.
+/// Cost: a look-up takes the same time however many keys and languages there are, and allocates nothing.
 class LUHOST_API MessageTable
 {
 public:

@@ -1,10 +1,9 @@
-#include <du/RandomBits.h>
 #include <du/Symbol.h>
+#include <du/TextHash.h>
 
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <mutex>
 
@@ -13,70 +12,6 @@ namespace du
 
 namespace
 {
-
-/// Keyed by two random words, because texts come from documents: with a known key a document could be written whose
-/// names all share one slot.
-class TextHash
-{
-public:
-    TextHash() noexcept : m_key0(RandomBits()), m_key1(RandomBits()) {}
-
-    std::size_t operator()(std::string_view text) const noexcept
-    {
-        const char* position = text.data();
-        std::size_t left = text.size();
-        std::uint64_t hash = m_key1 ^ left;
-        while (left > 16) {
-            hash = Mix(Read8(position) ^ m_key0, Read8(position + 8) ^ hash);
-            position += 16;
-            left -= 16;
-        }
-        const auto [first, second] = ReadUpTo16(position, left);
-        hash = Mix(first ^ m_key0, second ^ hash);
-        return static_cast<std::size_t>(Mix(hash ^ m_key0, m_key1));
-    }
-
-private:
-    static std::uint64_t Mix(std::uint64_t a, std::uint64_t b) noexcept
-    {
-        __extension__ using Product = unsigned __int128;
-        const Product product = Product{a} * b;
-        return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
-    }
-
-    static std::uint64_t Read8(const char* bytes) noexcept
-    {
-        std::uint64_t word;
-        std::memcpy(&word, bytes, sizeof(word));
-        return word;
-    }
-
-    static std::uint64_t Read4(const char* bytes) noexcept
-    {
-        std::uint32_t word;
-        std::memcpy(&word, bytes, sizeof(word));
-        return word;
-    }
-
-    /// The two words overlap unless there are 8 or 16 bytes; the length is in the hash already.
-    static std::pair<std::uint64_t, std::uint64_t> ReadUpTo16(const char* bytes, std::size_t size) noexcept
-    {
-        if (size >= 8) {
-            return {Read8(bytes), Read8(bytes + size - 8)};
-        }
-        if (size >= 4) {
-            return {Read4(bytes), Read4(bytes + size - 4)};
-        }
-        if (size == 0) {
-            return {0, 0};
-        }
-        const auto byte = [bytes](std::size_t i) { return std::uint64_t{static_cast<unsigned char>(bytes[i])}; };
-        return {byte(0) | (byte(size / 2) << 8), byte(size - 1)};
-    }
-
-    std::uint64_t m_key0;
-    std::uint64_t m_key1;
-};
 
 constexpr std::size_t kFirstCapacity = 16;
 constexpr unsigned kShardBits = 6;
@@ -204,14 +139,6 @@ private:
 };
 
 Symbol Symbol::Find(std::string_view text) noexcept { return Symbol(SymbolTable::Get().Find(text)); }
-
-bool Symbol::TextLess(const Symbol& a, const Symbol& b) noexcept
-{
-    if (a.IsNull() || b.IsNull()) {
-        return a.IsNull() && !b.IsNull();
-    }
-    return a.GetText() < b.GetText();
-}
 
 const Symbol::Entry* Symbol::Intern(std::string_view text) { return SymbolTable::Get().Intern(text); }
 

@@ -51,9 +51,6 @@ public:
 
     friend bool operator==(const Symbol& a, const Symbol& b) noexcept { return a.m_entry == b.m_entry; }
 
-    /// Order of the texts, null first; for output that must not depend on addresses.
-    static bool TextLess(const Symbol& a, const Symbol& b) noexcept;
-
 private:
     friend class SymbolTable;
     struct Entry {

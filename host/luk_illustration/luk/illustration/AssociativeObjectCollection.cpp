@@ -281,9 +281,9 @@ struct AssociativeObjectCollection::Content {
     template <class List>
     static std::vector<du::SmartPtr<typename List::Item>> TakeAll(AssociativeObjectCollection& collection, List& list)
     {
-        for (std::uint32_t position = 0; position < list.items.size(); ++position) {
-            if (list.items[position]) {
-                list.items[position]->RemovePlace(collection, position | List::kPlaceBit);
+        for (const du::SmartPtr<typename List::Item>& item : list.items) {
+            if (item) {
+                item->RemovePlaces(collection);
             }
         }
         list.Clear();

@@ -88,6 +88,19 @@ void CollectionItem::RemovePlace(AssociativeObjectCollection& collection, std::u
     }
 }
 
+void CollectionItem::RemovePlaces(const AssociativeObjectCollection& collection) noexcept
+{
+    if (m_furtherPlaces) {
+        std::erase_if(*m_furtherPlaces, [&](const Place& place) { return place.collection == &collection; });
+        if (m_furtherPlaces->empty()) {
+            m_furtherPlaces.reset();
+        }
+    }
+    if (m_collection == &collection) {
+        RemovePlace(*m_collection, m_position);
+    }
+}
+
 bool CollectionItem::FindPlace(const AssociativeObjectCollection& collection, std::uint32_t& position) const noexcept
 {
     bool found = m_collection == &collection;

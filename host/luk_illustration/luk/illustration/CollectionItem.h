@@ -62,6 +62,7 @@ private:
 
     void AddPlace(AssociativeObjectCollection& collection, std::uint32_t position);
     void RemovePlace(AssociativeObjectCollection& collection, std::uint32_t position) noexcept;
+    void RemovePlaces(const AssociativeObjectCollection& collection) noexcept;
     /// @param[out] position the smallest one in the collection
     bool FindPlace(const AssociativeObjectCollection& collection, std::uint32_t& position) const noexcept;
     template <class Change>

@@ -1,8 +1,8 @@
+#include <du/TextHash.h>
 #include <luk/illustration/PositionIndex.h>
 
 #include <algorithm>
 #include <bit>
-#include <functional>
 #include <utility>
 
 namespace luk::illustration
@@ -20,7 +20,7 @@ std::size_t SlotsFor(std::size_t count) { return std::bit_ceil(std::max(kMinSlot
 
 std::uint32_t PositionIndex::HashOf(std::string_view key) noexcept
 {
-    const std::uint64_t hash = std::hash<std::string_view>()(key);
+    const std::uint64_t hash = du::TextHash()(key);
     return static_cast<std::uint32_t>(hash ^ (hash >> 32U));
 }
 

@@ -10,7 +10,11 @@ SequencerTag::SequencerTag(const SequencerTag&) = default;
 SequencerTag& SequencerTag::operator=(const SequencerTag&) = default;
 SequencerTag::~SequencerTag() = default;
 
-SequencerTag::Type SequencerTag::GetTypeForSymbol(const du::Symbol& keyword) { return keyword; }
+// A tag without a type is written with an empty keyword and must come back equal.
+SequencerTag::Type SequencerTag::GetTypeForSymbol(const du::Symbol& keyword)
+{
+    return keyword.IsEmpty() ? Type() : keyword;
+}
 
 du::Symbol SequencerTag::GetSymbolForType(const Type& type) { return type; }
 
