@@ -1,0 +1,127 @@
+#include "ExampleCatalog.h"
+
+#include "catalog/PartslibraryCategoryItem.h"
+#include "catalog/PartslibraryImageItem.h"
+#include "catalog/PartslibraryOlItem.h"
+#include "xml/SymbolTemplateWriter.h"
+
+#include <luk/illustration/SequencerTag.h>
+
+#include <filesystem>
+#include <malloc.h>
+#include <stdlib.h>
+
+namespace bench
+{
+
+namespace
+{
+
+using luk::illustration::SequencerTag;
+using lusymbols::PartslibraryCategoryItem;
+using lusymbols::PartslibraryImageItem;
+using lusymbols::PartslibraryItem;
+using lusymbols::PartslibraryOlItem;
+
+void FillTexts(PartslibraryItem& item, std::size_t number, std::size_t categories)
+{
+    const std::string serial = std::to_string(number);
+    item.SetId("entry-" + serial);
+    item.SetCategoryId("category-" + std::to_string(number % categories));
+    item.SetName("Bent arrow, " + serial);
+    item.SetTitle("Bent arrow to the right, " + serial);
+    item.SetDescription("Shows the direction in which the part is pulled out of its seat.");
+    item.SetShowTooltipTitle(true);
+    if (number % 10 == 0) {
+        const auto tag = du::MakeCounted<SequencerTag>();
+        tag->SetType(SequencerTag::GetTypeForSymbol(du::Symbol("TORQUE")));
+        tag->SetDescription("Tightening torque");
+        tag->SetUnits("Nm");
+        tag->SetQuantityString("25");
+        item.AddSequencerTag(tag);
+    }
+}
+
+du::SmartPtr<PartslibraryItem> MakeEntry(std::size_t number, std::size_t categories)
+{
+    const std::string file = "arrow_" + std::to_string(number);
+    if (number % 2 == 0) {
+        const auto ol = du::MakeCounted<PartslibraryOlItem>();
+        FillTexts(*ol, number, categories);
+        ol->SetOlTooltip("Arrow");
+        ol->SetOlGalleryThumbnailUrl("SymbolsLibrary/Shape/" + file + "_64x64.png");
+        ol->SetOlUrl("SymbolsLibrary/Shape/" + file + ".obj");
+        ol->SetOlScale(1.5);
+        ol->SetOlCsys({dg::FMat33::IDENTITY, {12.5, 0.0, -3.25}});
+        ol->SetAxisName("Z");
+        return ol;
+    }
+    const auto image = du::MakeCounted<PartslibraryImageItem>();
+    FillTexts(*image, number, categories);
+    image->SetImageTooltip("Arrow");
+    image->SetImageGalleryThumbnailUrl("SymbolsLibrary/2D/" + file + "_64x64.png");
+    image->SetImageUrl("SymbolsLibrary/2D/" + file + ".svg");
+    image->SetImageScale(100);
+    return image;
+}
+
+} // namespace
+
+Catalog MakeCatalog(std::size_t entries, std::size_t categories)
+{
+    Catalog catalog;
+    for (std::size_t i = 0; i < categories; ++i) {
+        const auto category = du::MakeCounted<PartslibraryCategoryItem>();
+        category->SetId("category-" + std::to_string(i));
+        category->SetCatName("Arrows " + std::to_string(i));
+        catalog.categories.push_back(category);
+    }
+    catalog.templates.reserve(entries);
+    for (std::size_t i = 0; i < entries; ++i) {
+        catalog.templates.push_back(MakeEntry(i, categories));
+    }
+    return catalog;
+}
+
+Workplace::Workplace()
+{
+    std::string pattern = (std::filesystem::temp_directory_path() / "lusymbols-bench-XXXXXX").string();
+    m_folder = mkdtemp(pattern.data());
+    luhost::SessionConfig config;
+    config.baseFolder = m_folder;
+    m_session = std::make_unique<luhost::Session>(config);
+}
+
+Workplace::~Workplace()
+{
+    m_session.reset();
+    std::error_code ignored;
+    std::filesystem::remove_all(m_folder, ignored);
+}
+
+std::string Workplace::LibraryFile(std::size_t entries)
+{
+    const std::string path = m_folder + "/library-" + std::to_string(entries) + ".xml";
+    if (!std::filesystem::exists(path)) {
+        Catalog catalog = MakeCatalog(entries, entries / 100);
+        lusymbols::SymbolTemplateWriter(false).ToXml(du::Symbol(path), std::move(catalog.templates),
+                                                     catalog.categories);
+    }
+    return path;
+}
+
+Workplace& GetWorkplace()
+{
+    static Workplace workplace;
+    return workplace;
+}
+
+std::size_t FileSize(const std::string& path) { return static_cast<std::size_t>(std::filesystem::file_size(path)); }
+
+std::size_t BytesInUse()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+} // namespace bench

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <du/SmartPtr.h>
+#include <luhost/Session.h>
+#include <luk/illustration/CategoryInfo.h>
+#include <luk/illustration/SymbolTemplate.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace bench
+{
+
+using Templates = std::vector<du::SmartPtr<luk::illustration::SymbolTemplate>>;
+using Categories = std::vector<du::SmartPtr<luk::illustration::CategoryInfo>>;
+
+/// A catalog like a real one: half shapes, half pictures, texts of ordinary length, tags on every tenth entry.
+struct Catalog {
+    Templates templates;
+    Categories categories;
+};
+Catalog MakeCatalog(std::size_t entries, std::size_t categories);
+
+/// A host session in a temporary folder that also holds the documents that are measured.
+class Workplace
+{
+public:
+    Workplace();
+    ~Workplace();
+    Workplace(const Workplace&) = delete;
+    Workplace& operator=(const Workplace&) = delete;
+
+    /// Path of the user's library with this many entries, a hundred to a category; written when first asked for.
+    std::string LibraryFile(std::size_t entries);
+    /// Path of a file to write to.
+    std::string OutputFile() const { return m_folder + "/written.xml"; }
+
+private:
+    std::string m_folder;
+    std::unique_ptr<luhost::Session> m_session;
+};
+
+/// The one workplace of the run.
+Workplace& GetWorkplace();
+
+std::size_t FileSize(const std::string& path);
+
+/// Bytes that the program holds by its allocator.
+std::size_t BytesInUse();
+
+} // namespace bench
