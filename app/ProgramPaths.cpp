@@ -1,0 +1,45 @@
+#include "ProgramPaths.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <initializer_list>
+#include <system_error>
+
+namespace lusym
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+fs::path ProgramFolder()
+{
+    std::error_code error;
+    return fs::read_symlink("/proc/self/exe", error).parent_path();
+}
+
+} // namespace
+
+std::string FindPlugin()
+{
+    if (const char* const named = std::getenv("LUSYMBOLS_PLUGIN"); named && *named != '\0') {
+        return named;
+    }
+    const fs::path folder = ProgramFolder();
+    const fs::path name = "liblusymbols.so";
+    std::error_code error;
+    for (const fs::path& candidate : {folder.parent_path() / LUSYM_LIBRARY_FOLDER / name, folder / name}) {
+        if (fs::exists(candidate, error)) {
+            return candidate;
+        }
+    }
+    return folder.parent_path() / "lib" / name;
+}
+
+std::string FindExampleLibrary()
+{
+    return ProgramFolder().parent_path() / "share" / "lusymbols" / "examples" / "library";
+}
+
+} // namespace lusym

@@ -1,0 +1,3 @@
+#include "CommandLine.h"
+
+int main(int argc, char** argv) { return lusym::RunCommandLine(argc, argv); }

@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Runs clang-tidy over the code, with the compile commands of the debug build. Usage: scripts/lint.sh [FILE]...
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+[ -f build/debug/compile_commands.json ] || cmake --preset debug >/dev/null
+files=("$@")
+[ ${#files[@]} -gt 0 ] || mapfile -t files < <(git ls-files 'host/*.cpp' 'plugin/*.cpp' 'catalog/*.cpp' 'xml/*.cpp' 'app/*.cpp')
+printf '%s\0' "${files[@]}" | xargs -0 -n 4 -P "$(nproc)" clang-tidy --quiet -p build/debug --warnings-as-errors='*'

@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Installs what the project needs on Debian 12. Usage: scripts/setup.sh [build|check]...
+#   build   compiler, build tools and libraries, tests included (the default)
+#   bench   what the benchmarks measure against
+#   check   what CI needs beyond that: formatter, linter, sanitizer run-times
+# Packages that are there already are left alone; as an ordinary user it asks sudo.
+set -euo pipefail
+
+build="g++ cmake ninja-build ccache pkg-config libpugixml-dev libcli11-dev nlohmann-json3-dev libgtest-dev"
+bench="libbenchmark-dev libxml2-dev"
+check="clang-format clang-tidy"
+
+wanted=()
+for group in "${@:-build}"; do
+  case $group in
+    build | bench | check) read -ra packages <<<"${!group}"; wanted+=("${packages[@]}") ;;
+    *) echo "setup.sh: unknown group '$group'; there are build, bench and check" >&2; exit 2 ;;
+  esac
+done
+
+missing=()
+for package in "${wanted[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$' || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "installing: ${missing[*]}" >&2
+as_root=()
+[ "$(id -u)" -eq 0 ] || as_root=(sudo)
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -qq
+"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
