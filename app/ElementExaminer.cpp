@@ -127,7 +127,7 @@ ElementExaminer::LastChildren ElementExaminer::ExamineChildren(const dg::XmlElem
                 "the tags stand before the entry's name, so that they carry an empty name",
                 "Put \"name\" before \"tags\".");
         }
-        if (rules[at].kind == ValueKind::Url && !child.HasAttribute(format::kUrl.data())) {
+        if (rules[at].kind == ValueKind::Url && !child.HasAttribute(format::kUrl)) {
             continue;
         }
         ExamineRepeated(last[at], child, rules[at].kind);
@@ -162,7 +162,7 @@ void ElementExaminer::ExamineValue(const dg::XmlElem& element, ValueKind kind)
     } else if (kind == ValueKind::Keyed) {
         ExamineKeyed(element, TextOf(element));
     } else if (kind == ValueKind::Quantity) {
-        ExamineKeyed(element, element.GetAttribute(format::kUnit.data()));
+        ExamineKeyed(element, element.GetAttribute(format::kUnit));
     } else if (kind == ValueKind::Boolean) {
         ExamineBoolean(element, element.GetName(), TextOf(element));
     } else if (kind == ValueKind::Integer) {
@@ -174,10 +174,10 @@ void ElementExaminer::ExamineValue(const dg::XmlElem& element, ValueKind kind)
 
 void ElementExaminer::ExamineKeyed(const dg::XmlElem& element, std::string_view besides)
 {
-    if (!element.HasAttribute(format::kLocId.data())) {
+    if (!element.HasAttribute(format::kLocId)) {
         return;
     }
-    const std::string_view key = element.GetAttribute(format::kLocId.data());
+    const std::string_view key = element.GetAttribute(format::kLocId);
     if (!IsLayout(besides)) {
         Add(FindingCode::BesideKey, element,
             Quote(besides) + " stands beside the key " + Quote(key) + " and is not used",
@@ -246,7 +246,7 @@ void ElementExaminer::ExamineTag(const dg::XmlElem& tag)
     ExamineAttributes(tag, TagAttributes());
     ExamineStrayText(tag);
     ExamineChildren(tag, TagChildren());
-    const std::string_view type = tag.GetAttribute(format::kType.data());
+    const std::string_view type = tag.GetAttribute(format::kType);
     const du::Symbol keyword = du::Symbol::Find(type);
     if (keyword.IsNull() || !SequencerTag::IsKnownType(SequencerTag::GetTypeForSymbol(keyword))) {
         Add(FindingCode::UnknownTagType, tag, "the tag type " + Quote(type) + " is no keyword of this host",

@@ -208,13 +208,12 @@ private:
         m_elements.ExamineAttributes(category, CategoryAttributes());
         m_elements.ExamineStrayText(category);
         const auto children = m_elements.ExamineChildren(category, CategoryChildren());
-        const std::string_view id = category.GetAttribute(format::kId.data());
+        const std::string_view id = category.GetAttribute(format::kId);
         if (id.empty()) {
             m_elements.Add(FindingCode::MissingId, category, "the category has no id, so that no entry can name it",
                            "Give it one.");
         }
-        if (!children[0] ||
-            (m_elements.TextOf(children[0]).empty() && !children[0].HasAttribute(format::kLocId.data()))) {
+        if (!children[0] || (m_elements.TextOf(children[0]).empty() && !children[0].HasAttribute(format::kLocId))) {
             m_elements.Add(FindingCode::MissingName, category,
                            id.empty() ? std::string("the category has no name")
                                       : "the category " + Quote(id) + " has no name",
@@ -300,9 +299,8 @@ private:
         if (!name) {
             return std::string();
         }
-        return name.HasAttribute(format::kLocId.data())
-                   ? m_messages.LocalizeMessage(name.GetAttribute(format::kLocId.data()))
-                   : name.GetText();
+        return name.HasAttribute(format::kLocId) ? m_messages.LocalizeMessage(name.GetAttribute(format::kLocId))
+                                                 : name.GetText();
     }
 
     /// The loader kept the first entry of each name, in this order: so the next one that it kept is this one.
@@ -329,8 +327,7 @@ private:
     void AddDropped(const dg::XmlElem& element, const std::string& name, const dg::XmlElem& first)
     {
         const std::size_t line = first.GetLine();
-        m_result.dropped.push_back(
-            {element.GetLine(), std::string(element.GetAttribute(format::kId.data())), name, line});
+        m_result.dropped.push_back({element.GetLine(), std::string(element.GetAttribute(format::kId)), name, line});
         m_elements.Add(FindingCode::NameTaken, element,
                        "the name " + Quote(name) + " is already taken by the entry at line " + std::to_string(line) +
                            "; the loader drops this entry",
@@ -339,7 +336,7 @@ private:
 
     void ExamineId(const Entry& entry)
     {
-        const std::string_view id = entry.element.GetAttribute(format::kId.data());
+        const std::string_view id = entry.element.GetAttribute(format::kId);
         m_result.kept[m_keptCount - 1].writtenId = id;
         if (id.empty()) {
             m_elements.Add(FindingCode::MissingId, entry.element,
@@ -360,7 +357,7 @@ private:
 
     void ExamineCategoryId(const dg::XmlElem& element)
     {
-        const std::string_view id = element.GetAttribute(format::kCategoryId.data());
+        const std::string_view id = element.GetAttribute(format::kCategoryId);
         if (!m_categories.contains(id)) {
             m_elements.Add(FindingCode::UnknownCategory, element,
                            id.empty() ? std::string("the entry names no category")
@@ -396,7 +393,7 @@ private:
             ExamineUrl(entry, file, format::kImage, image.GetImageUrl());
             large = image.GetImageDlgThumbnailUrl();
         }
-        const std::string_view small = thumbnail ? thumbnail.GetAttribute(format::kUrl.data()) : std::string_view();
+        const std::string_view small = thumbnail ? thumbnail.GetAttribute(format::kUrl) : std::string_view();
         // Without the size in its name the large thumbnail is the small one, which was looked for already.
         if (!small.empty() && small.find(format::kGalleryThumbnailSize) != std::string_view::npos) {
             ExamineFile(thumbnail, "the large thumbnail", std::string(large));
@@ -405,7 +402,7 @@ private:
 
     void ExamineUrl(const Entry& entry, const dg::XmlElem& element, std::string_view name, const std::string& resolved)
     {
-        const std::string_view url = element ? element.GetAttribute(format::kUrl.data()) : std::string_view();
+        const std::string_view url = element ? element.GetAttribute(format::kUrl) : std::string_view();
         if (url.empty()) {
             m_elements.Add(FindingCode::MissingUrl, element ? element : entry.element,
                            "the entry has no url for " + Quote(name), "Name the file.");

@@ -69,47 +69,48 @@ const std::string& GalleryThumbnailUrl(const PartslibraryOlItem& item) { return 
 
 const std::string& GalleryThumbnailUrl(const PartslibraryImageItem& item) { return item.GetImageGalleryThumbnailUrl(); }
 
-std::wstring MakeTooltip(const PartslibraryItem& item)
+void AppendTooltip(std::wstring& tooltip, const PartslibraryItem& item)
 {
     static constexpr std::wstring_view kBoldOn = L"\\b ";
     static constexpr std::wstring_view kBoldOff = L"\\b0 \n ";
-    std::wstring tooltip;
     tooltip.reserve(kBoldOn.size() + item.GetTitle().size() + kBoldOff.size() + item.GetDescription().size());
     tooltip += kBoldOn;
     du::AppendUtf8AsWide(tooltip, item.GetTitle());
     tooltip += kBoldOff;
     du::AppendUtf8AsWide(tooltip, item.GetDescription());
-    return tooltip;
 }
 
 } // namespace
 
-/// Appends the rows of one build.
+/// Writes the rows of one build, from given rows on. What stands there already is written over, which spares a gallery
+/// that is refreshed most of its allocations.
 class PartslibraryUIData::Builder
 {
 public:
-    explicit Builder(PartslibraryUIData& data) : m_data(data), m_firstGroup(data.m_groupItems.size()) {}
+    Builder(PartslibraryUIData& data, std::size_t firstRow, std::size_t firstGroup)
+        : m_data(data), m_firstRow(firstRow), m_row(firstRow), m_firstGroup(firstGroup), m_nextGroup(firstGroup)
+    {
+    }
 
     void Reserve(std::size_t rows, std::size_t groups)
     {
-        const std::size_t allRows = m_data.m_icons.size() + rows;
-        m_data.m_icons.reserve(allRows);
-        m_data.m_labels.reserve(allRows);
-        m_data.m_tooltips.reserve(allRows);
-        m_data.m_userData.reserve(allRows);
-        m_data.m_names.reserve(allRows);
-        m_data.m_sharedItems.reserve(allRows);
-        const std::size_t allGroups = m_firstGroup + groups;
-        m_data.m_groupNames.reserve(allGroups);
-        m_data.m_groupLabels.reserve(allGroups);
-        m_data.m_groupItems.reserve(allGroups);
+        m_data.m_icons.reserve(m_firstRow + rows);
+        m_data.m_labels.reserve(m_firstRow + rows);
+        m_data.m_tooltips.reserve(m_firstRow + rows);
+        m_data.m_userData.reserve(m_firstRow + rows);
+        m_data.m_names.reserve(m_firstRow + rows);
+        m_data.m_sharedItems.reserve(m_firstRow + rows);
+        m_data.m_groupNames.reserve(m_firstGroup + groups);
+        m_data.m_groupLabels.reserve(m_firstGroup + groups);
+        m_data.m_groupItems.reserve(m_firstGroup + groups);
     }
 
     void AddGroup(const PartslibraryCategoryItem& category)
     {
-        m_data.m_groupNames.push_back(category.GetName());
-        m_data.m_groupLabels.push_back(du::Utf8ToWideStr(category.GetName()));
-        m_data.m_groupItems.emplace_back();
+        At(m_data.m_groupNames, m_nextGroup) = category.GetName();
+        du::AppendUtf8AsWide(Emptied(m_data.m_groupLabels, m_nextGroup), category.GetName());
+        Emptied(m_data.m_groupItems, m_nextGroup);
+        ++m_nextGroup;
         m_isGroupEmpty = true;
     }
 
@@ -126,11 +127,12 @@ public:
         }
     }
 
-    /// Gives each empty group the first entry of the next group that has one.
-    void FillEmptyGroups()
+    /// Gives each empty group the first entry of the next group that has one, and drops what is left of older rows.
+    /// @return the number of rows written
+    std::uint64_t Finish()
     {
         const std::string* next = nullptr;
-        for (std::size_t group = m_data.m_groupItems.size(); group-- > m_firstGroup;) {
+        for (std::size_t group = m_nextGroup; group-- > m_firstGroup;) {
             std::string& item = m_data.m_groupItems[group];
             if (!item.empty()) {
                 next = &item;
@@ -138,38 +140,58 @@ public:
                 item = *next;
             }
         }
+        m_data.Truncate(m_row, m_nextGroup);
+        return m_row - m_firstRow;
     }
 
-    std::uint64_t GetRowCount() const { return m_rowCount; }
-
 private:
+    template <class Text>
+    static Text& At(std::vector<Text>& list, std::size_t index)
+    {
+        return index < list.size() ? list[index] : list.emplace_back();
+    }
+
+    template <class Text>
+    static Text& Emptied(std::vector<Text>& list, std::size_t index)
+    {
+        Text& text = At(list, index);
+        text.clear();
+        return text;
+    }
+
     void AddRow(const PartslibraryItem& item, const std::string& thumbnailUrl, const std::string& namePrefix,
                 std::string_view kind)
     {
-        m_roots.Resolve(item, m_data.m_icons.emplace_back(thumbnailUrl));
-        m_data.m_labels.push_back(du::Utf8ToWideStr(item.GetTitle()));
-        m_data.m_tooltips.push_back(MakeTooltip(item));
+        m_roots.Resolve(item, At(m_data.m_icons, m_row) = thumbnailUrl);
+        du::AppendUtf8AsWide(Emptied(m_data.m_labels, m_row), item.GetTitle());
+        AppendTooltip(Emptied(m_data.m_tooltips, m_row), item);
 
-        std::string& name = m_data.m_names.emplace_back();
+        std::string& name = Emptied(m_data.m_names, m_row);
         name.reserve(namePrefix.size() + item.GetName().size() + item.GetId().size());
         name.append(namePrefix).append(item.GetName()).append(item.GetId());
         if (m_isGroupEmpty) {
-            m_data.m_groupItems.back() = name;
+            m_data.m_groupItems[m_nextGroup - 1] = name;
             m_isGroupEmpty = false;
         }
 
-        std::string& userData = m_data.m_userData.emplace_back();
+        std::string& userData = Emptied(m_data.m_userData, m_row);
         userData.reserve(kind.size() + 1 + item.GetId().size());
         userData.append(kind).append(1, '.').append(item.GetId());
-        m_data.m_sharedItems.push_back(item.IsShared() || item.IsOOTB());
-        ++m_rowCount;
+
+        if (m_row == m_data.m_sharedItems.size()) {
+            m_data.m_sharedItems.push_back(false);
+        }
+        m_data.m_sharedItems[m_row] = item.IsShared() || item.IsOOTB();
+        ++m_row;
     }
 
     PartslibraryUIData& m_data;
+    const std::size_t m_firstRow;
+    std::size_t m_row;
     const std::size_t m_firstGroup;
+    std::size_t m_nextGroup;
     const LibraryRoots m_roots = LibraryRoots::FromHost();
     bool m_isGroupEmpty = true;
-    std::uint64_t m_rowCount = 0;
 };
 
 PartslibraryUIData::PartslibraryUIData() = default;
@@ -193,7 +215,6 @@ PartslibraryUIData& PartslibraryUIData::operator=(PartslibraryUIData&& other) no
 
 std::uint64_t PartslibraryUIData::Refresh(const du::SmartPtr<SymbolTemplateCollection>& collection)
 {
-    Clear();
     CategoryList categories;
     SourceBuckets<PartslibraryOlItem> ols;
     SourceBuckets<PartslibraryImageItem> images;
@@ -213,19 +234,26 @@ std::uint64_t PartslibraryUIData::Refresh(const du::SmartPtr<SymbolTemplateColle
             }
         }
     }
-    return Construct(ols.TakeSorted(), images.TakeSorted(), categories);
+    return Build(ols.TakeSorted(), images.TakeSorted(), categories, 0, 0);
 }
 
 std::uint64_t PartslibraryUIData::Construct(const OlList& ols, const ImageList& images, const CategoryList& categories)
 {
+    return Build(ols, images, categories, m_icons.size(), m_groupItems.size());
+}
+
+std::uint64_t PartslibraryUIData::Build(const OlList& ols, const ImageList& images, const CategoryList& categories,
+                                        std::size_t firstRow, std::size_t firstGroup)
+{
     m_numActualCategories = 0;
     m_numItems = ols.size() + images.size();
     if (m_numItems == 0) {
+        Truncate(firstRow, firstGroup);
         return 0;
     }
     const ItemsByCategory<PartslibraryOlItem> olGroups = GroupByCategory(ols);
     const ItemsByCategory<PartslibraryImageItem> imageGroups = GroupByCategory(images);
-    Builder builder(*this);
+    Builder builder(*this, firstRow, firstGroup);
     builder.Reserve(m_numItems, categories.size());
     for (const du::SmartPtr<PartslibraryCategoryItem>& category : categories) {
         if (!category) {
@@ -236,22 +264,23 @@ std::uint64_t PartslibraryUIData::Construct(const OlList& ols, const ImageList& 
         builder.AddRows(olGroups, category->GetId(), m_olNamePrefix, "ol");
         builder.AddRows(imageGroups, category->GetId(), m_imageNamePrefix, "image");
     }
-    builder.FillEmptyGroups();
-    m_numItems = builder.GetRowCount();
+    m_numItems = builder.Finish();
     return m_numItems;
 }
 
-void PartslibraryUIData::Clear()
+void PartslibraryUIData::Clear() { Truncate(0, 0); }
+
+void PartslibraryUIData::Truncate(std::size_t rows, std::size_t groups)
 {
-    m_icons.clear();
-    m_labels.clear();
-    m_tooltips.clear();
-    m_userData.clear();
-    m_names.clear();
-    m_groupNames.clear();
-    m_groupLabels.clear();
-    m_groupItems.clear();
-    m_sharedItems.clear();
+    m_icons.resize(rows);
+    m_labels.resize(rows);
+    m_tooltips.resize(rows);
+    m_userData.resize(rows);
+    m_names.resize(rows);
+    m_sharedItems.resize(rows);
+    m_groupNames.resize(groups);
+    m_groupLabels.resize(groups);
+    m_groupItems.resize(groups);
 }
 
 } // namespace lusymbols

@@ -96,6 +96,10 @@ protected:
 private:
     class Builder;
 
+    std::uint64_t Build(const OlList& ols, const ImageList& images, const CategoryList& categories,
+                        std::size_t firstRow, std::size_t firstGroup);
+    void Truncate(std::size_t rows, std::size_t groups);
+
     std::vector<std::string> m_icons;
     std::vector<std::wstring> m_labels;
     std::vector<std::wstring> m_tooltips;

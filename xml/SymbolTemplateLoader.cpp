@@ -24,6 +24,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <memory_resource>
 #include <span>
 #include <unordered_set>
 #include <utility>
@@ -627,7 +628,8 @@ void SymbolTemplateLoader::AddCategoryItem(const du::SmartPtr<PartslibraryCatego
 void SymbolTemplateLoader::AddPartslibraryList()
 {
     // Names may have changed since the last merge, so the set is made of what they are now.
-    std::unordered_set<std::string_view, du::TextHash> names;
+    std::pmr::monotonic_buffer_resource nodes;
+    std::pmr::unordered_set<std::string_view, du::TextHash> names(&nodes);
     names.reserve(m_templates.size() + m_pendingItems.size());
     for (const du::SmartPtr<SymbolTemplate>& item : m_templates) {
         names.insert(item->GetName());
