@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <array>
 #include <limits>
 #include <vector>
 
@@ -51,17 +51,16 @@ dg::DPoint3D InFrontOf(const dg::Camera3D& camera, double right, double up, doub
 TEST(Camera, ScreenAxesPointRightAndDownFromTheUpperLeftCorner)
 {
     for (const dg::Camera3D& camera : UsableCameras()) {
-        dg::DPoint2D center;
-        dg::DPoint2D right;
-        dg::DPoint2D above;
-        ASSERT_TRUE(camera.ProjectPoint(InFrontOf(camera, 0.0, 0.0, 10.0), center));
-        ASSERT_TRUE(camera.ProjectPoint(InFrontOf(camera, 1.0, 0.0, 10.0), right));
-        ASSERT_TRUE(camera.ProjectPoint(InFrontOf(camera, 0.0, 1.0, 10.0), above));
-        EXPECT_NEAR(center.x, 400.0, 1e-6);
-        EXPECT_NEAR(center.y, 300.0, 1e-6);
-        EXPECT_GT(right.x, center.x);
-        EXPECT_LT(above.y, center.y);
-        EXPECT_NEAR(right.x - center.x, center.y - above.y, 1e-6 * (right.x - center.x)) << "pixels are square";
+        const auto project = [&camera](double right, double up) {
+            dg::DPoint2D screen;
+            EXPECT_TRUE(camera.ProjectPoint(InFrontOf(camera, right, up, 10.0), screen));
+            return screen;
+        };
+        EXPECT_NEAR(project(0.0, 0.0).x, 400.0, 1e-6);
+        EXPECT_NEAR(project(0.0, 0.0).y, 300.0, 1e-6);
+        const double step = project(1.0, 0.0).x - 400.0;
+        EXPECT_GT(step, 0.0);
+        EXPECT_NEAR(300.0 - project(0.0, 1.0).y, step, 1e-6 * step) << "pixels are square";
     }
 }
 
@@ -78,21 +77,17 @@ TEST(Camera, RayThroughAProjectedPointMeetsItAgain)
 {
     for (const dg::Camera3D& camera : UsableCameras()) {
         const dg::DVec3 normal = camera.GetU().Cross(camera.GetV());
-        for (const double right : {-3.0, 0.0, 0.7}) {
-            for (const double up : {-0.2, 2.0}) {
-                for (const double ahead : {0.5, 40.0}) {
-                    const dg::DPoint3D point = InFrontOf(camera, right, up, ahead);
-                    dg::DPoint2D screen;
-                    dg::DPoint3D origin;
-                    dg::DPoint3D hit;
-                    dg::DVec3 direction;
-                    ASSERT_TRUE(camera.ProjectPoint(point, screen));
-                    ASSERT_TRUE(camera.ScreenXYToNormalizedRay(screen.x, screen.y, origin, direction));
-                    EXPECT_NEAR(direction.Length(), 1.0, 1e-12);
-                    ASSERT_TRUE(camera.IntersectRayWithPlane(origin, direction, point, normal * 5.0, hit));
-                    EXPECT_TRUE(dg::ApproximateEquality(hit, point, 1e-9));
-                }
-            }
+        for (const auto& [right, up, ahead] : {std::array{-3.0, -0.2, 0.5}, {0.0, 2.0, 40.0}, {0.7, 2.0, 0.5}}) {
+            const dg::DPoint3D point = InFrontOf(camera, right, up, ahead);
+            dg::DPoint2D screen;
+            dg::DPoint3D origin;
+            dg::DPoint3D hit;
+            dg::DVec3 direction;
+            ASSERT_TRUE(camera.ProjectPoint(point, screen));
+            ASSERT_TRUE(camera.ScreenXYToNormalizedRay(screen.x, screen.y, origin, direction));
+            EXPECT_NEAR(direction.Length(), 1.0, 1e-12);
+            ASSERT_TRUE(camera.IntersectRayWithPlane(origin, direction, point, normal * 5.0, hit));
+            EXPECT_TRUE(dg::ApproximateEquality(hit, point, 1e-9));
         }
     }
 }
@@ -115,13 +110,12 @@ TEST(Camera, RayMissesAPlaneThatItCannotMeet)
 {
     const dg::DVec3 ahead(0.0, 0.0, -1.0);
     const dg::DPoint3D far(0.0, 0.0, -10.0);
-    struct Case {
+    const struct {
         const char* what;
         dg::DVec3 direction;
         dg::DPoint3D planePoint;
         dg::DVec3 planeNormal;
-    };
-    const std::vector<Case> cases = {
+    } cases[] = {
         {"parallel to the plane", ahead, {1.0, 0.0, 0.0}, {1.0, 0.0, 0.0}},
         {"inside the plane", ahead, {0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}},
         {"nearly parallel", ahead, far, {1.0, 0.0, 1e-13}},
@@ -132,50 +126,44 @@ TEST(Camera, RayMissesAPlaneThatItCannotMeet)
         {"bad ray", dg::DVec3::BAD, far, {0.0, 0.0, 1.0}},
         {"infinitely far", ahead, {0.0, 0.0, -kInfinity}, {0.0, 0.0, 1.0}},
     };
-    for (const Case& c : cases) {
+    for (const auto& [what, direction, planePoint, planeNormal] : cases) {
         for (const bool orthographic : {true, false}) {
+            const dg::Camera3D camera = MakeCamera(orthographic, 60.0);
             dg::DPoint3D hit(1.0, 2.0, 3.0);
-            EXPECT_FALSE(
-                MakeCamera(orthographic, 60.0).IntersectRayWithPlane({}, c.direction, c.planePoint, c.planeNormal, hit))
-                << c.what;
-            EXPECT_EQ(hit, dg::DPoint3D(1.0, 2.0, 3.0)) << c.what;
+            EXPECT_FALSE(camera.IntersectRayWithPlane({}, direction, planePoint, planeNormal, hit)) << what;
+            EXPECT_EQ(hit, dg::DPoint3D(1.0, 2.0, 3.0)) << what;
         }
     }
 }
 
-TEST(Camera, DegenerateCamerasProjectNothing)
+TEST(Camera, DegenerateCamerasAndPointsProjectNothing)
 {
     const dg::FMat33 sameAxes(1.0F, 1.0F, 0.0F, 0.0F, 0.0F, 1.0F, 0.0F, 0.0F, 0.0F);
     std::vector<dg::Camera3D> cameras = {
-        MakeCamera(true, 0.0),
-        MakeCamera(true, -5.0),
-        MakeCamera(true, kNan),
-        MakeCamera(true, kInfinity),
-        MakeCamera(false, 0.0),
-        MakeCamera(false, 180.0),
-        MakeCamera(false, 540.0),
-        MakeCamera(false, kNan),
         MakeCamera(true, 10.0, dg::Location::ZERO),
         MakeCamera(true, 10.0, dg::Location()),
         MakeCamera(false, 45.0, {sameAxes, dg::DPoint3D::ORIGIN}),
         MakeCamera(false, 45.0, {dg::FMat33::Scaling(kNan, 1.0, 1.0), dg::DPoint3D::ORIGIN}),
         MakeCamera(false, 45.0, {dg::FMat33::IDENTITY, {kInfinity, 0.0, 0.0}}),
     };
+    for (const double width : {0.0, -5.0, kNan, kInfinity}) {
+        cameras.push_back(MakeCamera(true, width));
+    }
+    for (const double angle : {0.0, 180.0, 540.0, kNan}) {
+        cameras.push_back(MakeCamera(false, angle));
+    }
     for (const auto& [width, height] : {std::pair(0, 600), std::pair(800, 0), std::pair(-1, -1)}) {
         cameras.push_back(MakeCamera(true, 10.0));
         cameras.back().SetViewport(width, height);
     }
+    dg::DPoint2D screen;
+    dg::DPoint3D origin;
+    dg::DVec3 direction;
     for (std::size_t i = 0; i < cameras.size(); ++i) {
-        dg::DPoint2D screen;
-        dg::DPoint3D origin;
-        dg::DVec3 direction;
         EXPECT_FALSE(cameras[i].ProjectPoint({1.0, 1.0, -10.0}, screen)) << i;
         EXPECT_FALSE(cameras[i].ScreenXYToNormalizedRay(10.0, 10.0, origin, direction)) << i;
     }
     for (const dg::Camera3D& camera : UsableCameras()) {
-        dg::DPoint2D screen;
-        dg::DPoint3D origin;
-        dg::DVec3 direction;
         EXPECT_FALSE(camera.ProjectPoint(dg::DPoint3D::BAD, screen));
         EXPECT_FALSE(camera.ScreenXYToNormalizedRay(kNan, 0.0, origin, direction));
         EXPECT_FALSE(camera.ScreenXYToNormalizedRay(0.0, kInfinity, origin, direction));

@@ -1,17 +1,16 @@
-#include <dg/Color.h>
 #include <dg/DBox.h>
 #include <dg/DBox2D.h>
 #include <dg/DMat33.h>
-#include <dg/FBox.h>
 #include <dg/Location.h>
 #include <dg/Quaternion.h>
 #include <dg/Traits.h>
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <cstring>
 #include <limits>
-#include <random>
 #include <vector>
 
 namespace
@@ -38,83 +37,51 @@ dg::DMat44 Xform(const dg::Quaternion<float>& rotation, double scale, const dg::
     return location.GetXform();
 }
 
-double LargestDifferenceFromIdentity(const dg::DMat44& matrix)
-{
-    double largest = 0.0;
-    for (std::size_t i = 0; i < 16; ++i) {
-        largest = std::max(largest, std::fabs(matrix.GetEntries()[i] - dg::DMat44::IDENTITY.GetEntries()[i]));
-    }
-    return largest;
-}
-
 TEST(Points, BadStaysBadAndEqualsNothing)
 {
-    const dg::DVec3 step(1.0, 2.0, 3.0);
     const dg::DPoint3D bad = dg::DPoint3D::BAD;
-    EXPECT_TRUE((bad + step).IsBad());
-    EXPECT_TRUE((dg::DPoint3D() - bad).IsBad());
-    EXPECT_TRUE((step * kNan).IsBad());
+    EXPECT_TRUE((bad + dg::DVec3(1.0, 2.0, 3.0)).IsBad());
     EXPECT_TRUE(dg::DVec3(0.0, 0.0, kNan).IsBad());
     EXPECT_FALSE(dg::DVec3(kInfinity, 0.0, 0.0).IsBad());
     EXPECT_FALSE(bad == bad);
     EXPECT_FALSE(dg::ApproximateEquality(bad, bad, 1e300));
-}
-
-TEST(Points, NormalizedIsBadWithoutADirection)
-{
+    EXPECT_FALSE(dg::ApproximateEquality(dg::Location(), dg::Location(), 1.0)) << "a fresh one has no position";
     for (const dg::DVec3& none : {dg::DVec3(), dg::DVec3(kInfinity, 1.0, 0.0), dg::DVec3::BAD}) {
         EXPECT_TRUE(none.Normalized().IsBad());
     }
-    for (const double length : {1e-300, 1.0, 1e300}) {
-        EXPECT_TRUE(dg::ApproximateEquality(dg::DVec3(0.0, -length, 0.0).Normalized(), dg::DVec3(0.0, -1.0, 0.0), 0.0));
+    for (const double length : {1e-300, 1e300}) {
+        EXPECT_EQ(dg::DVec3(0.0, -length, 0.0).Normalized(), dg::DVec3(0.0, -1.0, 0.0));
     }
 }
 
-TEST(Matrices, ScaleIsTheLengthOfTheColumnsAndDividesOut)
+TEST(Matrices, ScaleIsTheLengthOfTheColumns)
 {
     for (const dg::Quaternion<float>& rotation : Rotations()) {
-        const dg::FMat33 turned = rotation.ToMat();
-        const dg::FMat33 scaled = turned * dg::FMat33::Scaling(2.0, 3.0, 0.25);
-        const dg::DVec3 scale = scaled.GetScale();
-        EXPECT_TRUE(dg::ApproximateEquality(scale, dg::DVec3(2.0, 3.0, 0.25), dg::Traits::s_EPSILON));
-        const dg::FMat33 unscaled = scaled * dg::FMat33::Scaling(1.0 / scale.x, 1.0 / scale.y, 1.0 / scale.z);
-        EXPECT_TRUE(dg::ApproximateEquality(unscaled, turned, dg::Traits::s_EPSILON));
+        const dg::FMat33 scaled = rotation.ToMat() * dg::FMat33::Scaling(2.0, 3.0, 0.25);
+        EXPECT_TRUE(dg::ApproximateEquality(scaled.GetScale(), dg::DVec3(2.0, 3.0, 0.25), dg::Traits::s_EPSILON));
     }
 }
 
 TEST(Matrices, InverseDoesNotDependOnUnits)
 {
+    const dg::DPoint3D point(3.0, -4.0, 5.0);
     for (const dg::Quaternion<float>& rotation : Rotations()) {
         for (const double scale : {1e-12, 1e-3, 1.0, -2.5, 1e12}) {
             for (const double distance : {0.0, 1e-6, 1e9}) {
                 const dg::DMat44 matrix = Xform(rotation, scale, {distance, -distance, 0.5 * distance});
                 dg::DMat44 inverse = matrix;
                 ASSERT_TRUE(inverse.Invert()) << scale << ' ' << distance;
-                const dg::DPoint3D point(3.0, -4.0, 5.0);
                 const dg::DPoint3D back = matrix.TransformPoint(inverse.TransformPoint(point));
                 const double rounding = 1e-14 * (10.0 + distance);
                 EXPECT_TRUE(dg::ApproximateEquality(back, point, rounding)) << scale << ' ' << distance;
-                if (distance == 0.0) {
-                    EXPECT_LT(LargestDifferenceFromIdentity(inverse * matrix), 1e-14);
-                }
             }
         }
     }
 }
 
-TEST(Matrices, InverseOfAPureMoveIsExact)
-{
-    dg::DMat44 move = dg::Location(dg::FMat33::IDENTITY, {0.1, 1e10, -7.3}).GetXform();
-    ASSERT_TRUE(move.Invert());
-    EXPECT_EQ(move, dg::Location(dg::FMat33::IDENTITY, dg::DPoint3D(-0.1, -1e10, 7.3)).GetXform());
-    dg::DMat33 turn(std::array<double, 9>{0.0, -1.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0, 1.0});
-    ASSERT_TRUE(turn.Invert());
-    EXPECT_EQ(turn, dg::DMat33(std::array<double, 9>{0.0, 1.0, 0.0, -1.0, 0.0, 0.0, 0.0, 0.0, 1.0}));
-}
-
 TEST(Matrices, SingularIsReportedAndLeftAlone)
 {
-    const std::vector<std::array<double, 9>> singular = {
+    std::vector<std::array<double, 9>> singular = {
         {0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0},
         {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0},
         {1.0, 2.0, 3.0, 2.0, 4.0, 6.0, 0.0, 1.0, 5.0},
@@ -124,30 +91,15 @@ TEST(Matrices, SingularIsReportedAndLeftAlone)
         {kInfinity, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0},
         {1e-310, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}, // its inverse is no number
     };
+    for (std::size_t entry = 0; entry < 9; ++entry) {
+        singular.push_back(dg::DMat33::IDENTITY.GetEntries());
+        singular.back()[entry] = kNan;
+    }
     for (std::size_t i = 0; i < singular.size(); ++i) {
         dg::DMat33 matrix(singular[i]);
         EXPECT_FALSE(matrix.Invert()) << i;
-        EXPECT_EQ(matrix, dg::DMat33(singular[i])) << i;
+        EXPECT_EQ(std::memcmp(&matrix.GetEntries(), &singular[i], sizeof(singular[i])), 0) << i;
     }
-    for (std::size_t entry = 0; entry < 9; ++entry) {
-        std::array<double, 9> entries = dg::DMat33::IDENTITY.GetEntries();
-        entries[entry] = kNan;
-        dg::DMat33 matrix(entries);
-        EXPECT_FALSE(matrix.Invert()) << entry;
-    }
-    dg::DMat44 flat = dg::Location::ZERO.GetXform();
-    EXPECT_FALSE(flat.Invert());
-}
-
-TEST(Locations, TheNamedOnesDiffer)
-{
-    const dg::Location fresh;
-    EXPECT_FALSE(fresh.HasPosition());
-    EXPECT_EQ(fresh.GetMat(), dg::FMat33::IDENTITY);
-    EXPECT_FALSE(fresh == dg::Location::IDENTITY);
-    EXPECT_FALSE(fresh == fresh);
-    EXPECT_FALSE(dg::Location::IDENTITY == dg::Location::ZERO);
-    EXPECT_FALSE(dg::ApproximateEquality(fresh, fresh, 1.0));
 }
 
 TEST(Locations, ApproximateEqualityLooksAtEveryNumber)
@@ -183,9 +135,6 @@ TEST(Locations, SetAndGetAreInverse)
             EXPECT_EQ(readPosition, position);
             EXPECT_NEAR(readScale, scale, std::fabs(scale) * 1e-6);
             EXPECT_TRUE(dg::ApproximateEquality(readRotation.ToMat(), rotation.ToMat(), 1e-6)) << scale;
-            dg::Location again;
-            again.Set(readPosition, readRotation, readScale);
-            EXPECT_TRUE(dg::ApproximateEquality(again.GetMat(), location.GetMat(), std::fabs(scale) * 1e-6));
         }
     }
 }
@@ -206,19 +155,17 @@ TEST(Locations, WithoutARotationTheOrientationIsTheIdentity)
 
 TEST(Locations, CompositionIsTheProductOfTheTransforms)
 {
-    for (const dg::Quaternion<float>& a : Rotations()) {
-        for (const dg::Quaternion<float>& b : Rotations()) {
-            const dg::Location outer = dg::Location::FromXform(Xform(a, 2.0, {1.0, 2.0, 3.0}));
-            const dg::Location inner = dg::Location::FromXform(Xform(b, 0.5, {-4.0, 5.0, 6.0}));
-            const dg::Location product = dg::Location::FromXform(outer.GetXform() * inner.GetXform());
-            EXPECT_TRUE(dg::ApproximateEquality(outer * inner, product, 1e-5));
-        }
-    }
     // A quarter turn about z takes x to y: first the inner location, then the outer one.
     const dg::FMat33 quarterTurn(0.0F, -1.0F, 0.0F, 1.0F, 0.0F, 0.0F, 0.0F, 0.0F, 1.0F);
     const dg::Location turned(quarterTurn, {10.0, 0.0, 0.0});
     const dg::Location moved(dg::FMat33::IDENTITY, {1.0, 0.0, 0.0});
     EXPECT_EQ(turned * moved, dg::Location(quarterTurn, {10.0, 1.0, 0.0}));
+    for (const dg::Quaternion<float>& rotation : Rotations()) {
+        const dg::Location outer = dg::Location::FromXform(Xform(rotation, 2.0, {1.0, 2.0, 3.0}));
+        const dg::Location inner = dg::Location::FromXform(Xform(Rotations().back(), 0.5, {-4.0, 5.0, 6.0}));
+        const dg::Location product = dg::Location::FromXform(outer.GetXform() * inner.GetXform());
+        EXPECT_TRUE(dg::ApproximateEquality(outer * inner, product, 1e-5));
+    }
 }
 
 TEST(Boxes, EncloseGrowsFromEmptyAndSkipsBadPoints)
@@ -229,24 +176,12 @@ TEST(Boxes, EncloseGrowsFromEmptyAndSkipsBadPoints)
     box.Enclose(dg::DPoint3D::BAD);
     EXPECT_EQ(box, dg::DBox::EMPTY);
     box.Enclose({1.0, -1.0, 5.0});
-    EXPECT_EQ(box.GetSize(), dg::DVec3());
     box.Enclose({-3.0, 2.0, 5.0});
     box.Enclose(dg::DBox::EMPTY);
     EXPECT_EQ(box.GetMin(), dg::DPoint3D(-3.0, -1.0, 5.0));
     EXPECT_EQ(box.GetMax(), dg::DPoint3D(1.0, 2.0, 5.0));
     EXPECT_EQ(box.GetCenter(), dg::DPoint3D(-1.0, 0.5, 5.0));
-    EXPECT_TRUE(dg::FBox::EMPTY.IsEmpty());
-}
-
-TEST(Boxes, PageBoxTakesAnyTwoCorners)
-{
-    const dg::DBox2D expected({-1.0, 2.0}, {3.0, 8.0});
-    for (const dg::DBox2D& box : {dg::DBox2D({3.0, 8.0}, {-1.0, 2.0}), dg::DBox2D({-1.0, 8.0}, {3.0, 2.0})}) {
-        EXPECT_EQ(box, expected);
-        EXPECT_EQ(box.GetWidth(), 4.0);
-        EXPECT_EQ(box.GetHeight(), 6.0);
-        EXPECT_EQ(box.GetCenter(), (dg::DPoint2D{1.0, 5.0}));
-    }
+    EXPECT_EQ(dg::DBox2D({-1.0, 8.0}, {3.0, 2.0}), dg::DBox2D({3.0, 8.0}, {-1.0, 2.0})) << "any two corners";
 }
 
 } // namespace

@@ -1,26 +1,15 @@
+#include "support/Threads.h"
+
 #include <dom/ManagedObject.h>
 #include <dom/Observer.h>
 #include <du/SmartPtr.h>
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <thread>
 #include <vector>
 
 namespace
 {
-
-TEST(ManagedObject, AddsNoReferenceAndLeavesTheBooksAtItsEnd)
-{
-    dom::ManagedObject books;
-    auto observer = du::MakeCounted<dom::Observer>();
-    books.ManageObject(*observer);
-    EXPECT_EQ(observer->GetReferenceCount(), 1u);
-    EXPECT_EQ(books.GetManagedObjectCount(), 1u);
-    observer = nullptr;
-    EXPECT_EQ(books.GetManagedObjectCount(), 0u);
-}
 
 TEST(ManagedObject, IsInOneBookAtATime)
 {
@@ -51,17 +40,18 @@ TEST(ManagedObject, OutlivesItsManager)
     EXPECT_FALSE(object.IsManaged());
 }
 
-TEST(ManagedObject, LeavesFromTheMiddleInAnyOrder)
+TEST(ManagedObject, AddsNoReferenceAndLeavesTheBooksInAnyOrder)
 {
     dom::ManagedObject books;
-    std::vector<std::unique_ptr<dom::ManagedObject>> objects;
+    std::vector<du::SmartPtr<dom::Observer>> objects;
     for (int i = 0; i < 5; ++i) {
-        objects.push_back(std::make_unique<dom::ManagedObject>());
+        objects.push_back(du::MakeCounted<dom::Observer>());
         books.ManageObject(*objects.back());
     }
     std::size_t left = 5;
     for (const std::size_t index : {2u, 0u, 4u, 1u, 3u}) {
-        objects[index].reset();
+        EXPECT_EQ(objects[index]->GetReferenceCount(), 1u);
+        objects[index] = nullptr;
         EXPECT_EQ(books.GetManagedObjectCount(), --left);
     }
 }
@@ -69,18 +59,12 @@ TEST(ManagedObject, LeavesFromTheMiddleInAnyOrder)
 TEST(ManagedObject, ComesAndGoesOnManyThreads)
 {
     dom::ManagedObject books;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&books] {
-            for (int round = 0; round < 2000; ++round) {
-                dom::ManagedObject object;
-                books.ManageObject(object);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    test::OnThreads(4, [&books](unsigned) {
+        for (int round = 0; round < 2000; ++round) {
+            dom::ManagedObject object;
+            books.ManageObject(object);
+        }
+    });
     EXPECT_EQ(books.GetManagedObjectCount(), 0u);
 }
 

@@ -40,36 +40,26 @@ protected:
 TEST_F(AtomicFileTest, ReplacesTheWholeFileAtTheEnd)
 {
     const std::string path = m_folder.Write("a.xml", "old and longer");
+    {
+        AtomicFile dropped(path);
+        EXPECT_TRUE(dropped.Write("never committed"));
+        EXPECT_EQ(CountFiles(), 2u);
+    }
     AtomicFile file(path);
     EXPECT_TRUE(file.Write("new "));
-    EXPECT_TRUE(file.Write(std::string("b\0y", 3)));
+    EXPECT_TRUE(file.Write(std::string_view("b\0y", 3)));
     EXPECT_EQ(m_folder.Read("a.xml"), "old and longer");
     EXPECT_TRUE(file.Commit());
     EXPECT_EQ(m_folder.Read("a.xml"), std::string("new b\0y", 7));
-    EXPECT_EQ(CountFiles(), 1u);
     EXPECT_FALSE(file.Write("late"));
     EXPECT_FALSE(file.Commit());
     EXPECT_FALSE(file.HasFailed());
-}
 
-TEST_F(AtomicFileTest, LeavesTheOldFileWithoutCommit)
-{
-    const std::string path = m_folder.Write("a.xml", "old");
-    {
-        AtomicFile file(path);
-        EXPECT_TRUE(file.Write("new"));
-        EXPECT_EQ(CountFiles(), 2u);
-    }
-    EXPECT_EQ(m_folder.Read("a.xml"), "old");
-    EXPECT_EQ(CountFiles(), 1u);
-}
-
-TEST_F(AtomicFileTest, AnotherWriterMayFillTheTemporaryFile)
-{
-    AtomicFile file(m_folder.Path("a.xml"));
-    std::ofstream(file.GetTemporaryPath()) << "by name";
-    EXPECT_TRUE(file.Commit());
+    AtomicFile filledByAnother(path);
+    std::ofstream(filledByAnother.GetTemporaryPath()) << "by name";
+    EXPECT_TRUE(filledByAnother.Commit());
     EXPECT_EQ(m_folder.Read("a.xml"), "by name");
+    EXPECT_EQ(CountFiles(), 1u);
 }
 
 TEST_F(AtomicFileTest, KeepsPermissionBits)

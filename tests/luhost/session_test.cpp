@@ -1,14 +1,10 @@
+#include "luk_illustration/Entry.h"
 #include "support/SessionTest.h"
 
-#include <dg/Color.h>
 #include <dp/LuInfo.h>
 #include <du/FileSystem.h>
 #include <du/Localizer.h>
-#include <luk/illustration/AssociativeObjectObserver.h>
-#include <luk/illustration/CategoryInfo.h>
 #include <luk/illustration/SymbolCollectionInformation.h>
-#include <luk/illustration/SymbolTemplate.h>
-#include <luk/illustration/SymbolTemplateCollection.h>
 #include <luk/Kernel.h>
 #include <luk/World.h>
 #include <lukapp/illustration/DrellinApp.h>
@@ -24,10 +20,6 @@ namespace test
 namespace
 {
 
-using luk::illustration::CategoryInfo;
-using luk::illustration::CollectionItem;
-using luk::illustration::SymbolTemplate;
-using luk::illustration::SymbolTemplateCollection;
 using lukapp::illustration::DrellinApp;
 
 std::string TemporaryDirectory()
@@ -39,24 +31,22 @@ std::string TemporaryDirectory()
 
 TEST_F(SessionTest, EveryGetterAnswersWithinItAndNoneAfterIt)
 {
-    const auto everything = [] {
+    const auto expectAll = [](bool answer) {
         du::SmartPtr<luk::Preferences> preferences;
         const auto world = luk::World::GetWorld();
-        return std::vector<bool>{world != nullptr,
-                                 world && world->GetPreferences(),
-                                 world && world->GetIllustrationPreferences(preferences),
-                                 luk::Kernel::GetKernel() != nullptr,
-                                 SymbolTemplateCollection::GetCollection() != nullptr,
-                                 lukapp::LukApp::Get() != nullptr,
-                                 DrellinApp::GetDrellinApp() != nullptr,
-                                 luhost::Session::IsRunning()};
+        EXPECT_EQ(world && world->GetPreferences(), answer);
+        EXPECT_EQ(world && world->GetIllustrationPreferences(preferences), answer);
+        EXPECT_EQ(luk::Kernel::GetKernel() != nullptr, answer);
+        EXPECT_EQ(Collection::GetCollection() != nullptr, answer);
+        EXPECT_EQ(lukapp::LukApp::Get() != nullptr, answer);
+        EXPECT_EQ(DrellinApp::GetDrellinApp() != nullptr, answer);
+        EXPECT_EQ(luhost::Session::IsRunning(), answer);
     };
-    const auto all = [](bool answer) { return std::vector<bool>(8, answer); };
-    EXPECT_EQ(everything(), all(true));
+    expectAll(true);
     EndSession();
-    EXPECT_EQ(everything(), all(false));
+    expectAll(false);
     RestartSession();
-    EXPECT_EQ(everything(), all(true));
+    expectAll(true);
 }
 
 TEST_F(SessionTest, FoldersHaveNoSeparatorAtTheEnd)
@@ -68,9 +58,8 @@ TEST_F(SessionTest, FoldersHaveNoSeparatorAtTheEnd)
     RestartSession();
     auto preferences = luk::World::GetWorld()->GetPreferences();
     EXPECT_EQ(preferences->GetBaseURL().GetText(), m_folder.Path());
-    EXPECT_TRUE(preferences->IsSharedSymbolLibraryEnabled());
     EXPECT_EQ(preferences->GetSharedSymbolLibraryFolder().GetText(), "/shared");
-    EXPECT_EQ(preferences->GetReadCount(), 3u);
+    EXPECT_EQ(preferences->GetReadCount(), 2u);
     preferences = nullptr;
     EXPECT_EQ(TemporaryDirectory(), m_folder.Path());
     du::Symbol cache;
@@ -91,21 +80,6 @@ TEST_F(SessionTest, ItsOwnTemporaryFolderIsFreshPrivateAndDeleted)
     EXPECT_FALSE(du::FileSystem::DirExists(first));
     RestartSession();
     EXPECT_NE(TemporaryDirectory(), first);
-}
-
-TEST_F(SessionTest, AnUnsetColourStaysAsItIs)
-{
-    const std::string key = "Annotations/Shape/shape_color";
-    m_config.colors.emplace_back(key, dg::Color(0.1F, 0.2F, 0.3F, 0.4F));
-    RestartSession();
-    const auto preferences = luk::World::GetWorld()->GetPreferences();
-    dg::Color color;
-    bool found = true;
-    preferences->GetIntUIAsColor("Annotations/other", color, &found);
-    EXPECT_FALSE(found);
-    EXPECT_EQ(color, dg::Color::BLACK);
-    preferences->GetIntUIAsColor(key, color);
-    EXPECT_EQ(color, dg::Color(0.1F, 0.2F, 0.3F, 0.4F));
 }
 
 TEST_F(SessionTest, ItsMessagesGoWithIt)
@@ -176,51 +150,22 @@ public:
         list.insert(list.end(), categories.begin(), categories.end());
     }
 
-    void Add(const std::string& id, const std::string& name, CollectionItem::Origin origin)
-    {
-        entries.push_back(du::MakeCounted<SymbolTemplate>(origin));
-        entries.back()->SetId(id);
-        entries.back()->SetName(name);
-    }
-
-    void AddCategory(const std::string& id)
-    {
-        categories.push_back(du::MakeCounted<CategoryInfo>(CollectionItem::ORIGIN_USER,
-                                                           SymbolTemplateCollection::CATEGORY, "category " + id));
-        categories.back()->SetId(id);
-    }
-
     std::vector<du::SmartPtr<SymbolTemplate>> entries;
     std::vector<du::SmartPtr<CategoryInfo>> categories;
     std::string file;
     bool hadPreferences = false;
 };
 
-class Listener : public luk::illustration::AssociativeObjectObserver
-{
-public:
-    Listener() : AssociativeObjectObserver(0) {}
-    void OnCollectionLoadedFromStandard() override { log += "standard "; }
-    void OnAssociativeObjectChanged(const du::SmartPtr<luk::illustration::AssociativeObject>& object) override
-    {
-        log += object ? object->GetName() + " " : "several ";
-    }
-    std::string log;
-};
-
 TEST(Session, LoadsALibraryAndLoadsItAgain)
 {
     luhost::Session session{luhost::SessionConfig{}};
-    const auto& collection = SymbolTemplateCollection::GetCollection();
+    const auto& collection = Collection::GetCollection();
     {
-        const auto listener = du::MakeCounted<Listener>();
+        const auto listener = du::MakeCounted<CollectionListener>();
         collection->RegisterObserver(listener);
-
         auto loader = du::MakeCounted<FixedLoader>();
-        loader->Add("a", "arrow", CollectionItem::ORIGIN_OOTB);
-        loader->Add("b", "bolt", CollectionItem::ORIGIN_OOTB);
-        loader->AddCategory("c");
-        loader->AddCategory("c");
+        loader->entries = {MakeEntry("a", "arrow", CollectionItem::ORIGIN_OOTB), MakeEntry("b", "bolt")};
+        loader->categories = {MakeCategory("c"), MakeCategory("c")};
         auto counts = session.LoadLibrary("/library.xml", loader);
         EXPECT_TRUE(counts.loaded);
         EXPECT_EQ(counts.added, 2u);
@@ -231,16 +176,14 @@ TEST(Session, LoadsALibraryAndLoadsItAgain)
         EXPECT_NE(collection->GetInformation(), nullptr);
 
         listener->log.clear();
-        loader = du::MakeCounted<FixedLoader>();
-        loader->Add("b", "bolt", CollectionItem::ORIGIN_USER);
-        loader->Add("a", "big arrow", CollectionItem::ORIGIN_USER);
-        loader->AddCategory("c");
+        loader->entries = {MakeEntry("b", "bolt"), MakeEntry("a", "big arrow")};
+        loader->categories = {MakeCategory("c")};
         counts = session.LoadLibrary("/library.xml", loader);
         EXPECT_EQ(counts.added, 0u);
         EXPECT_EQ(counts.changed, 1u);
         EXPECT_EQ(counts.unchanged, 1u);
         EXPECT_EQ(counts.categoriesReplaced, 1u);
-        EXPECT_EQ(listener->log, "big arrow ");
+        EXPECT_EQ(listener->log, "a ");
         EXPECT_EQ(collection->IndexToAssociativeObject(0)->GetName(), "big arrow");
         EXPECT_EQ(collection->GetCategoryCount(), 2u);
         EXPECT_FALSE(session.LoadLibrary("/library.xml", nullptr).loaded);

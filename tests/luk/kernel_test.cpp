@@ -1,3 +1,5 @@
+#include "support/Threads.h"
+
 #include <luk/Kernel.h>
 
 #include <gtest/gtest.h>
@@ -5,7 +7,6 @@
 #include <memory>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace
 {
@@ -36,23 +37,20 @@ TEST_F(KernelTest, DeliversInOrderAndLeavesNewEventsForTheNextCall)
 
 TEST_F(KernelTest, DeliversOnTheHostThreadOnly)
 {
-    std::vector<std::thread> workers;
     int delivered = 0;
-    for (int i = 0; i < 4; ++i) {
-        workers.emplace_back([this, &delivered] {
+    std::thread workers([&] {
+        test::OnThreads(4, [&](unsigned) {
             for (int n = 0; n < 500; ++n) {
                 m_kernel->PostEvent([&delivered] { ++delivered; });
             }
             EXPECT_EQ(m_kernel->ProcessEvents(), 0u);
         });
-    }
+    });
     while (delivered < 2000) {
         m_kernel->ProcessEvents();
         std::this_thread::yield();
     }
-    for (std::thread& worker : workers) {
-        worker.join();
-    }
+    workers.join();
     EXPECT_EQ(m_kernel->GetPendingEventCount(), 0u);
 }
 

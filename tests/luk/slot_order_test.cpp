@@ -41,40 +41,42 @@ struct Entry : luk::illustration::SymbolTemplate {
     static auto ZeroHook() { return &Entry::ZeroReferenceCountHook; }
 };
 
+void ExpectOneAfterTheOther(const std::vector<std::size_t>& slots)
+{
+    for (std::size_t i = 1; i < slots.size(); ++i) {
+        EXPECT_EQ(slots[i], slots[i - 1] + 1) << "operation " << i;
+    }
+}
+
 TEST(SlotOrder, OfAnEntry)
 {
-    EXPECT_EQ(SlotOf(Entry::ZeroHook()), kZeroHook);
-    EXPECT_EQ(SlotOf(&Entry::GetType), kZeroHook + 1);
-    EXPECT_EQ(SlotOf(&Entry::Compare), kZeroHook + 2);
-    EXPECT_EQ(SlotOf(&Entry::GetFigures), kZeroHook + 3);
-    EXPECT_EQ(SlotOf(&Entry::Save), kZeroHook + 4);
-    EXPECT_EQ(SlotOf(&Entry::SaveConsumers), kZeroHook + 5);
-    EXPECT_EQ(SlotOf(&Entry::SetTitle), kZeroHook + 6);
-    EXPECT_EQ(SlotOf(&luk::illustration::CategoryInfo::GetType), kZeroHook + 1);
+    ExpectOneAfterTheOther({kZeroHook - 1, SlotOf(Entry::ZeroHook()), SlotOf(&Entry::GetType), SlotOf(&Entry::Compare),
+                            SlotOf(&Entry::GetFigures), SlotOf(&Entry::Save), SlotOf(&Entry::SaveConsumers),
+                            SlotOf(&Entry::SetTitle)});
 }
 
 TEST(SlotOrder, OfLoaderAndSaver)
 {
     using Loader = lukapp::illustration::SymbolTemplateLoader;
-    EXPECT_EQ(SlotOf(&Loader::GetCollectionInformation), kZeroHook + 1);
-    EXPECT_EQ(SlotOf(&Loader::SetPreferences), kZeroHook + 2);
-    EXPECT_EQ(SlotOf(&Loader::GetTemplateList), kZeroHook + 3);
-    EXPECT_EQ(SlotOf(&Loader::GetCategoryList), kZeroHook + 4);
+    ExpectOneAfterTheOther({kZeroHook, SlotOf(&Loader::GetCollectionInformation), SlotOf(&Loader::SetPreferences),
+                            SlotOf(&Loader::GetTemplateList), SlotOf(&Loader::GetCategoryList)});
     EXPECT_EQ(SlotOf(&luk::illustration::AssociativeObjectSaver::SetCollectionInformation), kZeroHook + 1);
+    EXPECT_EQ(SlotOf(&luk::illustration::CategoryInfo::GetType), kZeroHook + 1);
 }
 
 TEST(SlotOrder, OfObservers)
 {
-    EXPECT_EQ(SlotOf(&dom::Observer::OnDetached), SlotOf(&dom::Observer::RequiresBeginEnd) + 1);
     using Observer = luk::illustration::AssociativeObjectObserver;
-    EXPECT_EQ(SlotOf(&Observer::OnAssociativeObjectChanged), SlotOf(&Observer::OnCollectionLoadedFromStandard) + 1);
+    ExpectOneAfterTheOther({SlotOf(&dom::Observer::RequiresBeginEnd), SlotOf(&dom::Observer::OnDetached)});
+    ExpectOneAfterTheOther(
+        {SlotOf(&Observer::OnCollectionLoadedFromStandard), SlotOf(&Observer::OnAssociativeObjectChanged)});
 }
 
 TEST(SlotOrder, OfAnAnnotation)
 {
     using luk::Annotation;
     using Element = const luk::SerializedContentElement*;
-    const std::vector<std::size_t> slots = {
+    ExpectOneAfterTheOther({
         SlotOf(&Annotation::IsZoomable),
         SlotOf(&Annotation::AllowGroupDrag),
         SlotOf(&Annotation::Clone),
@@ -116,10 +118,7 @@ TEST(SlotOrder, OfAnAnnotation)
         SlotOf(&Annotation::GetMarkupShadow),
         SlotOf(&Annotation::GetMarkupPixelBBox),
         SlotOf(&Annotation::HasContent),
-    };
-    for (std::size_t i = 1; i < slots.size(); ++i) {
-        EXPECT_EQ(slots[i], slots[i - 1] + 1) << "operation " << i;
-    }
+    });
 }
 
 } // namespace

@@ -18,9 +18,10 @@ using luk::illustration::CategoryInfo;
 using luk::illustration::CollectionItem;
 using luk::illustration::SymbolTemplate;
 
-inline du::SmartPtr<SymbolTemplate> MakeEntry(const std::string& id, const std::string& name = {})
+inline du::SmartPtr<SymbolTemplate> MakeEntry(const std::string& id, const std::string& name = {},
+                                              CollectionItem::Origin origin = CollectionItem::ORIGIN_USER)
 {
-    auto entry = du::MakeCounted<SymbolTemplate>(CollectionItem::ORIGIN_USER);
+    auto entry = du::MakeCounted<SymbolTemplate>(origin);
     entry->SetId(id);
     entry->SetName(name);
     return entry;

@@ -32,39 +32,36 @@ std::vector<du::SmartPtr<luk::Annotation>> FiguresOf(const AssociativeObject& ob
 TEST(SymbolTemplate, KnowsItsConsumersInOrderAndHoldsNone)
 {
     const auto entry = MakeEntry("a");
-    const auto first = du::MakeCounted<Figure>();
-    const auto second = du::MakeCounted<Figure>();
-    const auto third = du::MakeCounted<Figure>();
-    for (const auto& figure : {first, second, third}) {
-        EXPECT_TRUE(entry->RegisterConsumer(figure.get()));
+    std::vector<du::SmartPtr<luk::Annotation>> figures;
+    for (int i = 0; i < 3; ++i) {
+        auto* const unheld = new Figure(*entry); // registers in its constructor and is held by nobody yet
+        EXPECT_EQ(FiguresOf(*entry), figures);
+        figures.emplace_back(unheld);
+        EXPECT_EQ(unheld->GetReferenceCount(), 1u);
     }
-    EXPECT_FALSE(entry->RegisterConsumer(second.get()));
+    EXPECT_FALSE(entry->RegisterConsumer(figures[1].get()));
     EXPECT_FALSE(entry->RegisterConsumer(nullptr));
-    EXPECT_EQ(first->GetReferenceCount(), 1u);
-    EXPECT_TRUE(entry->UnregisterConsumer(first.get()));
-    EXPECT_FALSE(entry->UnregisterConsumer(first.get()));
-    EXPECT_EQ(FiguresOf(*entry), (std::vector<du::SmartPtr<luk::Annotation>>{second, third}));
+    EXPECT_TRUE(entry->UnregisterConsumer(figures[0].get()));
+    EXPECT_FALSE(entry->UnregisterConsumer(figures[0].get()));
+    figures.erase(figures.begin());
+    EXPECT_EQ(FiguresOf(*entry), figures);
 }
 
-TEST(SymbolTemplate, AConsumerMayRegisterInItsConstructor)
-{
-    const auto entry = MakeEntry("a");
-    auto* const unheld = new Figure(*entry);
-    EXPECT_TRUE(FiguresOf(*entry).empty());
-    const du::SmartPtr<Figure> figure(unheld);
-    EXPECT_EQ(FiguresOf(*entry).size(), 1u);
-}
-
-TEST(SymbolTemplate, ConsumersBelongToTheObject)
+TEST(SymbolTemplate, ConsumersAndOriginBelongToTheObjectAndNotToWhatItSays)
 {
     const auto entry = MakeEntry("a", "n");
-    const auto figure = du::MakeCounted<Figure>();
-    entry->RegisterConsumer(figure.get());
+    const auto figure = du::MakeCounted<Figure>(*entry);
     const auto copy = du::MakeCounted<SymbolTemplate>(*entry);
     EXPECT_EQ(copy->GetConsumerCount(), 0u);
     EXPECT_TRUE(copy->Compare(entry));
+    copy->SetCategoryId("c");
+    EXPECT_FALSE(entry->Compare(copy));
+    EXPECT_FALSE(entry->Compare(nullptr));
     *entry = *copy;
     EXPECT_EQ(entry->GetConsumerCount(), 1u);
+    const auto shared = du::MakeCounted<SymbolTemplate>(CollectionItem::ORIGIN_SHARED);
+    shared->SetId("b");
+    EXPECT_TRUE(shared->Compare(MakeEntry("b")));
 }
 
 /// The symbol that was made from the old entry unregisters where it registered, or where it is now.
@@ -76,9 +73,8 @@ TEST(SymbolTemplate, ASuccessorSharesTheConsumers)
             const auto entry = MakeEntry("a");
             const auto successor = MakeEntry("a", "new");
             const auto figure = du::MakeCounted<Figure>();
-            const auto newer = du::MakeCounted<Figure>();
+            const du::SmartPtr<luk::Annotation> newer = du::MakeCounted<Figure>(*successor);
             collection->AddAssociativeObject(entry);
-            successor->RegisterConsumer(newer.get());
             if (before) {
                 entry->RegisterConsumer(figure.get());
             }
@@ -88,21 +84,9 @@ TEST(SymbolTemplate, ASuccessorSharesTheConsumers)
             }
             EXPECT_EQ(successor->GetConsumerCount(), 2u);
             EXPECT_TRUE((atSuccessor ? successor : entry)->UnregisterConsumer(figure.get()));
-            EXPECT_EQ(FiguresOf(*successor), (std::vector<du::SmartPtr<luk::Annotation>>{newer}));
+            EXPECT_EQ(FiguresOf(*successor), std::vector{newer});
         }
     }
-}
-
-TEST(AssociativeObject, ComparesWhatItSays)
-{
-    const auto entry = MakeEntry("a", "n");
-    EXPECT_FALSE(entry->Compare(nullptr));
-    const auto shared = du::MakeCounted<SymbolTemplate>(CollectionItem::ORIGIN_SHARED);
-    shared->SetId("a");
-    shared->SetName("n");
-    EXPECT_TRUE(entry->Compare(shared)) << "the origin is no part of it";
-    shared->SetCategoryId("c");
-    EXPECT_FALSE(entry->Compare(shared));
 }
 
 } // namespace

@@ -1,3 +1,5 @@
+#include "support/Threads.h"
+
 #include <du/UserData.h>
 #include <du/UuidGen.h>
 
@@ -6,7 +8,6 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <unordered_set>
 #include <vector>
 
@@ -36,18 +37,14 @@ TEST(UuidGen, TextsAreRandomUuidsOfVersionFour)
 TEST(UuidGen, ThreadsNeverGetTheSameText)
 {
     std::vector<std::vector<std::string>> uuids(4, std::vector<std::string>(500));
-    std::vector<std::thread> threads;
-    for (auto& mine : uuids) {
-        threads.emplace_back([&mine] {
-            for (std::string& uuid : mine) {
-                du::UuidGen::GetUuidString(uuid);
-            }
-        });
-    }
+    test::OnThreads(4, [&](unsigned t) {
+        for (std::string& uuid : uuids[t]) {
+            du::UuidGen::GetUuidString(uuid);
+        }
+    });
     std::unordered_set<std::string> distinct;
-    for (std::size_t t = 0; t < threads.size(); ++t) {
-        threads[t].join();
-        distinct.insert(uuids[t].begin(), uuids[t].end());
+    for (const auto& ofOneThread : uuids) {
+        distinct.insert(ofOneThread.begin(), ofOneThread.end());
     }
     EXPECT_EQ(distinct.size(), 2000U);
 }
@@ -55,20 +52,12 @@ TEST(UuidGen, ThreadsNeverGetTheSameText)
 TEST(UserData, EveryThreadGetsTheSameNumberForAKey)
 {
     std::vector<std::vector<unsigned>> ids(4);
-    std::vector<std::thread> threads;
-    for (auto& mine : ids) {
-        threads.emplace_back([&mine] {
-            for (int key = 0; key < 50; ++key) {
-                mine.push_back(du::UserData::GetId("key " + std::to_string(key)));
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    for (const auto& other : ids) {
-        EXPECT_EQ(other, ids[0]);
-    }
+    test::OnThreads(4, [&](unsigned t) {
+        for (int key = 0; key < 50; ++key) {
+            ids[t].push_back(du::UserData::GetId("key " + std::to_string(key)));
+        }
+    });
+    EXPECT_EQ(ids, std::vector(4, ids[0]));
     const std::set<unsigned> distinct(ids[0].begin(), ids[0].end());
     EXPECT_EQ(distinct.size(), 50U);
     EXPECT_FALSE(distinct.contains(0));

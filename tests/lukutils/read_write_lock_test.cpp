@@ -1,3 +1,5 @@
+#include "support/Threads.h"
+
 #include <dp/ReadLockGuard.h>
 #include <dp/ReadWriteLock.h>
 #include <dp/WriteLockGuard.h>
@@ -5,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -38,11 +39,16 @@ protected:
         ReadWriteLock::SetMisuseHandler(m_handlerBefore);
     }
 
-    void WaitForWaiting(std::size_t count) const
+    template <class Condition>
+    static void WaitUntil(const Condition& isTrue)
     {
-        while (lock.CountWaiting() != count) {
+        while (!isTrue()) {
             std::this_thread::yield();
         }
+    }
+    void WaitForWaiting(std::size_t count) const
+    {
+        WaitUntil([&] { return lock.CountWaiting() == count; });
     }
 
     void Lock(char kind)
@@ -93,7 +99,7 @@ TEST_F(ReadWriteLockTest, EveryNestingSucceedsAlsoPastAWaitingWriter)
                 if (writer.joinable()) {
                     writer.join();
                 }
-                EXPECT_EQ(lock.GetDepthOnThisThread().writes + lock.GetDepthOnThisThread().reads, 0U);
+                EXPECT_EQ(ReadWriteLock::CountHeldByThisThread(), 0U);
             }
         }
     }
@@ -118,13 +124,9 @@ TEST_F(ReadWriteLockTest, WritingWhileOthersReadIsToldAndNeverWaitsForEver)
         std::thread other([&] {
             const ReadLockGuard guard(&lock);
             isReading = true;
-            while (!(otherLeaves ? s_misuses > expectedMisuses : mayLeave.load())) {
-                std::this_thread::yield();
-            }
+            WaitUntil([&] { return otherLeaves ? s_misuses > expectedMisuses : mayLeave.load(); });
         });
-        while (!isReading) {
-            std::this_thread::yield();
-        }
+        WaitUntil([&] { return isReading.load(); });
         lock.LockRead();
         EXPECT_EQ(lock.LockWrite(), otherLeaves);
         EXPECT_EQ(s_misuses, ++expectedMisuses);
@@ -147,25 +149,17 @@ TEST_F(ReadWriteLockTest, AFailedUpgradeLetsThoseInWhoWaitedBehindIt)
     const auto read = [&] {
         const ReadLockGuard guard(&lock);
         ++reading;
-        while (!mayLeave) {
-            std::this_thread::yield();
-        }
+        WaitUntil([&] { return mayLeave.load(); });
     };
     std::thread first(read);
-    while (reading < 1) {
-        std::this_thread::yield();
-    }
+    WaitUntil([&] { return reading == 1; });
     lock.LockRead();
-    std::thread second;
-    std::thread helper([&] {
+    std::thread second([&] {
         WaitForWaiting(1);
-        second = std::thread(read);
+        read();
     });
     EXPECT_FALSE(lock.LockWrite());
-    helper.join();
-    while (reading < 2) {
-        std::this_thread::yield();
-    }
+    WaitUntil([&] { return reading == 2; });
     mayLeave = true;
     first.join();
     second.join();
@@ -179,7 +173,6 @@ TEST_F(ReadWriteLockTest, WrongUnlocksAreToldAndChangeNothing)
     lock.UnlockWrite();
     lock.LockRead();
     lock.UnlockWrite();
-    EXPECT_EQ(lock.GetDepthOnThisThread().reads, 1U);
     std::thread([&] { lock.UnlockRead(); }).join();
     EXPECT_EQ(lock.GetDepthOnThisThread().reads, 1U);
     lock.UnlockRead();
@@ -194,24 +187,21 @@ TEST_F(ReadWriteLockTest, GuardsAcceptNullAndGiveBackOnce)
     const ReadLockGuard noRead(nullptr);
     const WriteLockGuard noWrite(nullptr);
     ReadLockGuard read(&lock);
-    WriteLockGuard write(&lock);
     read.Release();
     read.Release();
-    EXPECT_EQ(lock.GetDepthOnThisThread().writes, 1U);
 }
 
 TEST_F(ReadWriteLockTest, AThreadHoldsManyLocks)
 {
-    std::vector<std::unique_ptr<ReadWriteLock>> locks;
-    std::vector<std::unique_ptr<ReadLockGuard>> guards;
-    for (int i = 0; i < 100; ++i) {
-        locks.push_back(std::make_unique<ReadWriteLock>());
-        guards.push_back(std::make_unique<ReadLockGuard>(locks.back().get()));
+    std::vector<ReadWriteLock> locks(100);
+    for (ReadWriteLock& each : locks) {
+        each.LockRead();
     }
     EXPECT_EQ(ReadWriteLock::CountHeldByThisThread(), 100U);
-    guards.erase(guards.begin(), guards.begin() + 50);
     for (std::size_t i = 0; i < 100; ++i) {
-        EXPECT_EQ(locks[i]->GetDepthOnThisThread().reads, i < 50 ? 0U : 1U);
+        EXPECT_EQ(locks[i].GetDepthOnThisThread().reads, 1U);
+        locks[i].UnlockRead();
+        EXPECT_EQ(ReadWriteLock::CountHeldByThisThread(), 99 - i);
     }
 }
 
@@ -220,27 +210,21 @@ TEST_F(ReadWriteLockTest, WritersExcludeEverybodyUnderEveryMixture)
     int first = 0;
     int second = 0;
     std::atomic<int> torn{0};
-    std::vector<std::thread> threads;
-    for (unsigned t = 0; t < 4; ++t) {
-        threads.emplace_back([&, t] {
-            for (unsigned i = 0; i < 3000; ++i) {
-                if ((i + t) % 3 != 0) {
-                    const ReadLockGuard guard(&lock);
-                    const ReadLockGuard again(&lock);
-                    torn += first != second ? 1 : 0;
-                } else {
-                    const WriteLockGuard guard(&lock);
-                    ++first;
-                    const ReadLockGuard read(&lock);
-                    const WriteLockGuard again(&lock);
-                    ++second;
-                }
+    test::OnThreads(4, [&](unsigned t) {
+        for (unsigned i = 0; i < 3000; ++i) {
+            if ((i + t) % 3 != 0) {
+                const ReadLockGuard guard(&lock);
+                const ReadLockGuard again(&lock);
+                torn += first != second ? 1 : 0;
+            } else {
+                const WriteLockGuard guard(&lock);
+                ++first;
+                const ReadLockGuard read(&lock);
+                const WriteLockGuard again(&lock);
+                ++second;
             }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+        }
+    });
     EXPECT_EQ(torn, 0);
     EXPECT_EQ(first, 4000);
     EXPECT_EQ(second, 4000);

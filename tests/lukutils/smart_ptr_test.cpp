@@ -1,13 +1,15 @@
+#include "support/Threads.h"
+
 #include <du/RefCounted.h>
 #include <du/ReferenceLedger.h>
 #include <du/SmartPtr.h>
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <thread>
 #include <vector>
 
 namespace
@@ -27,7 +29,6 @@ struct Node : du::RefCounted {
 };
 
 struct Left : virtual du::RefCounted {
-    int left = 1;
 };
 struct Right : virtual du::RefCounted {
     int right = 2;
@@ -56,9 +57,11 @@ TEST_F(SmartPtrTest, AssignmentTakesTheNewReferenceBeforeTheOldOneGoes)
     auto head = du::MakeCounted<Node>();
     head->next = du::MakeCounted<Node>();
     const Node* const second = head->next.get();
+    const Node* seen = nullptr;
+    head->onEnd = [&] { seen = head.get(); };
     head = head->next;
     EXPECT_EQ(head.get(), second);
-    EXPECT_EQ(head->GetReferenceCount(), 1U);
+    EXPECT_EQ(seen, second) << "the end of the old object already sees the new one";
 
     auto moved = du::MakeCounted<Node>();
     moved->next = std::move(head);
@@ -67,22 +70,12 @@ TEST_F(SmartPtrTest, AssignmentTakesTheNewReferenceBeforeTheOldOneGoes)
     EXPECT_EQ(moved->GetReferenceCount(), 1U);
 }
 
-TEST_F(SmartPtrTest, TheEndOfTheOldObjectAlreadySeesTheNewOne)
-{
-    du::SmartPtr<Node> handle;
-    const Node* seen = nullptr;
-    const auto replacement = du::MakeCounted<Node>();
-    handle = du::MakeCounted<Node>([&] { seen = handle.get(); });
-    handle = replacement;
-    EXPECT_EQ(seen, replacement.get());
-}
-
 TEST_F(SmartPtrTest, AssigningWhatIsHeldChangesNothing)
 {
     auto handle = du::MakeCounted<Node>();
     Node* const object = handle.get();
-    handle = object;
     du::SmartPtr<Node>& alias = handle;
+    handle = object;
     handle = alias;
     handle = std::move(alias);
     EXPECT_EQ(handle.get(), object);
@@ -102,81 +95,44 @@ TEST_F(SmartPtrTest, ConvertsAndCastsThroughVirtualBases)
     EXPECT_EQ(both->GetReferenceCount(), 3U);
 }
 
-TEST_F(SmartPtrTest, HandlesInAGrowingVectorKeepTheirReferences)
-{
-    const auto object = du::MakeCounted<Node>();
-    std::vector<du::SmartPtr<Node>> handles;
-    for (int i = 0; i < 100; ++i) {
-        handles.push_back(object);
-    }
-    handles.erase(handles.begin(), handles.begin() + 50);
-    EXPECT_EQ(object->GetReferenceCount(), 51U);
-}
-
 TEST_F(SmartPtrTest, CountsBelongToObjectsNotToTheirValues)
 {
     const auto a = du::MakeCounted<Node>();
-    const du::SmartPtr<Node> again = a;
-    const auto copy = du::MakeCounted<Node>(*a);
+    const auto copy = du::MakeCounted<Node>(*du::SmartPtr<Node>(a));
     EXPECT_EQ(copy->GetReferenceCount(), 1U);
+    const du::SmartPtr<Node> again = a;
     *copy = *a;
     EXPECT_EQ(copy->GetReferenceCount(), 1U);
-    EXPECT_EQ(a->GetReferenceCount(), 2U);
 }
 
 TEST_F(SmartPtrTest, AGuardedObjectSurvivesHandlesInItsOwnConstructor)
 {
-    struct Registering : du::RefCounted {
-        explicit Registering(bool& isAlive) : alive(isAlive)
+    struct Registering : Node {
+        explicit Registering(std::function<void()> atEnd) : Node(std::move(atEnd))
         {
-            alive = true;
             const ConstructionGuard guard(*this);
             const du::SmartPtr<Registering> temporary(this);
         }
-        ~Registering() override { alive = false; }
-        bool& alive;
     };
-    bool isAlive = false;
-    {
-        const auto object = du::MakeCounted<Registering>(isAlive);
-        EXPECT_TRUE(isAlive);
-        EXPECT_EQ(object->GetReferenceCount(), 1U);
-    }
-    EXPECT_FALSE(isAlive);
-}
-
-TEST_F(SmartPtrTest, AnOverriddenHookDecidesAboutDeletion)
-{
-    struct Pooled : du::RefCounted {
-        void ZeroReferenceCountHook() override { ++returned; }
-        int returned = 0;
-    };
-    Pooled object;
-    {
-        const du::SmartPtr<Pooled> a(&object);
-        const du::SmartPtr<Pooled> b = a;
-        EXPECT_EQ(object.returned, 0);
-    }
-    EXPECT_EQ(object.returned, 1);
+    int ends = 0;
+    auto object = du::MakeCounted<Registering>([&] { ++ends; });
+    EXPECT_EQ(ends, 0);
+    EXPECT_EQ(object->GetReferenceCount(), 1U);
+    object = nullptr;
+    EXPECT_EQ(ends, 1);
 }
 
 TEST_F(SmartPtrTest, HandlesOfOneObjectComeAndGoOnManyThreads)
 {
-    int ends = 0;
-    auto object = du::MakeCounted<Node>([&] { ++ends; });
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([mine = object] {
-            for (int i = 0; i < 2000; ++i) {
-                du::SmartPtr<Node> copy = mine;
-                const du::SmartPtr<Node> moved = std::move(copy);
-            }
-        });
-    }
-    object = nullptr;
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    std::atomic<int> ends{0};
+    std::vector<du::SmartPtr<Node>> handles(4, du::MakeCounted<Node>([&] { ++ends; }));
+    test::OnThreads(4, [&](unsigned t) {
+        for (int i = 0; i < 2000; ++i) {
+            du::SmartPtr<Node> copy = handles[t];
+            const du::SmartPtr<Node> moved = std::move(copy);
+        }
+        handles[t] = nullptr;
+    });
     EXPECT_EQ(ends, 1);
 }
 
@@ -191,7 +147,6 @@ TEST(ReferenceLedger, MovedHandlesHoldUnderTheirNewAddress)
     ASSERT_EQ(entries.size(), 1U);
     EXPECT_EQ(entries[0].owner, &second);
     EXPECT_EQ(entries[0].object, second.get());
-    EXPECT_EQ(entries[0].count, 1);
     EXPECT_NE(entries[0].objectClass.find("Node"), std::string::npos);
     du::ReferenceLedger::SwitchOff();
 }

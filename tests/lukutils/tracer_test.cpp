@@ -1,5 +1,4 @@
 #include <dp/LUTracer.h>
-#include <du/Utf8.h>
 
 #include <gtest/gtest.h>
 
@@ -39,28 +38,20 @@ TEST(LUTracer, TheSinkReceivesChannelTypeAndText)
     Collector outer;
     {
         const Collector inner;
-        LUTracer(kChannel).Trace(LUTracer::WARNING, "key %s, %d\n", "depth", 3);
+        LUTracer(kChannel).Trace(LUTracer::WARNING, "key %s, %d\n", "%n%s%1000000d", 3);
         LUTracer({"lusymbols", "root"}).Trace(LUTracer::INFORMATION, "made\n");
         EXPECT_EQ(inner.lines,
-                  (std::vector<std::string>{"symbol2d/symbol3d 2 key depth, 3\n", "root/lusymbols 0 made\n"}));
+                  (std::vector<std::string>{"symbol2d/symbol3d 2 key %n%s%1000000d, 3\n", "root/lusymbols 0 made\n"}));
     }
     LUTracer(kChannel).Trace(LUTracer::INFORMATION, "restored\n");
     EXPECT_EQ(outer.lines, (std::vector<std::string>{"symbol2d/symbol3d 0 restored\n"}));
-}
-
-TEST(LUTracer, HostileArgumentsAreText)
-{
-    const Collector collector;
-    const std::string cut("a\0b", 3);
-    LUTracer(kChannel).Trace(LUTracer::WARNING, "%s|%s\n", "%n%s%1000000d", cut.c_str());
-    EXPECT_EQ(collector.lines.back(), "symbol2d/symbol3d 2 %n%s%1000000d|a\n");
 }
 
 TEST(LUTracer, LongMessagesAreCutBetweenCharacters)
 {
     const Collector collector;
     const std::string prefix = "symbol2d/symbol3d 2 ";
-    for (const char* unit : {"x", "\xC3\xA4", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\x80"}) {
+    for (const std::string unit : {"x", "\xC3\xA4", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\x80"}) {
         for (std::size_t shift = 0; shift < 4; ++shift) {
             std::string text(shift, '-');
             while (text.size() < 200000) {
@@ -70,12 +61,9 @@ TEST(LUTracer, LongMessagesAreCutBetweenCharacters)
             const std::string line = collector.lines.back().substr(prefix.size());
             ASSERT_LE(line.size(), 4095U);
             EXPECT_GE(line.size(), 4092U);
-            EXPECT_EQ(line.substr(line.size() - 4), "...\n");
-            const std::string kept = line.substr(0, line.size() - 4);
-            EXPECT_EQ(kept, text.substr(0, kept.size()));
-            if (unit[0] != '\x80') {
-                EXPECT_EQ(du::Utf8ToWideStr(kept).find(L'\uFFFD'), std::wstring::npos);
-            }
+            const std::size_t kept = line.size() - 4;
+            EXPECT_EQ(line, text.substr(0, kept) + "...\n");
+            EXPECT_EQ((kept - shift) % unit.size(), 0U) << unit;
         }
     }
     const std::string fits(4094, 'x');

@@ -49,6 +49,9 @@ Result ReadMessage(const dg::XmlElem& message, du::MessageTable& table)
         }
         std::string spare;
         table.Add(key, language, text.GetTextView(spare));
+        if (table.GetLanguages().size() > MessageFile::kMaxLanguages) {
+            return Fault(text.GetLine(), "more than " + std::to_string(MessageFile::kMaxLanguages) + " languages");
+        }
     }
     return {};
 }

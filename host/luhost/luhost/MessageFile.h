@@ -26,11 +26,13 @@ namespace luhost
 /// Errors: a file that cannot be read, is ill-formed, or breaks the form above gives no table, and the line and reason
 /// of the first fault. Nothing is thrown.
 ///
-/// Cost: linear in the bytes. A file of more than kMaxBytes is refused.
+/// Cost: linear in the bytes. A file of more than kMaxBytes, or with more than kMaxLanguages, is refused: whoever asks
+/// what is missing in which language would pay for each of them.
 class LUHOST_API MessageFile
 {
 public:
     static constexpr std::size_t kMaxBytes = std::size_t{64} * 1024 * 1024;
+    static constexpr std::size_t kMaxLanguages = 500;
 
     struct Result {
         std::shared_ptr<const du::MessageTable> table; ///< null after an error

@@ -88,8 +88,9 @@ private:
 
 std::string NameAt(std::string_view text, std::size_t offset)
 {
-    const std::size_t end = text.find_first_of(" \t\r\n/><", offset);
-    return std::string(text.substr(offset, end == std::string_view::npos ? end : end - offset));
+    constexpr std::size_t kMostTold = 120;
+    const std::string_view name = text.substr(offset, text.substr(offset).find_first_of(" \t\r\n/><"));
+    return name.size() <= kMostTold ? std::string(name) : std::string(name.substr(0, kMostTold)).append("...");
 }
 
 } // namespace

@@ -330,11 +330,12 @@ private:
         std::size_t end = 0;
 
         /// Whether what follows the markup at this place, blanks aside, is neither an element, nor more such markup,
-        /// nor the end. The end of the markup is remembered, so that openings without an end of their own cost nothing.
+        /// nor the end. The end of the markup is remembered, so that no text is searched twice.
         bool SplitsText(std::string_view text, std::size_t at) noexcept
         {
+            // One within another: which of them is real is for the parser to tell, so nothing is risked.
             if (at < end) {
-                return false;
+                return true;
             }
             end = text.find(endMark, at + startSize);
             if (end == std::string_view::npos) {
