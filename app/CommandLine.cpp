@@ -7,17 +7,33 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cerrno>
 #include <cstdio>
 #include <exception>
+#include <fcntl.h>
 #include <iostream>
 #include <map>
 #include <new>
+#include <unistd.h>
 
 namespace lusym
 {
 
 namespace
 {
+
+/// Keeps files that are opened later from taking the place of a standard stream that is closed, since what goes to that
+/// stream would go into them. Writing to standard output still fails, so that a result does not vanish in silence.
+void FillStandardDescriptors()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) {
+            // The system gives the lowest number that is free, which is this one.
+            [[maybe_unused]] const int filled =
+                open("/dev/null", descriptor == STDERR_FILENO ? O_WRONLY | O_NOCTTY : O_RDONLY | O_NOCTTY);
+        }
+    }
+}
 
 /// Says what is wrong with the command line, or helps.
 ExitCode Explain(const CLI::App& program, const CLI::ParseError& error)
@@ -89,6 +105,7 @@ ExitCode Run(int argc, char** argv)
 
 int RunCommandLine(int argc, char** argv)
 {
+    FillStandardDescriptors();
     Interrupt::Install();
     ExitCode result = ExitCode::Failed;
     try {
@@ -96,7 +113,7 @@ int RunCommandLine(int argc, char** argv)
     } catch (const std::bad_alloc&) {
         std::fputs("lusym: out of memory\n", stderr);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "lusym: %s\n", error.what());
+        std::fprintf(stderr, "lusym: %s\n", Printable(error.what()).c_str());
     }
     return static_cast<int>(result);
 }

@@ -184,11 +184,9 @@ private:
 
 std::size_t LineCounter::LineAt(std::size_t offset)
 {
-    std::size_t found = 0;
-    while ((found = m_text.find('\n', m_offset)) < offset) {
-        m_offset = found + 1;
-        ++m_line;
-    }
+    const std::string_view passed = m_text.substr(m_scanned, offset - m_scanned);
+    m_line += static_cast<std::size_t>(std::ranges::count(passed, '\n'));
+    m_scanned = offset;
     return m_line;
 }
 

@@ -10,7 +10,8 @@
 namespace lusym
 {
 
-/// Lines of a text by offset, asked for with offsets that never go back. Linear over all calls.
+/// Lines of a text by offset, asked for with offsets in it that never go back. Linear over all calls, also where the text
+/// is one long line.
 class LineCounter
 {
 public:
@@ -20,7 +21,7 @@ public:
 
 private:
     std::string_view m_text;
-    std::size_t m_offset = 0;
+    std::size_t m_scanned = 0;
     std::size_t m_line = 1;
 };
 

@@ -63,15 +63,33 @@ void ElementExaminer::ExamineStrayText(const dg::XmlElem& element)
     }
 }
 
+void ElementExaminer::ExamineText(const dg::XmlElem& element)
+{
+    ExamineCarriageReturn(element, element.GetName(), TextOf(element));
+}
+
+/// The file keeps texts as they are, and whoever reads its lines takes the return before a line feed for their end.
+void ElementExaminer::ExamineCarriageReturn(const dg::XmlElem& element, std::string_view what, std::string_view text)
+{
+    if (text.find('\r') != std::string_view::npos) {
+        Add(FindingCode::CarriageReturn, element,
+            "a carriage return stands in " + Quote(what) +
+                "; before a line feed it is lost once the library is "
+                "written and read again",
+            "Remove it.");
+    }
+}
+
 void ElementExaminer::ExamineAttributes(const dg::XmlElem& element, std::span<const AttributeRule> rules)
 {
+    RuleSet seen;
     for (dg::XmlAttribute attribute = element.FirstAttribute(); attribute; attribute = attribute.Next()) {
-        ExamineAttribute(element, attribute, rules);
+        ExamineAttribute(element, attribute, rules, seen);
     }
 }
 
 void ElementExaminer::ExamineAttribute(const dg::XmlElem& element, const dg::XmlAttribute& attribute,
-                                       std::span<const AttributeRule> rules)
+                                       std::span<const AttributeRule> rules, RuleSet& seen)
 {
     const std::string_view name = attribute.GetName();
     const auto rule = std::ranges::find(rules, name, &AttributeRule::name);
@@ -81,32 +99,32 @@ void ElementExaminer::ExamineAttribute(const dg::XmlElem& element, const dg::Xml
             MendFor(name, NamesOf(rules)));
         return;
     }
-    if (IsRepeated(element, attribute)) {
+    const auto index = static_cast<std::size_t>(rule - rules.begin());
+    if (seen.test(index)) {
         Add(FindingCode::UnknownAttribute, element,
             "the attribute " + Quote(name) + " stands in " + Quote(element.GetName()) +
                 " a second time; only one of them counts",
             "Keep one of them.");
         return;
     }
+    seen.set(index);
     if (rule->kind == AttributeKind::Boolean) {
         ExamineBoolean(element, name, attribute.GetValue());
     } else if (rule->kind == AttributeKind::Location) {
         ExamineLocation(element, attribute);
-    } else if (rule->kind != AttributeKind::Text) {
+    } else if (rule->kind == AttributeKind::Text) {
+        ExamineCarriageReturn(element, name, attribute.GetValue());
+    } else {
         ExamineNumberText(element, name, attribute.GetValue(), rule->kind);
     }
-}
-
-bool ElementExaminer::IsRepeated(const dg::XmlElem& element, const dg::XmlAttribute& attribute) const
-{
-    // Names have no NUL behind them but the one that ends them, so that the first of the name can be asked for.
-    return element.GetAttribute(attribute.GetName().data()).data() != attribute.GetValue().data();
 }
 
 ElementExaminer::LastChildren ElementExaminer::ExamineChildren(const dg::XmlElem& parent,
                                                                std::span<const ChildRule> rules)
 {
     LastChildren last{};
+    AttributeOwners flips{};
+    AttributeOwners rotations{};
     std::size_t next = 0;
     for (dg::XmlElem child = parent.FirstChild(); child; child = child.NextSibling()) {
         const std::string_view name = child.GetName();
@@ -130,21 +148,39 @@ ElementExaminer::LastChildren ElementExaminer::ExamineChildren(const dg::XmlElem
         if (rules[at].kind == ValueKind::Url && !child.HasAttribute(format::kUrl)) {
             continue;
         }
-        ExamineRepeated(last[at], child, rules[at].kind);
+        if (rules[at].kind == ValueKind::Flip || rules[at].kind == ValueKind::Rotate) {
+            ExamineOwners(rules[at].kind == ValueKind::Flip ? flips : rotations, child, AttributesOf(rules[at].kind));
+        } else if (last[at] && rules[at].kind != ValueKind::Tags) {
+            // Tags of several lists are all read.
+            AddRepeated(last[at], child);
+        }
         last[at] = child;
     }
     return last;
 }
 
-void ElementExaminer::ExamineRepeated(const dg::XmlElem& earlier, const dg::XmlElem& later, ValueKind kind)
+/// An attribute that such an element lacks keeps the value that an element before it gave.
+void ElementExaminer::ExamineOwners(AttributeOwners& owners, const dg::XmlElem& later,
+                                    std::span<const AttributeRule> rules)
 {
-    // Tags of several lists are all read.
-    if (earlier && kind != ValueKind::Tags) {
-        Add(FindingCode::RepeatedChild, later,
-            Quote(later.GetName()) + " stands here again and overwrites what it shares with the one at line " +
-                std::to_string(earlier.GetLine()),
-            "Keep one of them.");
+    dg::XmlElem overwritten;
+    for (std::size_t index = 0; index < owners.size(); ++index) {
+        if (later.HasAttribute(rules[index].name)) {
+            overwritten = owners[index] ? owners[index] : overwritten;
+            owners[index] = later;
+        }
     }
+    if (overwritten) {
+        AddRepeated(overwritten, later);
+    }
+}
+
+void ElementExaminer::AddRepeated(const dg::XmlElem& earlier, const dg::XmlElem& later)
+{
+    Add(FindingCode::RepeatedChild, later,
+        Quote(later.GetName()) + " stands here again and overwrites what it shares with the one at line " +
+            std::to_string(earlier.GetLine()),
+        "Keep one of them.");
 }
 
 void ElementExaminer::ExamineValue(const dg::XmlElem& element, ValueKind kind)
@@ -156,6 +192,9 @@ void ElementExaminer::ExamineValue(const dg::XmlElem& element, ValueKind kind)
     }
     for (dg::XmlElem child = element.FirstChild(); child; child = child.NextSibling()) {
         AddUnknown(child, element.GetName(), {});
+    }
+    if (kind == ValueKind::Text || kind == ValueKind::Keyed || kind == ValueKind::Quantity) {
+        ExamineText(element);
     }
     if (!HasText(kind)) {
         ExamineStrayText(element);

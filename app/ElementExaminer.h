@@ -6,6 +6,7 @@
 #include <dg/XmlElem.h>
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <span>
 #include <string>
@@ -23,6 +24,7 @@ class ElementExaminer
 {
 public:
     static constexpr std::size_t kMostChildren = 20;
+    static constexpr std::size_t kMostAttributes = 12;
     /// The last child of each rule, which is the one that counts; null where there is none.
     using LastChildren = std::array<dg::XmlElem, kMostChildren>;
 
@@ -36,15 +38,23 @@ public:
     /// Tells that an element is none of those known in its parent.
     void AddUnknown(const dg::XmlElem& element, std::string_view parentName, std::span<const std::string_view> known);
     void ExamineStrayText(const dg::XmlElem& element);
+    /// Tells of what gets lost in a text that is kept as it is.
+    void ExamineText(const dg::XmlElem& element);
 
     /// The text of an element, valid until the next call.
     std::string_view TextOf(const dg::XmlElem& element) { return element.GetTextView(m_spare); }
 
 private:
+    /// One bit for each rule.
+    using RuleSet = std::bitset<kMostAttributes>;
+    /// For each attribute of a kind the last element that had it.
+    using AttributeOwners = std::array<dg::XmlElem, 2>;
+
     void ExamineAttribute(const dg::XmlElem& element, const dg::XmlAttribute& attribute,
-                          std::span<const AttributeRule> rules);
-    bool IsRepeated(const dg::XmlElem& element, const dg::XmlAttribute& attribute) const;
-    void ExamineRepeated(const dg::XmlElem& earlier, const dg::XmlElem& later, ValueKind kind);
+                          std::span<const AttributeRule> rules, RuleSet& seen);
+    void ExamineOwners(AttributeOwners& owners, const dg::XmlElem& later, std::span<const AttributeRule> rules);
+    void AddRepeated(const dg::XmlElem& earlier, const dg::XmlElem& later);
+    void ExamineCarriageReturn(const dg::XmlElem& element, std::string_view what, std::string_view text);
     void ExamineValue(const dg::XmlElem& element, ValueKind kind);
     void ExamineKeyed(const dg::XmlElem& element, std::string_view besides);
     void ExamineBoolean(const dg::XmlElem& element, std::string_view what, std::string_view text);

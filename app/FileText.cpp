@@ -6,33 +6,16 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <span>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace lusym
 {
 
 namespace
 {
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
-    ~Descriptor()
-    {
-        if (m_descriptor >= 0) {
-            close(m_descriptor);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int Get() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
 
 std::string KindOfFile(mode_t mode)
 {
@@ -54,47 +37,132 @@ bool FailWithSystemError(std::string& error)
     return false;
 }
 
-bool ReadToEnd(int descriptor, std::string& text, std::string& error)
+/// A regular file that is read from its beginning to its end.
+class InputFile
 {
-    std::size_t filled = 0;
-    for (;;) {
-        if (filled == text.size()) {
-            text.resize(std::max<std::size_t>(2 * text.size(), 4096));
+public:
+    InputFile() = default;
+    ~InputFile()
+    {
+        if (m_descriptor >= 0) {
+            close(m_descriptor);
         }
-        const ssize_t count = read(descriptor, text.data() + filled, text.size() - filled);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
+    }
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    bool Open(const std::string& path, std::string& error)
+    {
+        // Without waiting, so that a pipe is told from a file before anybody has to write into it.
+        m_descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+        if (m_descriptor < 0 || fstat(m_descriptor, &m_status) != 0) {
             return FailWithSystemError(error);
         }
-        if (count == 0) {
-            text.resize(filled);
-            return true;
+        if (!S_ISREG(m_status.st_mode)) {
+            error = KindOfFile(m_status.st_mode);
+            return false;
         }
-        filled += static_cast<std::size_t>(count);
+        return true;
     }
-}
+
+    std::size_t GetSize() const { return static_cast<std::size_t>(m_status.st_size); }
+
+    bool IsSameAs(const InputFile& other) const
+    {
+        return m_status.st_dev == other.m_status.st_dev && m_status.st_ino == other.m_status.st_ino;
+    }
+
+    /// Fills the buffer unless the file ends before.
+    /// @param[out] count the bytes that were read
+    bool Read(std::span<char> buffer, std::size_t& count, std::string& error)
+    {
+        count = 0;
+        while (count < buffer.size()) {
+            const ssize_t more = read(m_descriptor, buffer.data() + count, buffer.size() - count);
+            if (more < 0 && errno == EINTR) {
+                continue;
+            }
+            if (more < 0) {
+                return FailWithSystemError(error);
+            }
+            if (more == 0) {
+                break;
+            }
+            count += static_cast<std::size_t>(more);
+        }
+        return true;
+    }
+
+private:
+    int m_descriptor = -1;
+    struct stat m_status {
+    };
+};
+
+constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
 
 } // namespace
 
 bool ReadFileText(const std::string& path, std::string& text, std::string& error)
 {
     text.clear();
-    // Without waiting, so that a pipe is told from a file before anybody has to write into it.
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
-    struct stat status {
-    };
-    if (file.Get() < 0 || fstat(file.Get(), &status) != 0) {
-        return FailWithSystemError(error);
-    }
-    if (!S_ISREG(status.st_mode)) {
-        error = KindOfFile(status.st_mode);
+    InputFile file;
+    if (!file.Open(path, error)) {
         return false;
     }
     // One byte more shows the end without growing.
-    text.resize(static_cast<std::size_t>(status.st_size) + 1);
-    return ReadToEnd(file.Get(), text, error);
+    text.resize(file.GetSize() + 1);
+    std::size_t filled = 0;
+    std::size_t count = 0;
+    while (file.Read(std::span(text).subspan(filled), count, error)) {
+        filled += count;
+        if (filled < text.size()) {
+            text.resize(filled);
+            return true;
+        }
+        text.resize(std::max<std::size_t>(2 * text.size(), 4096));
+    }
+    return false;
+}
+
+bool ReadFileBlocks(const std::string& path, const std::function<bool(std::string_view)>& take, std::string& error)
+{
+    InputFile file;
+    if (!file.Open(path, error)) {
+        return false;
+    }
+    std::vector<char> block(kBlockSize);
+    std::size_t count = 0;
+    do {
+        if (!file.Read(block, count, error) || !take(std::string_view(block.data(), count))) {
+            return false;
+        }
+    } while (count == block.size());
+    return true;
+}
+
+bool HasSameContent(const std::string& a, const std::string& b)
+{
+    InputFile fileA;
+    InputFile fileB;
+    std::string error;
+    if (!fileA.Open(a, error) || !fileB.Open(b, error) || fileA.GetSize() != fileB.GetSize()) {
+        return false;
+    }
+    if (fileA.IsSameAs(fileB)) {
+        return true;
+    }
+    std::vector<char> blockA(kBlockSize);
+    std::vector<char> blockB(kBlockSize);
+    std::size_t countA = 0;
+    std::size_t countB = 0;
+    do {
+        if (!fileA.Read(blockA, countA, error) || !fileB.Read(blockB, countB, error) ||
+            !std::ranges::equal(std::span(blockA).first(countA), std::span(blockB).first(countB))) {
+            return false;
+        }
+    } while (countA == blockA.size());
+    return true;
 }
 
 bool WriteStandardOutput(std::string_view text, std::string& error)

@@ -38,6 +38,7 @@ enum class FindingCode : std::uint8_t {
     UnknownAttribute,
     StrayText,
     Comment,
+    CarriageReturn,
     MissingId,
     MissingName,
     NameTaken,

@@ -11,7 +11,8 @@ namespace lusym
 namespace
 {
 
-constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+/// Those that end a program whose user, shell, reader or limit of time has had enough of it.
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU};
 
 /// What a signal deletes. A program that has more at once leaves the last ones to its destructors.
 using Slots = std::array<std::atomic<const char*>, 16>;

@@ -6,7 +6,7 @@
 namespace lusym
 {
 
-/// What happens on Ctrl-C and when the program is asked to end.
+/// What happens on Ctrl-C, when the program is asked to end, and when nobody reads its output any more.
 ///
 /// Use: Install once at the start. Whoever makes a temporary file or folder keeps an InterruptCleanup for it; a signal
 /// then deletes what is there and ends the program as the signal would have, so that the shell sees why.

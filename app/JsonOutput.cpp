@@ -1,5 +1,7 @@
 #include "JsonOutput.h"
 
+#include "Printable.h"
+
 #include <nlohmann/json.hpp>
 
 namespace lusym
@@ -7,7 +9,7 @@ namespace lusym
 
 std::string JsonText(const nlohmann::ordered_json& document)
 {
-    return document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+    return PrintableJson(document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace)) + "\n";
 }
 
 } // namespace lusym

@@ -75,7 +75,7 @@ ExitCode RunCheck(const CheckOptions& options, Progress& progress)
     }
     LibrarySource source(options.library, progress);
     if (!source.IsUsable()) {
-        return ExitCode::Failed;
+        return source.GetFault();
     }
     LibraryReading reading = source.Read(options.file);
     std::string error;
@@ -122,6 +122,10 @@ bool AddCanonicalFinding(LibrarySource& source, LibraryReading& reading, std::st
     const bool isShared = place.origin == LibraryPlace::Origin::ORIGIN_SHARED;
     place.origin = isShared ? LibraryPlace::Origin::ORIGIN_USER : place.origin;
     const TemporaryFolder folder;
+    if (folder.GetPath().empty()) {
+        error = folder.GetError();
+        return false;
+    }
     std::string canonical;
     std::string actual;
     const LibraryContent content = ContentOf(isShared ? source.Read(place).examination : reading.examination);

@@ -99,7 +99,7 @@ private:
     void AddParseError(const dg::XmlParseError& error)
     {
         const bool isTooDeep = error.reason.starts_with("nested deeper");
-        std::string text = error.reason;
+        std::string text = Printable(error.reason);
         if (error.column != 0) {
             text += " (column " + std::to_string(error.column) + ")";
         }
@@ -255,6 +255,7 @@ private:
             for (dg::XmlElem child = section.FirstChild(); child; child = child.NextSibling()) {
                 m_elements.AddUnknown(child, name, {});
             }
+            m_elements.ExamineText(section);
             if (earlier) {
                 m_elements.Add(FindingCode::RepeatedChild, section,
                                Quote(name) + " stands here again and overwrites the one at line " +
@@ -406,6 +407,8 @@ private:
         if (url.empty()) {
             m_elements.Add(FindingCode::MissingUrl, element ? element : entry.element,
                            "the entry has no url for " + Quote(name), "Name the file.");
+        }
+        if (!element) {
             return;
         }
         if (du::FileSpec::IsAbsolute(url)) {
@@ -415,11 +418,16 @@ private:
         }
         const std::string written = WrittenUrl(resolved, entry.isShape, m_options.origin, m_options.exportAsStandard);
         if (written != url) {
+            // An empty url resolves to the root itself.
             m_elements.Add(FindingCode::UrlWillChange, element,
-                           "the url " + Quote(url) + " would be written as " + Quote(written),
-                           "Move the file there, or bring it along when the library is written.");
+                           url.empty() ? "the empty url would be written as the folder " + Quote(written)
+                                       : "the url " + Quote(url) + " would be written as " + Quote(written),
+                           url.empty() ? "Name the file."
+                                       : "Move the file there, or bring it along when the library is written.");
         }
-        ExamineFile(element, "the file", resolved);
+        if (!url.empty()) {
+            ExamineFile(element, "the file", resolved);
+        }
     }
 
     void ExamineFile(const dg::XmlElem& element, std::string_view what, const std::string& path)

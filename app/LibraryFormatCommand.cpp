@@ -1,6 +1,7 @@
 #include "Invocation.h"
 #include "LibrarySource.h"
 #include "LibraryWriting.h"
+#include "OutputFile.h"
 #include "Printable.h"
 #include "Progress.h"
 
@@ -56,7 +57,7 @@ ExitCode RunFormat(const FormatOptions& options, Progress& progress)
 {
     LibrarySource source(options.library, progress);
     if (!source.IsUsable()) {
-        return ExitCode::Failed;
+        return source.GetFault();
     }
     const LibraryReading reading = source.Read(options.file, options.asStandard);
     TellEffects(reading, progress);
@@ -74,9 +75,7 @@ void AddLibraryFormat(CLI::App& library, Invocation& invocation)
     CLI::App& verb = *library.add_subcommand("format", "Read a library and write it in the layout of the format");
     const auto options = std::make_shared<FormatOptions>();
     verb.add_option("LIB.xml", options->file, "The library")->required();
-    verb.add_option("-o,--output", options->output, "The file to write; - for standard output")
-        ->required()
-        ->type_name("OUT.xml");
+    AddOutputOption(verb, options->output, "OUT.xml");
     verb.add_flag("--standard", options->asStandard,
                   "Write the delivered library: texts instead of keys, files in SymbolsLibrary/standard");
     verb.add_flag("--allow-loss", options->allowLoss, "Write although something of LIB.xml is lost");
@@ -90,7 +89,8 @@ void AddLibraryFormat(CLI::App& library, Invocation& invocation)
         "  lusym library format lib.xml -o lib.xml\n"
         "  lusym library format lib.xml -o - | diff lib.xml -\n"
         "  lusym library format lib.xml -o SymbolsLibrary/standard/PartSymbolLibrary.xml --standard\n\n"
-        "Exit codes: 0 written; 3 LIB.xml is unreadable; 4 OUT.xml is not writable; 5 something would be lost.\n");
+        "Exit codes: 0 written; 3 LIB.xml is unreadable; 4 OUT.xml is not writable; 5 something would be lost,\n"
+        "or LIB.xml is no library.\n");
     verb.callback([options, &invocation] {
         invocation = [options](Progress& progress) { return RunFormat(*options, progress); };
     });

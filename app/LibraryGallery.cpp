@@ -14,6 +14,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <numeric>
 #include <unordered_map>
 
 namespace lusym
@@ -54,6 +55,7 @@ private:
     const Examination& m_examination;
 };
 
+/// An entry stands in every category that has its id.
 std::vector<std::size_t> CountRowsPerGroup(const SymbolTemplateCollection& collection)
 {
     std::unordered_map<std::string, std::size_t> counts;
@@ -80,6 +82,19 @@ void AddToCollection(LibrarySource& source, const LibraryReading& reading)
 {
     const auto loader = du::MakeCounted<FinishedLoader>(reading.examination);
     source.GetSession().LoadLibrary(reading.place.path, loader);
+}
+
+bool CanMakeGallery(Progress& progress)
+{
+    const du::SmartPtr<SymbolTemplateCollection>& collection = SymbolTemplateCollection::GetCollection();
+    const std::vector<std::size_t> counts = collection ? CountRowsPerGroup(*collection) : std::vector<std::size_t>();
+    const std::size_t rows = std::reduce(counts.begin(), counts.end());
+    if (rows > kMaxGalleryRows) {
+        progress.Tell("lusym: the gallery would have " + std::to_string(rows) + " rows, and " +
+                      std::to_string(kMaxGalleryRows) +
+                      " are the most that are made. Give each category an id of its own, or take fewer libraries.\n");
+    }
+    return rows <= kMaxGalleryRows;
 }
 
 LibraryGallery MakeGallery()

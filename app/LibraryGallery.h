@@ -21,6 +21,12 @@ struct LibraryGallery {
 /// Puts a library into the collection of the session, as the host itself does.
 void AddToCollection(LibrarySource& source, const LibraryReading& reading);
 
+/// Entries stand once in each category of their id, so that a small library can ask for more rows than any memory holds.
+inline constexpr std::size_t kMaxGalleryRows = 2'000'000;
+
+/// Whether the gallery of the session keeps to that limit; told on stderr when it does not.
+bool CanMakeGallery(Progress& progress);
+
 LibraryGallery MakeGallery();
 
 nlohmann::ordered_json GalleryAsJson(const LibraryGallery& gallery);

@@ -2,6 +2,7 @@
 #include "JsonOutput.h"
 #include "LibraryGallery.h"
 #include "OutputFile.h"
+#include "Printable.h"
 #include "Progress.h"
 
 #include <du/FileSpec.h>
@@ -27,21 +28,24 @@ struct GalleryOptions {
     bool asJson = false;
 };
 
-/// @return false when one of them cannot be read
-bool ReadInto(LibrarySource& source, const std::vector<LibraryPlace>& places, std::vector<LibraryReading>& readings,
+void ReadInto(LibrarySource& source, const std::vector<LibraryPlace>& places, std::vector<LibraryReading>& readings,
               Progress& progress)
 {
-    bool areAllRead = true;
     for (const LibraryPlace& place : places) {
         progress.Step("reading", readings.size(), places.size());
         const LibraryReading& reading = readings.emplace_back(source.Read(place));
         TellEffects(reading, progress);
-        areAllRead = areAllRead && reading.isReadable && reading.examination.isRead;
         if (reading.examination.isRead) {
             AddToCollection(source, reading);
         }
     }
-    return areAllRead;
+}
+
+bool IsInput(const std::string& output, const std::vector<LibraryPlace>& places)
+{
+    return std::ranges::any_of(places, [&](const LibraryPlace& place) {
+        return OutputFile::IsFile(output, place.path) || OutputFile::IsFile(output, place.messageFile);
+    });
 }
 
 std::vector<LibraryPlace> PlacesOf(const GalleryOptions& options)
@@ -68,17 +72,25 @@ std::string DefaultTitle(const LibraryReading& reading, const LibraryPlace& plac
 
 ExitCode RunGallery(const GalleryOptions& options, Progress& progress)
 {
+    const std::vector<LibraryPlace> places = PlacesOf(options);
+    if (IsInput(options.output, places)) {
+        progress.Tell("lusym: " + Printable(options.output) +
+                      " is read for the gallery, which would replace it. Name another file with -o.\n");
+        return ExitCode::Usage;
+    }
     LibrarySource source(options.library, progress);
     if (!source.IsUsable()) {
-        return ExitCode::Failed;
+        return source.GetFault();
     }
-    const std::vector<LibraryPlace> places = PlacesOf(options);
     std::vector<LibraryReading> readings;
-    if (!ReadInto(source, places, readings, progress)) {
-        const bool isAnyRead =
-            std::ranges::any_of(readings, [](const LibraryReading& reading) { return reading.examination.isRead; });
+    ReadInto(source, places, readings, progress);
+    const ExitCode judgement = JudgeReadings(readings);
+    if (judgement != ExitCode::Done) {
         progress.Tell("lusym: not every library could be read, so nothing is written.\n");
-        return isAnyRead ? ExitCode::PartOfBatchFailed : ExitCode::InputUnreadable;
+        return judgement;
+    }
+    if (!CanMakeGallery(progress)) {
+        return ExitCode::Findings;
     }
     progress.Step("writing " + options.output);
     const LibraryGallery gallery = MakeGallery();
@@ -103,9 +115,7 @@ void AddLibraryGallery(CLI::App& library, Invocation& invocation)
     verb.add_option("LIB.xml", options->files, "The libraries")->required();
     verb.add_option("--shared", options->sharedFiles, "A library that several users share; may be repeated")
         ->type_name("LIB.xml");
-    verb.add_option("-o,--output", options->output, "The file to write; - for standard output")
-        ->required()
-        ->type_name("GALLERY.html");
+    AddOutputOption(verb, options->output, "GALLERY.html");
     verb.add_flag("--json", options->asJson, "The rows of the gallery as JSON instead of a page");
     verb.add_option("--title", options->title,
                     "Heading of the page (default: the first library's information text, else its file's name)")
@@ -119,7 +129,8 @@ void AddLibraryGallery(CLI::App& library, Invocation& invocation)
         "  lusym library gallery lib.xml -o gallery.html\n"
         "  lusym library gallery mine.xml SymbolsLibrary/standard/PartSymbolLibrary.xml \\\n"
         "      --shared /srv/SymbolsLibrary/PartSymbolLibrary.xml -o gallery.html --lang de\n\n"
-        "Exit codes: 0 written; 3 no library could be read; 4 GALLERY.html is not writable; 6 some of the\n"
+        "Exit codes: 0 written; 2 GALLERY.html is one of the files that are read; 3 no library could be read;\n"
+        "4 GALLERY.html is not writable; 5 none is a library, or the gallery would have too many rows; 6 some of the\n"
         "libraries could not be read.\n");
     verb.callback([options, &invocation] {
         invocation = [options](Progress& progress) { return RunGallery(*options, progress); };

@@ -27,7 +27,7 @@ ExitCode RunList(const ListOptions& options, Progress& progress)
 {
     LibrarySource source(options.library, progress);
     if (!source.IsUsable()) {
-        return ExitCode::Failed;
+        return source.GetFault();
     }
     const LibraryReading reading = source.Read(options.file);
     TellEffects(reading, progress);

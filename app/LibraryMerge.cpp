@@ -12,8 +12,12 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <system_error>
 #include <tuple>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace lusym
@@ -27,12 +31,17 @@ using lusymbols::PartslibraryItem;
 using lusymbols::PartslibraryOlItem;
 using nlohmann::ordered_json;
 
-bool IsSameContent(const std::string& a, const std::string& b)
+/// Where a path leads once links and ".." are followed; empty when that cannot be told.
+std::filesystem::path RealPath(const std::string& path)
 {
-    std::string textA;
-    std::string textB;
-    std::string error;
-    return a == b || (ReadFileText(a, textA, error) && ReadFileText(b, textB, error) && textA == textB);
+    std::error_code error;
+    std::filesystem::path real = std::filesystem::canonical(path, error);
+    return error ? std::filesystem::path() : real;
+}
+
+bool IsInside(const std::filesystem::path& file, const std::filesystem::path& folder)
+{
+    return !file.empty() && !folder.empty() && std::ranges::mismatch(folder, file).in1 == folder.end();
 }
 
 /// The files of the merged entries, and which of them get into each other's way.
@@ -40,6 +49,9 @@ class FileCollector
 {
 public:
     FileCollector(std::vector<MergedFile>& files, const LibraryPlace& output) : m_files(files), m_output(output) {}
+
+    /// @param root that of the library from which the entries that follow come
+    void StartLibrary(const std::string& root) { m_root = RealPath(root); }
 
     void AddFilesOf(const PartslibraryItem& item)
     {
@@ -62,25 +74,32 @@ private:
         if (url == source || url.ends_with('/') || source.find("://") != std::string::npos) {
             return;
         }
-        const auto [known, isNew] = m_sourceOfUrl.try_emplace(url, source);
-        if (!isNew && known->second == source) {
+        std::unordered_set<std::string>& seen = isShape ? m_seenShapes : m_seenPictures;
+        if (seen.contains(source)) {
             return;
         }
-        MergedFile file{source, url, m_output.root.empty() ? std::string() : m_output.root + "/" + url, {}, false};
+        MergedFile file{source, url, m_output.root.empty() ? std::string() : m_output.root + "/" + url};
         file.isMissing = !du::FileSystem::FileReadable(source);
         if (file.isMissing && isDerived) {
             return;
         }
+        seen.insert(source);
+        const auto [first, isNew] = m_sourceOfUrl.try_emplace(url, source);
         if (!isNew) {
-            AddSecond(std::move(file), known->second);
+            AddSecond(std::move(file), first->second);
         } else if (file.target.empty() || !IsAtTarget(file)) {
+            file.isOutside = !file.isMissing && !IsInside(RealPath(source), m_root);
             m_files.push_back(std::move(file));
         }
     }
 
+    /// One file may be named in many ways, and is compared but once.
     void AddSecond(MergedFile file, const std::string& first)
     {
-        if (!file.isMissing && !IsSameContent(file.source, first)) {
+        if (file.isMissing || !m_compared.insert(RealPath(file.source).string() + '\n' + file.url).second) {
+            return;
+        }
+        if (!HasSameContent(file.source, first)) {
             file.rival = first;
             m_files.push_back(std::move(file));
         }
@@ -92,7 +111,7 @@ private:
         if (!du::FileSystem::FileExists(file.target)) {
             return false;
         }
-        if (IsSameContent(file.source, file.target)) {
+        if (file.source == file.target || HasSameContent(file.source, file.target)) {
             return true;
         }
         file.rival = file.isMissing ? std::string() : file.target;
@@ -101,7 +120,11 @@ private:
 
     std::vector<MergedFile>& m_files;
     const LibraryPlace& m_output;
+    std::filesystem::path m_root;
     std::unordered_map<std::string, std::string> m_sourceOfUrl;
+    std::unordered_set<std::string> m_seenShapes;
+    std::unordered_set<std::string> m_seenPictures;
+    std::unordered_set<std::string> m_compared;
 };
 
 class Merger
@@ -127,10 +150,7 @@ public:
         m_loader->GetCategoryList(m_merge.content.categories);
         m_merge.content.information = m_loader->GetCollectionInformation();
         CompareEntries();
-        FileCollector files(m_merge.files, m_output);
-        for (const auto& item : m_merge.content.templates) {
-            files.AddFilesOf(static_cast<const PartslibraryItem&>(*item));
-        }
+        CollectFiles();
         return std::move(m_merge);
     }
 
@@ -198,6 +218,19 @@ private:
         }
     }
 
+    /// The merged entries are those that were taken of the first input, then those of the second, and so on.
+    void CollectFiles()
+    {
+        FileCollector files(m_merge.files, m_output);
+        auto item = m_merge.content.templates.begin();
+        for (std::size_t input = 0; input < m_readings.size(); ++input) {
+            files.StartLibrary(m_readings[input].place.root);
+            for (std::size_t taken = 0; taken < m_merge.inputs[input].entriesTaken; ++taken, ++item) {
+                files.AddFilesOf(static_cast<const PartslibraryItem&>(**item));
+            }
+        }
+    }
+
     const std::vector<LibraryReading>& m_readings;
     const LibraryPlace& m_output;
     Merge m_merge;
@@ -205,10 +238,6 @@ private:
     std::unordered_map<std::string, std::string> m_fileOfCategory;
     std::unordered_map<std::string_view, std::pair<std::string, std::size_t>> m_placeOfName;
 };
-
-bool HasRival(const MergedFile& file) { return !file.rival.empty(); }
-bool IsMissing(const MergedFile& file) { return file.isMissing; }
-bool IsToBring(const MergedFile& file) { return !file.isMissing && file.rival.empty(); }
 
 std::string PlaceText(const std::string& file, std::size_t line)
 {
@@ -235,11 +264,11 @@ ordered_json ConflictsAsJson(const std::vector<MergeConflict>& conflicts, const 
     return list;
 }
 
-ordered_json FilesAsJson(const Merge& merge, bool (*predicate)(const MergedFile&))
+ordered_json FilesAsJson(const Merge& merge, bool (MergedFile::*predicate)() const)
 {
     ordered_json list = ordered_json::array();
     for (const MergedFile& file : merge.files) {
-        if (predicate(file)) {
+        if ((file.*predicate)()) {
             ordered_json json = {{"source", file.source}, {"url", file.url}};
             if (!file.rival.empty()) {
                 json["rival"] = file.rival;
@@ -252,9 +281,9 @@ ordered_json FilesAsJson(const Merge& merge, bool (*predicate)(const MergedFile&
 
 } // namespace
 
-std::size_t Merge::CountFiles(bool (*predicate)(const MergedFile&)) const
+std::size_t Merge::CountFiles(bool (MergedFile::*predicate)() const) const
 {
-    return static_cast<std::size_t>(std::ranges::count_if(files, predicate));
+    return static_cast<std::size_t>(std::ranges::count_if(files, std::mem_fn(predicate)));
 }
 
 Merge MergeLibraries(const std::vector<LibraryReading>& readings, const LibraryPlace& output)
@@ -287,11 +316,14 @@ std::string MergeAsText(const Merge& merge)
                 Printable(differing.from) + " stands\n";
     }
     for (const MergedFile& file : merge.files) {
-        if (HasRival(file)) {
+        if (file.HasRival()) {
             text += "The files " + Printable(file.rival) + " and " + Printable(file.source) +
                     " differ, and both would be " + Printable(file.url) + "\n";
         } else if (file.isMissing) {
             text += "The file " + Printable(file.source) + " is missing or cannot be read\n";
+        } else if (file.isOutside) {
+            text += "The file " + Printable(file.source) +
+                    " is not copied: it lies outside the root of the library that names it\n";
         }
     }
     return text;
@@ -319,9 +351,10 @@ ordered_json MergeAsJson(const Merge& merge)
             {"categoriesJoined", ConflictsAsJson(merge.categoriesJoined, "joins")},
             {"differing", std::move(differing)},
             {"files",
-             {{"toBring", FilesAsJson(merge, IsToBring)},
-              {"rivals", FilesAsJson(merge, HasRival)},
-              {"missing", FilesAsJson(merge, IsMissing)}}}};
+             {{"toBring", FilesAsJson(merge, &MergedFile::IsToBring)},
+              {"rivals", FilesAsJson(merge, &MergedFile::HasRival)},
+              {"missing", FilesAsJson(merge, &MergedFile::IsMissing)},
+              {"outside", FilesAsJson(merge, &MergedFile::IsRefused)}}}};
 }
 
 } // namespace lusym

@@ -44,8 +44,16 @@ struct MergedFile {
     std::string source;
     std::string url; ///< as the merged library names it
     std::string target;
-    std::string rival; ///< another file that is to have the same url, with other content; empty when there is none
+    std::string rival = {}; ///< another file that is to have the same url, with other content; empty when there is none
     bool isMissing = false;
+    /// It does not lie in the root of the library that names it. Such a file is never copied: a library from somebody else
+    /// may name any file of its reader, who may give the result away.
+    bool isOutside = false;
+
+    bool HasRival() const { return !rival.empty(); }
+    bool IsMissing() const { return isMissing; }
+    bool IsRefused() const { return isOutside && !isMissing && rival.empty(); }
+    bool IsToBring() const { return !isOutside && !isMissing && rival.empty(); }
 };
 
 struct Merge {
@@ -58,7 +66,7 @@ struct Merge {
     /// Those that do not lie there already; each target once but for rivals.
     std::vector<MergedFile> files;
 
-    std::size_t CountFiles(bool (*predicate)(const MergedFile&)) const;
+    std::size_t CountFiles(bool (MergedFile::*predicate)() const) const;
 };
 
 /// Merges libraries as the loader does: of two entries with one name the first is kept, of two with one id the later one

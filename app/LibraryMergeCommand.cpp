@@ -29,9 +29,6 @@ struct MergeOptions {
     bool copyFiles = false;
 };
 
-bool HasRival(const MergedFile& file) { return !file.rival.empty(); }
-bool IsToBring(const MergedFile& file) { return !file.isMissing && file.rival.empty(); }
-
 /// Reads every input as a library of the output's kind, so that the merged one names all files as its own.
 std::vector<LibraryReading> ReadInputs(const MergeOptions& options, const LibraryPlace& output, LibrarySource& source,
                                        Progress& progress)
@@ -58,12 +55,12 @@ ExitCode JudgeInputs(const std::vector<LibraryReading>& readings, Progress& prog
     }
     progress.Tell("lusym: " + std::to_string(failed) + " of " + CountOf(readings.size(), "library", "libraries") +
                   " could not be read, so nothing is written.\n");
-    return failed == readings.size() ? ExitCode::InputUnreadable : ExitCode::PartOfBatchFailed;
+    return JudgeReadings(readings);
 }
 
 std::string AboutFiles(const Merge& merge, const MergeOptions& options)
 {
-    const std::size_t count = merge.CountFiles(IsToBring);
+    const std::size_t count = merge.CountFiles(&MergedFile::IsToBring);
     if (count == 0) {
         return std::string();
     }
@@ -94,13 +91,14 @@ bool CopyOne(const MergedFile& file, std::string& error)
         error = Printable(file.target) + ": its folder cannot be made: " + failure.message();
         return false;
     }
-    std::string bytes;
-    if (!ReadFileText(file.source, bytes, error)) {
+    OutputFile target(file.target);
+    const bool isCopied = ReadFileBlocks(
+        file.source, [&target](std::string_view block) { return target.Write(block); }, error);
+    if (!error.empty()) {
         error = Printable(file.source) + " " + error;
         return false;
     }
-    OutputFile target(file.target);
-    if (!target.Write(bytes) || !target.Commit()) {
+    if (!isCopied || !target.Commit()) {
         error = target.GetError();
         return false;
     }
@@ -112,7 +110,7 @@ bool CopyFiles(const Merge& merge, Progress& progress, std::string& error)
     std::size_t done = 0;
     for (const MergedFile& file : merge.files) {
         progress.Step("copying files", done++, merge.files.size());
-        if (IsToBring(file) && !CopyOne(file, error)) {
+        if (file.IsToBring() && !CopyOne(file, error)) {
             return false;
         }
     }
@@ -146,7 +144,7 @@ ExitCode RunMerge(const MergeOptions& options, Progress& progress)
 {
     LibrarySource source(options.library, progress);
     if (!source.IsUsable()) {
-        return ExitCode::Failed;
+        return source.GetFault();
     }
     const LibraryPlace place = PlaceOfOutput(options);
     const std::vector<LibraryReading> readings = ReadInputs(options, place, source, progress);
@@ -159,7 +157,7 @@ ExitCode RunMerge(const MergeOptions& options, Progress& progress)
     if (reported != ExitCode::Done) {
         return reported;
     }
-    if (merge.CountFiles(HasRival) != 0 && options.copyFiles) {
+    if (merge.CountFiles(&MergedFile::HasRival) != 0 && options.copyFiles) {
         progress.Tell("lusym: files that differ would have one place, so nothing is written. Rename one of each.\n");
         return ExitCode::Findings;
     }
@@ -173,9 +171,7 @@ void AddLibraryMerge(CLI::App& library, Invocation& invocation)
     CLI::App& verb = *library.add_subcommand("merge", "Make one library of several");
     const auto options = std::make_shared<MergeOptions>();
     verb.add_option("LIB.xml", options->files, "The libraries, the most important one first")->required();
-    verb.add_option("-o,--output", options->output, "The file to write; - for standard output")
-        ->required()
-        ->type_name("OUT.xml");
+    AddOutputOption(verb, options->output, "OUT.xml");
     verb.add_flag("--dry-run", options->isDryRun, "Report only");
     verb.add_flag("--json", options->asJson, "The report as JSON");
     verb.add_flag("--copy-files", options->copyFiles,
@@ -187,13 +183,14 @@ void AddLibraryMerge(CLI::App& library, Invocation& invocation)
         "categories with one id become one; of units and information the last one stands.\n"
         "Each library's urls start at its own root. OUT.xml names all files in its own folder: that of the\n"
         "delivered library when OUT.xml lies in SymbolsLibrary/standard/ (--origin says otherwise), else that of\n"
-        "the user's. --copy-files never overwrites a file that differs.\n\n"
+        "the user's. --copy-files never overwrites a file that differs, and never copies a file from outside the\n"
+        "root of the library that names it; that is reported.\n\n"
         "Examples:\n"
         "  lusym library merge mine.xml theirs.xml -o all.xml --dry-run\n"
         "  lusym library merge a.xml b.xml -o /srv/symbols/SymbolsLibrary/PartSymbolLibrary.xml --copy-files\n\n"
-        "Exit codes: 0 done; 3 no library could be read; 4 something is not writable; 5 with --copy-files two\n"
-        "files that differ would have one place; 6 some of the libraries could not be read. But for 0 OUT.xml\n"
-        "is as it was.\n");
+        "Exit codes: 0 done; 3 no library could be read; 4 something is not writable; 5 none is a library, or\n"
+        "with --copy-files two files that differ would have one place; 6 some of the libraries could not be read.\n"
+        "But for 0 OUT.xml is as it was.\n");
     verb.callback([options, &invocation] {
         if (options->copyFiles && OutputFile::IsStandardOutput(options->output)) {
             throw CLI::ValidationError("--copy-files", "needs a file as OUT.xml, to know where the library lies");

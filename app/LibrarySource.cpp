@@ -127,16 +127,10 @@ LibrarySource::LibrarySource(const LibraryOptions& options, Progress& progress)
     for (const std::string& problem : m_session->GetProblems()) {
         m_progress.Tell("lusym: " + Printable(problem) + "\n");
     }
-    std::string error;
-    const std::string plugin = FindPlugin();
-    m_plugin = luhost::PluginLibrary::Load(plugin, error);
-    if (!m_plugin) {
-        m_progress.Tell("lusym: the plug-in " + Printable(plugin) + " cannot be loaded: " + Printable(error) +
-                        ". Name another one with LUSYMBOLS_PLUGIN.\n");
-    }
-    if (!options.messages.empty()) {
+    LoadPlugin();
+    if (IsUsable() && !options.messages.empty()) {
         UseMessages(options.messages);
-        m_hasBadMessages = m_messages == nullptr;
+        m_fault = m_messages ? ExitCode::Done : ExitCode::InputUnreadable;
     }
 }
 
@@ -145,6 +139,20 @@ LibrarySource::~LibrarySource()
     if (m_messages) {
         du::MessageCatalog::Remove(m_messages);
     }
+}
+
+void LibrarySource::LoadPlugin()
+{
+    std::string error;
+    const std::string plugin = FindPlugin();
+    m_plugin = luhost::PluginLibrary::Load(plugin, error);
+    if (m_plugin && MakeLoader()) {
+        return;
+    }
+    m_progress.Tell("lusym: the plug-in " + Printable(plugin) +
+                    (m_plugin ? " makes no loader of symbol libraries" : " cannot be loaded: " + Printable(error)) +
+                    ". Name another one with LUSYMBOLS_PLUGIN.\n");
+    m_fault = ExitCode::Failed;
 }
 
 LibraryReading LibrarySource::Read(const std::string& name, bool exportAsStandard)
@@ -158,7 +166,11 @@ LibraryReading LibrarySource::Read(const LibraryPlace& place, bool exportAsStand
     LibraryReading reading{place, false, {}};
     std::string text;
     std::string error;
-    reading.isReadable = ReadFileText(place.path, text, error);
+    const du::SmartPtr<lusymbols::SymbolTemplateLoader> loader = MakeLoader();
+    if (!loader) {
+        error = "finds no loader in the plug-in";
+    }
+    reading.isReadable = loader && ReadFileText(place.path, text, error);
     if (!reading.isReadable) {
         reading.examination.findings.push_back(
             {FindingCode::Unreadable, 0, 0, "the library " + error, "Name the XML file of a library."});
@@ -180,7 +192,7 @@ LibraryReading LibrarySource::Read(const LibraryPlace& place, bool exportAsStand
     options.exportAsStandard = exportAsStandard;
     options.messages = m_messages;
     options.isFileReadable = &du::FileSystem::FileReadable;
-    options.loader = MakeLoader();
+    options.loader = loader;
     options.loader->SetPreferences(preferences);
     reading.examination = ExamineLibrary(std::move(text), options);
     return reading;
@@ -202,8 +214,11 @@ void LibrarySource::UseMessages(const std::string& file)
     luhost::MessageFile::Result result = luhost::MessageFile::Read(file);
     if (!result) {
         const std::string line = result.line == 0 ? std::string() : ":" + std::to_string(result.line);
-        m_progress.Tell(Printable(file) + line + ": warning: the messages cannot be read: " + Printable(result.reason) +
-                        ". Texts that are named by key show the key.\n");
+        const bool isAskedFor = file == m_options.messages;
+        m_progress.Tell(
+            Printable(file) + line + (isAskedFor ? ": error" : ": warning") +
+            ": the messages cannot be read: " + Printable(result.reason) +
+            (isAskedFor ? ". Name another file with --messages.\n" : ". Texts that are named by key show the key.\n"));
         return;
     }
     m_messages = std::move(result.table);
@@ -219,7 +234,7 @@ void LibrarySource::ChooseLanguage()
         m_language = m_options.language;
         if (std::ranges::find(known, m_language) == known.end()) {
             m_progress.Tell("lusym: warning: the messages have no language " + Quote(m_language) + ". They have " +
-                            CLI::detail::join(known, ", ") + ".\n");
+                            Printable(CLI::detail::join(known, ", ")) + ".\n");
         }
     } else {
         for (const std::string& language : LanguagesOfUser()) {
@@ -234,9 +249,9 @@ void LibrarySource::ChooseLanguage()
 
 du::SmartPtr<lusymbols::SymbolTemplateLoader> LibrarySource::MakeLoader() const
 {
-    auto loader =
-        du::DynamicCast<lusymbols::SymbolTemplateLoader>(m_plugin->CreateComponent("load", "template", "symbol"));
-    return loader ? loader : du::MakeCounted<lusymbols::SymbolTemplateLoader>();
+    du::SmartPtr<du::RefCounted> component;
+    const bool isKnown = m_plugin->CreateComponent("load", "template", "symbol", component);
+    return isKnown ? du::DynamicCast<lusymbols::SymbolTemplateLoader>(component) : nullptr;
 }
 
 void AddLibraryOptions(CLI::App& verb, LibraryOptions& options, bool withShared)
@@ -266,6 +281,18 @@ void TellEffects(const LibraryReading& reading, Progress& progress)
             progress.Tell(FormatFinding(reading.place.name, finding));
         }
     }
+}
+
+ExitCode JudgeReadings(const std::vector<LibraryReading>& readings)
+{
+    const auto isRead = [](const LibraryReading& reading) { return reading.examination.isRead; };
+    if (std::ranges::all_of(readings, isRead)) {
+        return ExitCode::Done;
+    }
+    if (std::ranges::any_of(readings, isRead)) {
+        return ExitCode::PartOfBatchFailed;
+    }
+    return std::ranges::all_of(readings, &LibraryReading::isReadable) ? ExitCode::Findings : ExitCode::InputUnreadable;
 }
 
 } // namespace lusym

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ExitCode.h"
 #include "LibraryExamination.h"
 #include "TemporaryFolder.h"
 
@@ -65,7 +66,9 @@ public:
     LibrarySource(const LibrarySource&) = delete;
     LibrarySource& operator=(const LibrarySource&) = delete;
 
-    bool IsUsable() const { return m_plugin != nullptr && !m_hasBadMessages; }
+    bool IsUsable() const { return m_fault == ExitCode::Done; }
+    /// How the program has to end when the source is not usable.
+    ExitCode GetFault() const { return m_fault; }
 
     /// Reads one library and makes its root and its messages those of the session.
     LibraryReading Read(const std::string& name, bool exportAsStandard = false);
@@ -77,8 +80,10 @@ public:
     const std::string& GetLanguage() const { return m_language; }
 
 private:
+    void LoadPlugin();
     void UseMessages(const std::string& file);
     void ChooseLanguage();
+    /// Null when the plug-in makes none.
     du::SmartPtr<lusymbols::SymbolTemplateLoader> MakeLoader() const;
 
     const LibraryOptions m_options;
@@ -89,8 +94,11 @@ private:
     std::string m_messageFile;
     std::shared_ptr<const du::MessageTable> m_messages;
     std::string m_language;
-    bool m_hasBadMessages = false;
+    ExitCode m_fault = ExitCode::Done;
 };
+
+/// @return Done when every library was read; else whether some were, all are no libraries, or one could not be opened
+ExitCode JudgeReadings(const std::vector<LibraryReading>& readings);
 
 /// The options --root, --origin, --messages and --lang.
 /// @param withShared whether a library may be read as the shared one, of which nothing can be written

@@ -9,15 +9,7 @@
 namespace lusym
 {
 
-MessageKeyExaminer::MessageKeyExaminer(std::shared_ptr<const du::MessageTable> table) : m_table(std::move(table))
-{
-    if (m_table) {
-        for (const std::string& language : m_table->GetLanguages()) {
-            const std::vector<std::string> keys = m_table->GetMissingKeys(language);
-            m_missing.emplace_back(keys.begin(), keys.end());
-        }
-    }
-}
+MessageKeyExaminer::MessageKeyExaminer(std::shared_ptr<const du::MessageTable> table) : m_table(std::move(table)) {}
 
 void MessageKeyExaminer::Examine(std::string_view key, std::size_t line, std::vector<Finding>& findings)
 {
@@ -47,15 +39,19 @@ void MessageKeyExaminer::Finish(std::vector<Finding>& findings) const
 
 std::string MessageKeyExaminer::MissingLanguages(std::string_view key) const
 {
-    const std::vector<std::string>& languages = m_table->GetLanguages();
-    const std::string ownedKey(key);
+    constexpr std::size_t kMostNamed = 5;
+    const std::string& defaultLanguage = m_table->GetDefaultLanguage();
+    const std::string* const fallback = m_table->Find(key, defaultLanguage);
     std::string missing;
-    for (std::size_t index = 0; index < languages.size(); ++index) {
-        if (m_missing[index].contains(ownedKey) || !m_table->Find(key, languages[index])) {
-            missing.append(missing.empty() ? "" : ", ").append(Printable(languages[index]));
+    std::size_t count = 0;
+    for (const std::string& language : m_table->GetLanguages()) {
+        // A language without a text of its own answers with the very text of the default language.
+        const bool isMissing = language == defaultLanguage ? !fallback : m_table->Find(key, language) == fallback;
+        if (isMissing && ++count <= kMostNamed) {
+            missing.append(count == 1 ? "" : ", ").append(Printable(language));
         }
     }
-    return missing;
+    return count <= kMostNamed ? missing : missing + " and " + std::to_string(count - kMostNamed) + " more";
 }
 
 } // namespace lusym

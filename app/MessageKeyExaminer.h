@@ -34,8 +34,6 @@ private:
     std::string MissingLanguages(std::string_view key) const;
 
     const std::shared_ptr<const du::MessageTable> m_table;
-    /// For each language of the table the keys that it lacks.
-    std::vector<std::unordered_set<std::string>> m_missing;
     std::unordered_set<std::string_view> m_seen;
     std::size_t m_uses = 0;
     std::size_t m_firstLine = 0;

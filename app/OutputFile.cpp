@@ -4,8 +4,28 @@
 #include "Printable.h"
 #include "TemporaryFolder.h"
 
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <system_error>
+
 namespace lusym
 {
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+/// A pipe, a terminal or another device, also behind a link such as /dev/stdout.
+bool IsStream(const std::string& name)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(name, error);
+    return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
+}
+
+} // namespace
 
 OutputFile::OutputFile(const std::string& name) : m_name(name)
 {
@@ -17,6 +37,9 @@ OutputFile::OutputFile(const std::string& name) : m_name(name)
             return;
         }
         target = m_folder->GetFilePath();
+    } else if (IsStream(name)) {
+        Fail("it is no file that could be replaced; write to standard output with -o -");
+        return;
     }
     const InterruptHold hold;
     m_file = std::make_unique<luhost::AtomicFile>(target);
@@ -31,6 +54,12 @@ OutputFile::~OutputFile()
 {
     const InterruptHold hold;
     m_file.reset();
+}
+
+bool OutputFile::IsFile(const std::string& name, const std::string& path)
+{
+    std::error_code error;
+    return !IsStandardOutput(name) && fs::equivalent(name, path, error);
 }
 
 const std::string& OutputFile::GetPathToFill() const
@@ -66,8 +95,23 @@ bool OutputFile::Commit()
 
 bool OutputFile::Fail(const std::string& reason)
 {
-    m_error = IsStandardOutput(m_name) ? reason : Printable(m_name) + ": cannot be written: " + Printable(reason);
+    m_error =
+        (IsStandardOutput(m_name) ? std::string() : Printable(m_name) + ": cannot be written: ") + Printable(reason);
     return false;
+}
+
+void AddOutputOption(CLI::App& verb, std::string& output, const std::string& typeName)
+{
+    const auto refuseEmpty = [](const std::string& name) {
+        if (name.empty()) {
+            throw CLI::ArgumentMismatch("-o needs the name of a file");
+        }
+        return std::string();
+    };
+    verb.add_option("-o,--output", output, "The file to write; - for standard output")
+        ->required()
+        ->check(refuseEmpty)
+        ->type_name(typeName);
 }
 
 } // namespace lusym

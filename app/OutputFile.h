@@ -8,6 +8,11 @@
 #include <string>
 #include <string_view>
 
+namespace CLI
+{
+class App;
+}
+
 namespace lusym
 {
 
@@ -29,6 +34,9 @@ public:
 
     static bool IsStandardOutput(const std::string& name) { return name == "-"; }
 
+    /// Whether the name is another one of the file at this path.
+    static bool IsFile(const std::string& name, const std::string& path);
+
     /// Empty after an error.
     const std::string& GetPathToFill() const;
 
@@ -46,5 +54,8 @@ private:
     std::unique_ptr<luhost::AtomicFile> m_file;
     std::unique_ptr<InterruptCleanup> m_cleanup;
 };
+
+/// The option --output, which has to be given.
+void AddOutputOption(CLI::App& verb, std::string& output, const std::string& typeName);
 
 } // namespace lusym

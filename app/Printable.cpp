@@ -1,5 +1,6 @@
 #include "Printable.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 
@@ -75,6 +76,25 @@ std::string Printable(std::string_view text)
             out.append(text.substr(0, character.length));
         }
         text.remove_prefix(character.length == 0 ? 1 : character.length);
+    }
+    return out;
+}
+
+std::string PrintableJson(std::string_view json)
+{
+    std::string out;
+    out.reserve(json.size());
+    while (!json.empty()) {
+        const Character character = FirstCharacter(json);
+        // Below these JSON escapes by itself, but for the line feeds of its layout.
+        if (character.code >= 0x7F && (IsControl(character.code) || TurnsDirection(character.code))) {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\u%04x", character.code & 0xFFFFU);
+            out.append(escape);
+        } else {
+            out.append(json.substr(0, std::max<std::size_t>(character.length, 1)));
+        }
+        json.remove_prefix(std::max<std::size_t>(character.length, 1));
     }
     return out;
 }

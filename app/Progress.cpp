@@ -31,7 +31,7 @@ void Progress::Step(std::string_view what, std::size_t done, std::size_t total)
             line["done"] = done;
             line["total"] = total;
         }
-        Put(line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+        Put(PrintableJson(line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)) + "\n");
     } else if (m_form == Form::Line) {
         Clear();
         std::string line = Printable(what);

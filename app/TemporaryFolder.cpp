@@ -1,5 +1,7 @@
 #include "TemporaryFolder.h"
 
+#include "Printable.h"
+
 #include <du/FileSystem.h>
 
 #include <cerrno>
@@ -18,7 +20,7 @@ TemporaryFolder::TemporaryFolder()
     std::string path = (error ? std::filesystem::path("/tmp") : parent) / "lusym-XXXXXX";
     const InterruptHold hold;
     if (!mkdtemp(path.data())) {
-        m_error = "cannot make the temporary folder \"" + path + "\": " + std::strerror(errno);
+        m_error = "cannot make the temporary folder \"" + Printable(path) + "\": " + std::strerror(errno);
         return;
     }
     m_path = path;

@@ -1,9 +1,11 @@
+#include "LibraryText.h"
 #include "Process.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <csignal>
 #include <filesystem>
 #include <set>
 #include <sstream>
@@ -17,6 +19,8 @@ using test::ProcessOptions;
 using test::ProcessResult;
 using test::RunLusym;
 using test::TemporaryFolder;
+
+constexpr const char* kExample = EXAMPLE_LIBRARY "/SymbolsLibrary/PartSymbolLibrary.xml";
 
 TEST(CommandLine, TellsHowItIsUsedWhenItIsUsedWrongly)
 {
@@ -35,6 +39,9 @@ TEST(CommandLine, TellsHowItIsUsedWhenItIsUsedWrongly)
         {{"library", "format", "a", "-o", "b", "--origin=shared"}, "lusym: --origin: shared not in {user,delivered}."},
         {{"library", "merge", "a", "-o", "-", "--copy-files"}, "lusym: --copy-files: needs a file as OUT.xml"},
         {{"library", "check", "a", "--progress=loud"}, "lusym: --progress: "},
+        {{"library", "format", "a", "-o", ""}, "lusym: -o needs the name of a file. Run"},
+        {{"library", "merge", "a", "-o", ""}, "lusym: -o needs the name of a file. Run"},
+        {{"library", "gallery", "a", "-o", ""}, "lusym: -o needs the name of a file. Run"},
     };
     for (const auto& entry : cases) {
         const ProcessResult result = RunLusym(entry.arguments);
@@ -78,13 +85,147 @@ TEST(CommandLine, TellsThatStandardOutputIsFull)
     }
 }
 
-TEST(CommandLine, TellsWhyThePluginIsMissing)
+TEST(CommandLine, TellsWhyThePluginIsOfNoUse)
 {
+    const std::string noLoader = "the plug-in " ODD_PLUGIN " makes no loader of symbol libraries. Name another one";
+    const struct {
+        std::string plugin;
+        std::string answer;
+        std::string message;
+    } cases[] = {
+        {"/nowhere/plugin.so", "", "the plug-in /nowhere/plugin.so cannot be loaded: "},
+        {ODD_PLUGIN, "unknown", noLoader},
+        {ODD_PLUGIN, "nothing", noLoader},
+        {ODD_PLUGIN, "another class", noLoader},
+    };
+    for (const auto& entry : cases) {
+        ProcessOptions options;
+        options.environment = {"LUSYMBOLS_PLUGIN=" + entry.plugin, "ODD_PLUGIN=" + entry.answer};
+        const ProcessResult result = RunLusym({"library", "list", kExample}, options);
+        EXPECT_EQ(result.exitCode, 1) << entry.answer;
+        EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err.find(entry.message), std::string::npos) << result.err;
+    }
+}
+
+/// One document that cannot be opened and two that are no library end every verb alike.
+TEST(CommandLine, EveryVerbTellsAMissingInputFromABrokenOne)
+{
+    const TemporaryFolder folder;
+    const std::string out = folder.Path("out");
+    const std::string library = folder.Write("lib.xml", test::Library(test::Symbol("a", "A")));
+    const std::string missing = folder.Path("none.xml");
+    const std::pair<std::string, int> inputs[] = {
+        {missing, 3},
+        {folder.Path(), 3},
+        {folder.Write("broken.xml", "<drellin-library>"), 5},
+        {folder.Write("other.xml", "<other/>"), 5},
+        {folder.Write("empty.xml", "<drellin-library/>"), 5},
+    };
+    for (const std::string verb : {"check", "list", "format", "merge", "gallery"}) {
+        const auto run = [&](std::vector<std::string> arguments) {
+            arguments.insert(arguments.begin(), {"library", verb});
+            if (verb != "check" && verb != "list") {
+                arguments.insert(arguments.end(), {"-o", out});
+            }
+            return RunLusym(arguments);
+        };
+        for (const auto& [input, exitCode] : inputs) {
+            EXPECT_EQ(run({input}).exitCode, exitCode) << verb << " " << input;
+        }
+        const ProcessResult messages = run({library, "--messages", missing});
+        EXPECT_EQ(messages.exitCode, 3) << verb;
+        EXPECT_NE(messages.err.find(missing + ": error: the messages cannot be read: "), std::string::npos)
+            << messages.err;
+        if (verb == "merge" || verb == "gallery") {
+            EXPECT_EQ(run({inputs[2].first, inputs[3].first}).exitCode, 5) << verb;
+            EXPECT_EQ(run({inputs[2].first, missing}).exitCode, 3) << verb;
+            EXPECT_EQ(run({inputs[2].first, missing, library}).exitCode, 6) << verb;
+        }
+    }
+    EXPECT_FALSE(std::filesystem::exists(out));
+}
+
+TEST(CommandLine, DocumentsCannotSteerTheTerminal)
+{
+    const TemporaryFolder folder;
+    const std::string control = "\x1b[31m\xC2\x9B";
+    const std::string library = folder.Write("lib.xml", test::Library(test::Symbol("a", "A")));
+    const std::string broken = folder.Write("e.xml", "<drellin-library><a></\x1b[31mX>");
+    const std::string messages =
+        folder.Write("m.xml", "<messages table=\"lubase:lumodulesStrings\" default=\"en\"><message key=\"K\">"
+                              "<text lang=\"en\">T</text><text lang=\"x\xC2\x9B\">T</text></message></messages>");
+    const std::vector<std::string> commands[] = {
+        {"library", "check", broken},
+        {"library", "list", broken},
+        {"library", "list", library, "--messages", messages, "--lang=xx"},
+        {"library", "list", library, "--lang", control, "--messages", messages},
+        {"library", "list", control, "--progress=json"},
+        {"library", "check", control, "--json"},
+        {"library", "gallery", library, "-o", folder.Path("none/" + control)},
+        {"library", control},
+    };
+    for (const std::vector<std::string>& command : commands) {
+        const ProcessResult result = RunLusym(command);
+        const std::string all = result.out + result.err;
+        EXPECT_NE(all, "");
+        EXPECT_EQ(all.find_first_of("\x1b\x9B"), std::string::npos) << all;
+    }
+}
+
+/// A file that takes the number of a closed stream must not get what is meant for the stream.
+TEST(CommandLine, KeepsMessagesOutOfFilesWhenStreamsAreClosed)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.Write("lib.xml", test::Library(test::Symbol("a", "A")));
+    const std::string expected = folder.Path("expected.html");
+    ASSERT_EQ(RunLusym({"library", "gallery", file, "-o", expected}).exitCode, 0);
+    const struct {
+        std::string arguments;
+        int exitCode;
+    } cases[] = {
+        {"gallery " + file + " -o " + folder.Path("g.html") + " 2>&-", 0},
+        {"gallery " + file + " -o " + folder.Path("g.html") + " 0<&- 1>&- 2>&-", 0},
+        {"list " + file + " 1>&-", 4},
+        {"gallery " + file + " -o - 1>&-", 4},
+    };
+    for (const auto& entry : cases) {
+        const ProcessResult result = test::RunProcess({"/bin/sh", "-c", LUSYM_PROGRAM " library " + entry.arguments});
+        EXPECT_EQ(result.exitCode, entry.exitCode) << entry.arguments << ": " << result.err;
+        EXPECT_EQ(folder.Read("g.html"), TemporaryFolder::ReadFile(expected)) << entry.arguments;
+    }
+}
+
+TEST(CommandLine, LeavesNothingBehindWhenASignalEndsIt)
+{
+    std::string entries;
+    for (int entry = 0; entry < 20000; ++entry) {
+        entries += test::Symbol("id" + std::to_string(entry), "Name " + std::to_string(entry)) + "\n";
+    }
+    const TemporaryFolder folder;
+    const std::string file = folder.Write("lib.xml", test::Library(entries));
+    const TemporaryFolder temporary;
     ProcessOptions options;
-    options.environment = {"LUSYMBOLS_PLUGIN=/nowhere/plugin.so"};
-    const ProcessResult result = RunLusym({"library", "check", "x"}, options);
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_NE(result.err.find("the plug-in /nowhere/plugin.so cannot be loaded: "), std::string::npos) << result.err;
+    options.environment = {"TMPDIR=" + temporary.Path()};
+    for (const int signalNumber : {SIGHUP, SIGQUIT, SIGXCPU}) {
+        options.signalNumber = signalNumber;
+        options.signalWhenExists = temporary.Path("lusym-");
+        EXPECT_EQ(RunLusym({"library", "check", file, "--strict"}, options).signalNumber, signalNumber);
+        EXPECT_TRUE(std::filesystem::is_empty(temporary.Path())) << signalNumber;
+    }
+    // The reader goes after the first line, with SIGPIPE as a shell leaves it.
+    options.signalNumber = 0;
+    const std::string command = LUSYM_PROGRAM " library list " + file + " --json";
+    const ProcessResult piped = test::RunProcess({"/bin/sh", "-c", command + " | head -1"}, options);
+    EXPECT_EQ(piped.out, "{\n");
+    EXPECT_TRUE(std::filesystem::is_empty(temporary.Path()));
+}
+
+TEST(CommandLine, NamesStandardOutputWhereAStreamIsTheOutput)
+{
+    const ProcessResult result = RunLusym({"library", "format", kExample, "-o", "/dev/stdout"});
+    EXPECT_EQ(result.exitCode, 4);
+    EXPECT_NE(result.err.find("write to standard output with -o -"), std::string::npos) << result.err;
 }
 
 TEST(Demo, WalksTheWholeRoad)

@@ -107,6 +107,18 @@ TEST(LibraryExamination, TellsEachFaultOfAnEntryAtItsLine)
          {"tag-before-name"}},
         {Library(Symbol("a", "A", tag + "><quantity unti=\"Nm\">2</quantity></tag></tags>")), {"unknown-attribute"}},
         {Library(Symbol("a", "A", "<tags>\n§<tag type=\"COLOUR\"/></tags><tags/>")), {"unknown-tag-type"}},
+        {Library(Symbol("a", "A", "<flip horizontal=\"true\"/><flip vertical=\"true\"/>")), {}},
+        {Library(Symbol("a", "A", "<rotate left=\"1\"/><rotate right=\"2\"/>\n§<rotate left=\"3\"/>")),
+         {"repeated-child"}},
+        {Library(Symbol("a", "A", "\n§<tooltip>a&#13;&#10;b</tooltip>")), {"carriage-return"}},
+        {Library(Symbol("a", "A", "\n§<tooltip>a&#xD;\nb</tooltip>")), {"carriage-return"}},
+        {Library(Symbol("a", "A", "\n§<description>a\r\r\nb</description>")), {"carriage-return"}},
+        {Library(Symbol("a", "A", "<tooltip>a\r\nb</tooltip>")), {}},
+        {Library(Symbol("a", "A", tag + "><quantity unit=\"&#13;&#10;m\">2</quantity></tag></tags>")),
+         {"carriage-return"}},
+        {Library("", "", Category("c", "§C\r")), {"carriage-return"}},
+        {"<drellin-library>\n§<units>m&#13;</units><information/><categories/><shapes/><symbols/></drellin-library>",
+         {"carriage-return"}},
     };
     for (const Case& entry : cases) {
         ExpectFindings(entry);
@@ -307,6 +319,44 @@ TEST(LibraryExamination, NamesTheLanguagesThatLackAMessage)
     ASSERT_EQ(without.findings.size(), 2u) << Describe(without.findings);
     EXPECT_EQ(without.findings[0].text, "6 texts are named by key from here on and there is no message table, so that "
                                         "keys are shown");
+}
+
+TEST(LibraryExamination, NamesFiveLanguagesAtMost)
+{
+    const auto table = std::make_shared<du::MessageTable>("lubase:lumodulesStrings", "en");
+    for (const char* const language : {"en", "de", "fr", "it", "es", "pt", "nl", "sv"}) {
+        table->Add("FULL", language, "Full");
+    }
+    table->Add("HALF", "en", "Half");
+    table->Add("HALF", "fr", "Half");
+    ExaminationOptions options;
+    options.messages = table;
+    const Examination result = ExamineLibrary(
+        Library(Symbol("a", "A", "<description locid=\"HALF\"/>") + Symbol("b", "B", "<description locid=\"FULL\"/>")),
+        options);
+    ASSERT_EQ(result.findings.size(), 1u) << Describe(result.findings);
+    EXPECT_EQ(result.findings[0].text, "the message table has no text for \"HALF\" in de, it, es, pt, nl and 1 more");
+}
+
+TEST(LibraryExamination, AnswersLongLinesAndLongElements)
+{
+    constexpr std::size_t kCount = 30'000;
+    std::string comments;
+    std::string attributes = "<flip ";
+    for (std::size_t index = 0; index < kCount; ++index) {
+        comments += "<!---->";
+        attributes += "x='' ";
+    }
+    for (std::size_t index = 0; index < kCount; ++index) {
+        attributes += "vertical='true' ";
+    }
+    const Examination result = ExamineLibrary(Library(comments + Symbol("a", "A", attributes + "/>") + comments), {});
+    const auto is = [](FindingCode code) {
+        return [code](const Finding& finding) { return finding.code == code && finding.line == 12; };
+    };
+    EXPECT_EQ(std::ranges::count_if(result.findings, is(FindingCode::Comment)), std::ptrdiff_t{2 * kCount});
+    EXPECT_EQ(std::ranges::count_if(result.findings, is(FindingCode::UnknownAttribute)),
+              std::ptrdiff_t{2 * kCount - 1});
 }
 
 TEST(LibraryExamination, LooksForEachFileOnce)

@@ -105,6 +105,26 @@ TEST(LibraryFormat, TellsWhichUrlsItRewrites)
                               "\"SymbolsLibrary/standard/2D/p.png\""),
               std::string::npos)
         << result.err;
+
+    std::string text = Library(Symbol("a", "A"));
+    text.erase(text.find("SymbolsLibrary/2D/p.png"), std::string("SymbolsLibrary/2D/p.png").size());
+    folder.Write("SymbolsLibrary/lib.xml", text);
+    const ProcessResult empty = RunLusym({"library", "format", file, "-o", "-"});
+    EXPECT_NE(empty.out.find("<image url=\"SymbolsLibrary/2D/\"/>"), std::string::npos) << empty.out;
+    EXPECT_NE(empty.err.find("the empty url would be written as the folder \"SymbolsLibrary/2D/\""), std::string::npos)
+        << empty.err;
+    EXPECT_NE(RunLusym({"library", "check", file}).out.find("[missing-url]"), std::string::npos);
+}
+
+TEST(LibraryFormat, TellsOfCarriageReturnsThatDoNotComeBack)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.Write("lib.xml", Library(Symbol("a", "A", "<tooltip>a&#13;&#10;b</tooltip>")));
+    const ProcessResult first = RunLusym({"library", "format", file, "-o", file});
+    EXPECT_NE(first.err.find("[carriage-return]"), std::string::npos) << first.err;
+    const ProcessResult second = RunLusym({"library", "format", file, "-o", "-"});
+    EXPECT_NE(second.out.find("a\nb"), std::string::npos) << second.out;
+    EXPECT_EQ(second.err.find("[carriage-return]"), std::string::npos) << second.err;
 }
 
 TEST(LibraryFormat, LeavesTheOldFileWhenTheNewOneCannotBeWritten)

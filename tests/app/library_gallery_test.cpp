@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,23 @@ TEST(LibraryGallery, ShowsTheRowsOfAllLibraries)
     EXPECT_TRUE(groups[1]["rows"].empty());
 }
 
+TEST(LibraryGallery, RefusesMoreRowsThanItsLimit)
+{
+    const TemporaryFolder folder;
+    std::string symbols;
+    std::string categories;
+    for (int index = 0; index < 1500; ++index) {
+        symbols += Symbol(std::to_string(index), "S" + std::to_string(index));
+        categories += Category("c");
+    }
+    const std::string file = folder.Write("lib.xml", Library(symbols, "", categories));
+    const ProcessResult result = RunLusym({"library", "gallery", file, "-o", folder.Path("gallery.html")});
+    EXPECT_EQ(result.exitCode, 5);
+    EXPECT_NE(result.err.find("the gallery would have 2250000 rows, and 2000000 are the most"), std::string::npos)
+        << result.err;
+    EXPECT_EQ(folder.Read("gallery.html"), "");
+}
+
 TEST(LibraryGallery, MakesAPageOfTheExample)
 {
     const TemporaryFolder folder;
@@ -73,6 +91,35 @@ TEST(LibraryGallery, NamesThumbnailsThatCannotBeShown)
     EXPECT_NE(result.err.find("the thumbnail " + folder.Path("SymbolsLibrary/2D/p_64x64.png") + " cannot be shown"),
               std::string::npos)
         << result.err;
+}
+
+TEST(LibraryGallery, NeverReplacesWhatItReads)
+{
+    const TemporaryFolder folder;
+    const std::string text = Library(Symbol("1", "Mine"));
+    const std::string file = folder.Write("lib.xml", text);
+    const std::string other = folder.Write("other/lib.xml", text);
+    const std::string messages = "<messages table=\"lubase:lumodulesStrings\" default=\"en\"/>";
+    folder.Write("messages.xml", messages);
+    std::filesystem::create_symlink(file, folder.Path("link.xml"));
+    std::filesystem::create_hard_link(file, folder.Path("hard.xml"));
+    const std::vector<std::string> commands[] = {
+        {file, "-o", file},
+        {file, "--json", "-o", file},
+        {file, "-o", folder.Path("link.xml")},
+        {folder.Path("hard.xml"), "-o", file},
+        {other, "--shared", file, "-o", file},
+        {file, "-o", folder.Path("messages.xml")},
+    };
+    for (const std::vector<std::string>& command : commands) {
+        std::vector<std::string> arguments = {"library", "gallery"};
+        arguments.insert(arguments.end(), command.begin(), command.end());
+        const ProcessResult result = RunLusym(arguments);
+        EXPECT_EQ(result.exitCode, 2) << result.err;
+        EXPECT_NE(result.err.find(command.back() + " is read for the gallery"), std::string::npos) << result.err;
+        EXPECT_EQ(folder.Read("lib.xml"), text);
+        EXPECT_EQ(folder.Read("messages.xml"), messages);
+    }
 }
 
 TEST(LibraryGallery, WritesNothingUnlessEveryLibraryIsRead)

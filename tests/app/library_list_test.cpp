@@ -122,6 +122,18 @@ TEST(LibraryList, WritesEveryField)
     EXPECT_EQ(symbol["tags"][0]["units"], "Nm");
 }
 
+TEST(LibraryList, EscapesInJsonWhatCouldDisturbATerminal)
+{
+    const std::string name = "\xC3\x84\xE6\x97\xA5\xF0\x9F\x94\xA9 \x7F|\xC2\x9B|\xE2\x80\xAE|\xD8\x9C|\xE2\x81\xA9";
+    const TemporaryFolder folder;
+    const ProcessResult result =
+        RunLusym({"library", "list", folder.Write("lib.xml", Library(Symbol("a", name))), "--json"});
+    EXPECT_NE(result.out.find("\"\xC3\x84\xE6\x97\xA5\xF0\x9F\x94\xA9 \\u007f|\\u009b|\\u202e|\\u061c|\\u2069\""),
+              std::string::npos)
+        << result.out;
+    EXPECT_EQ(nlohmann::json::parse(result.out).at("entries")[0]["name"], name);
+}
+
 TEST(LibraryList, TakesTheLanguageOfTheUser)
 {
     const std::string file = EXAMPLE_LIBRARY "/SymbolsLibrary/standard/PartSymbolLibrary.xml";

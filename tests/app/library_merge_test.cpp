@@ -1,3 +1,4 @@
+#include "FileText.h"
 #include "LibraryText.h"
 #include "Process.h"
 #include "support/TemporaryFolder.h"
@@ -104,11 +105,72 @@ TEST_F(LibraryMerge, NeverOverwritesAFileThatDiffers)
     EXPECT_FALSE(std::filesystem::exists(m_folder.Path("out/SymbolsLibrary/2D/bolt.png")));
 
     // Two inputs that want one place for different pictures.
-    m_folder.Write("b" + std::string(kLibrary), Library(Picture("3", "Screw", "bolt")));
+    m_folder.Write("b" + std::string(kLibrary),
+                   Library(Picture("3", "Screw", "bolt") + Picture("4", "Short screw", "bolt") +
+                           Picture("5", "Long screw", "../2D/bolt")));
     m_folder.Write("b/SymbolsLibrary/2D/bolt.png", "another bolt");
     const ProcessResult rivals = RunLusym({"library", "merge", m_a, m_b, "-o", m_folder.Path("x.xml"), "--dry-run"});
-    EXPECT_NE(rivals.out.find(" differ, and both would be SymbolsLibrary/2D/bolt.png\n"), std::string::npos)
-        << rivals.out;
+    const std::size_t told = rivals.out.find(" differ, and both would be SymbolsLibrary/2D/bolt.png\n");
+    EXPECT_NE(told, std::string::npos) << rivals.out;
+    EXPECT_EQ(rivals.out.find("would be SymbolsLibrary/2D/bolt.png\n", told + 30), std::string::npos) << rivals.out;
+}
+
+TEST_F(LibraryMerge, CopiesNothingFromOutsideTheRootOfALibrary)
+{
+    MakeOutFolder();
+    const std::string secret = m_folder.Write("secret.png", "secret");
+    m_folder.Write("a2/secret.png", "secret");
+    const std::string pictures = m_folder.Path("a/SymbolsLibrary/2D/");
+    std::filesystem::create_symlink(secret, pictures + "link.png");
+    std::filesystem::create_symlink("bolt.png", pictures + "near.png");
+    const struct {
+        std::string url;
+        std::string name;
+        bool isCopied;
+    } cases[] = {
+        {secret, "secret.png", false},
+        {"SymbolsLibrary/../../secret.png", "secret.png", false},
+        {m_folder.Path("a2/secret.png"), "secret.png", false},
+        {"SymbolsLibrary/2D/link.png", "link.png", false},
+        {"/proc/self/status", "status", false},
+        {"/dev/null", "null", false},
+        {"SymbolsLibrary/2D/near.png", "near.png", true},
+        {pictures + "../2D/bolt.png", "bolt.png", true},
+    };
+    for (const auto& entry : cases) {
+        m_folder.Write(
+            "a" + std::string(kLibrary),
+            Library("<symbol id=\"1\" categoryId=\"c\"><name>N</name><image url=\"" + entry.url + "\"/></symbol>"));
+        const ProcessResult result = RunLusym({"library", "merge", m_a, "-o", m_out, "--copy-files"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(std::filesystem::exists(m_folder.Path("out/SymbolsLibrary/2D/" + entry.name)), entry.isCopied)
+            << entry.url;
+        const bool isTold = result.out.find(" is not copied: it lies outside the root") != std::string::npos ||
+                            result.out.find(" is missing or cannot be read") != std::string::npos;
+        EXPECT_EQ(isTold, !entry.isCopied) << result.out;
+    }
+}
+
+TEST(FileText, ReadsAndComparesInBlocks)
+{
+    const TemporaryFolder folder;
+    std::string error;
+    for (const std::size_t size : {0U, 1U, 262144U, 262145U, 600000U}) {
+        const std::string text(size, 'x');
+        const std::string a = folder.Write("a", text);
+        EXPECT_TRUE(lusym::HasSameContent(a, folder.Write("b", text))) << size;
+        EXPECT_FALSE(lusym::HasSameContent(a, folder.Write("b", text + "x"))) << size;
+        EXPECT_FALSE(size != 0 && lusym::HasSameContent(a, folder.Write("b", text.substr(1) + "y"))) << size;
+        EXPECT_FALSE(lusym::HasSameContent(a, folder.Path()) || lusym::HasSameContent(folder.Path("none"), a));
+        std::string read;
+        const auto take = [&read](std::string_view block) { return read.append(block).size() != 262144; };
+        EXPECT_EQ(lusym::ReadFileBlocks(a, take, error), size < 262144) << size;
+        EXPECT_EQ(error, "");
+        EXPECT_EQ(read, text.substr(0, 262144)) << size;
+    }
+    EXPECT_FALSE(lusym::ReadFileBlocks(
+        folder.Path(), [](std::string_view) { return true; }, error));
+    EXPECT_EQ(error, "is a folder");
 }
 
 TEST_F(LibraryMerge, WritesNothingUnlessEveryInputIsRead)
