@@ -74,7 +74,7 @@ Origin OriginOf(const std::string& name, const fs::path& file)
 std::string DefaultMessageFile(const fs::path& root)
 {
     for (const fs::path& folder : {root, root.parent_path()}) {
-        const std::string file = folder / kMessageFileName;
+        std::string file = folder / kMessageFileName;
         if (du::FileSystem::FileReadable(file)) {
             return file;
         }
