@@ -15,13 +15,14 @@ install(TARGETS luhost lusymbols lusym EXPORT lusymbolsTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
-foreach(folder lukutils dom luk luann luk_illustration lukapp luapi_illustration luhost)
+foreach(folder ${host_folders})
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/host/${folder}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/luhost
     FILES_MATCHING PATTERN "*.h" ${but_private})
 endforeach()
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/plugin ${PROJECT_SOURCE_DIR}/catalog ${PROJECT_SOURCE_DIR}/xml
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lusymbols
-  FILES_MATCHING PATTERN "*.h" ${but_private})
+foreach(folder plugin catalog xml annotations2d)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lusymbols
+    FILES_MATCHING PATTERN "*.h" ${but_private})
+endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/lusymbols/examples)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <limits>
-#include <vector>
 
 namespace
 {
@@ -48,7 +46,7 @@ dg::DPoint3D InFrontOf(const dg::Camera3D& camera, double right, double up, doub
     return camera.GetLocation().GetPosition() + u * right + v * up - u.Cross(v) * ahead;
 }
 
-TEST(Camera, ScreenAxesPointRightAndDownFromTheUpperLeftCorner)
+TEST(Camera, ScreenAxesPointRightAndDownAndSpanTheWidthOfTheViewport)
 {
     for (const dg::Camera3D& camera : UsableCameras()) {
         const auto project = [&camera](double right, double up) {
@@ -62,10 +60,6 @@ TEST(Camera, ScreenAxesPointRightAndDownFromTheUpperLeftCorner)
         EXPECT_GT(step, 0.0);
         EXPECT_NEAR(300.0 - project(0.0, 1.0).y, step, 1e-6 * step) << "pixels are square";
     }
-}
-
-TEST(Camera, WidthAndAngleSpanTheWidthOfTheViewport)
-{
     dg::DPoint2D screen;
     ASSERT_TRUE(MakeCamera(true, 100.0).ProjectPoint({50.0, 0.0, -3.0}, screen));
     EXPECT_NEAR(screen.x, 800.0, 1e-9);
@@ -110,12 +104,8 @@ TEST(Camera, RayMissesAPlaneThatItCannotMeet)
 {
     const dg::DVec3 ahead(0.0, 0.0, -1.0);
     const dg::DPoint3D far(0.0, 0.0, -10.0);
-    const struct {
-        const char* what;
-        dg::DVec3 direction;
-        dg::DPoint3D planePoint;
-        dg::DVec3 planeNormal;
-    } cases[] = {
+    const std::tuple<const char*, dg::DVec3, dg::DPoint3D, dg::DVec3> cases[] = {
+        // direction; point and normal of the plane
         {"parallel to the plane", ahead, {1.0, 0.0, 0.0}, {1.0, 0.0, 0.0}},
         {"inside the plane", ahead, {0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}},
         {"nearly parallel", ahead, far, {1.0, 0.0, 1e-13}},

@@ -6,12 +6,9 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <locale>
 #include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 namespace
 {
@@ -109,10 +106,6 @@ TEST_F(Numbers, AreReadAsByAStreamOfTheClassicLocale)
     for (const std::string& text : texts) {
         ExpectReadAsByAStream(text);
     }
-}
-
-TEST_F(Numbers, OfRandomCharactersAreReadAsByAStream)
-{
     const std::string alphabet = "0123456789012345678900..eE+- ,xnaif";
     for (int i = 0; i < 200000 && !HasFailure(); ++i) {
         std::string text(1 + m_random() % 10, ' ');
@@ -140,10 +133,6 @@ TEST_F(Numbers, AreWrittenAsByAStreamOfTheClassicLocale)
     for (const int value : {0, 9, 10, -1, 1234567, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
         ExpectWrittenAsByAStream(value);
     }
-}
-
-TEST_F(Numbers, OfRandomBitsAreWrittenAsByAStream)
-{
     for (int i = 0; i < 100000 && !HasFailure(); ++i) {
         const std::uint64_t bits = m_random();
         ExpectWrittenAsByAStream(std::bit_cast<double>(bits));

@@ -4,9 +4,7 @@
 
 #include <cstdlib>
 #include <functional>
-#include <memory>
 #include <new>
-#include <string>
 
 namespace
 {

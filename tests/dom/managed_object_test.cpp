@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 namespace
 {
 
@@ -28,16 +26,11 @@ TEST(ManagedObject, IsInOneBookAtATime)
     EXPECT_EQ(second.GetManagedObjectCount(), 1u);
     const dom::ManagedObject copy(object);
     EXPECT_FALSE(copy.IsManaged());
-}
-
-TEST(ManagedObject, OutlivesItsManager)
-{
-    dom::ManagedObject object;
     {
-        dom::ManagedObject books;
-        books.ManageObject(object);
+        dom::ManagedObject last;
+        last.ManageObject(object);
     }
-    EXPECT_FALSE(object.IsManaged());
+    EXPECT_FALSE(object.IsManaged()) << "its manager is gone";
 }
 
 TEST(ManagedObject, AddsNoReferenceAndLeavesTheBooksInAnyOrder)

@@ -7,7 +7,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -96,10 +95,7 @@ TEST_F(AtomicFileTest, FollowsALink)
 TEST_F(AtomicFileTest, TellsWhyItCannotWrite)
 {
     fs::create_symlink("loop", m_folder.Path("loop"));
-    const struct {
-        std::string target;
-        const char* reason;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"", "Invalid argument"},
         {m_folder.Path("missing/a.xml"), "No such file or directory"},
         {m_folder.Path(), "Is a directory"},

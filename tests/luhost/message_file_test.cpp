@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 namespace
 {
 
@@ -31,11 +29,7 @@ TEST(MessageFile, ReadsTextsOfEachLanguage)
 
 TEST(MessageFile, TellsLineAndReasonOfTheFirstFault)
 {
-    const struct {
-        const char* text;
-        std::size_t line;
-        const char* reason;
-    } cases[] = {
+    const std::tuple<const char*, std::size_t, const char*> cases[] = {
         {"<messages table=\"t\">\n<message>\n</message></messages>", 2, "no key"},
         {"<messages table=\"t\">\n<message key=\"\"/></messages>", 2, "no key"},
         {"<messages table=\"t\">\n\n<message key=\"K\">\n<text/></message></messages>", 4, "\"K\" has no language"},
@@ -52,7 +46,7 @@ TEST(MessageFile, TellsLineAndReasonOfTheFirstFault)
     }
 }
 
-TEST(MessageFile, RefusesMoreLanguagesThanAnybodySpeaks)
+TEST(MessageFile, RefusesMoreLanguagesThanAnybodySpeaksAndWhatIsNoFile)
 {
     std::string text = "<messages table=\"t\">\n<message key=\"K\">";
     for (std::size_t i = 0; i <= MessageFile::kMaxLanguages; ++i) {
@@ -61,10 +55,6 @@ TEST(MessageFile, RefusesMoreLanguagesThanAnybodySpeaks)
     const MessageFile::Result result = MessageFile::Parse(text + "</message></messages>");
     EXPECT_FALSE(result);
     EXPECT_EQ(result.line, 2u);
-}
-
-TEST(MessageFile, RefusesWhatIsNoFile)
-{
     const test::TemporaryFolder folder;
     for (const std::string& path :
          {std::string(), folder.Path(), folder.Path("missing.xml"), std::string("/dev/zero")}) {

@@ -37,10 +37,7 @@ TEST(PluginLibrary, LoadsAPluginAndMakesComponents)
 TEST(PluginLibrary, SaysWhyItRefuses)
 {
     const test::TemporaryFolder folder;
-    const struct {
-        std::string path;
-        const char* reason;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"", "no readable file"},
         {folder.Path(), "no readable file"},
         {folder.Path("missing.so"), "no readable file"},

@@ -2,14 +2,14 @@
 #include <dp/ReadWriteLock.h>
 #include <luannotations/Annotation.h>
 #include <luannotations/ConstStrings.h>
+#include <luk/AnnoSet.h>
+#include <luk/AnnotationContentVisitor.h>
 #include <luk/Kernel.h>
 #include <luk/Observer.h>
 #include <luk/Scene.h>
 #include <luk/View.h>
 
 #include <gtest/gtest.h>
-
-#include <string>
 
 namespace
 {
@@ -47,7 +47,10 @@ protected:
 
 TEST_F(AnnotationTest, ACopyHasALockOfItsOwnAndIsInNoScene)
 {
-    m_note->AttachScene(du::MakeCounted<luk::Scene>());
+    const auto scene = du::MakeCounted<luk::Scene>();
+    m_note->AttachScene(scene);
+    scene->RegisterAnnotation(m_note);
+    scene->GetAnnoSet()->AddAnnotation(m_note);
     m_note->SetObjectName(du::Symbol("arrow"));
     m_note->Hide(false, nullptr, 0);
     ASSERT_TRUE(m_note->GetLock()->LockWrite());
@@ -60,7 +63,25 @@ TEST_F(AnnotationTest, ACopyHasALockOfItsOwnAndIsInNoScene)
     EXPECT_EQ(copy->GetObjectName(), du::Symbol("arrow"));
     EXPECT_FALSE(copy->IsVisible());
     EXPECT_EQ(copy->GetScene(), nullptr);
+    EXPECT_EQ(copy->GetAnnoSet(), nullptr);
     EXPECT_EQ(copy->GetReferenceCount(), 1u);
+    copy->DetachScene();
+    EXPECT_EQ(scene->GetRegisteredAnnotations().size(), 1u);
+    scene->Close();
+}
+
+TEST_F(AnnotationTest, ACopyKeepsWhatWasReadAndNotUnderstood)
+{
+    luk::SerializedContentElement content;
+    content.AddProperty(du::Symbol("later"), 7);
+    luk::Annotation::SerializedContentVisitor reader(*m_note);
+    content.Visit(reader, true);
+    const auto copy = m_note->Clone();
+    content.Visit(reader, true);
+    luk::SerializedContentElement written;
+    copy->Visit(written);
+    ASSERT_EQ(written.GetProperties().size(), 4u);
+    EXPECT_EQ(written.GetProperties().back().key, du::Symbol("later"));
 }
 
 TEST_F(AnnotationTest, WorksWithoutALock)
@@ -94,7 +115,8 @@ TEST_F(AnnotationTest, ShowAndHideCallTheHooksAndPostRealChangesOnly)
     m_note->Hide(true, nullptr, 0);
     m_note->Hide(true, nullptr, 0);
     m_note->Show(false, nullptr);
-    EXPECT_EQ(m_note->hooks, "hhS");
+    m_note->Show(true, nullptr);
+    EXPECT_EQ(m_note->hooks, "hhSS");
     EXPECT_TRUE(listener->kinds.empty());
 
     m_note = nullptr;

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <string>
 #include <thread>
 
 namespace
@@ -33,6 +31,20 @@ TEST_F(KernelTest, DeliversInOrderAndLeavesNewEventsForTheNextCall)
     EXPECT_TRUE(m_kernel->ProcessOneEvent());
     EXPECT_FALSE(m_kernel->ProcessOneEvent());
     EXPECT_EQ(m_order, "abc");
+}
+
+TEST_F(KernelTest, DeliversWhatComesAfterTheEventsOnceAllAreDelivered)
+{
+    m_kernel->PostEvent([this] {
+        m_order += 'a';
+        m_kernel->PostAfterEvents([this] { m_order += 'z'; });
+        m_kernel->PostEvent([this] { m_order += 'c'; });
+    });
+    m_kernel->PostEvent([this] { m_order += 'b'; });
+    EXPECT_EQ(m_kernel->ProcessEvents(), 3u);
+    EXPECT_EQ(m_order, "abz");
+    EXPECT_EQ(m_kernel->ProcessEvents(), 1u);
+    EXPECT_EQ(m_order, "abzc");
 }
 
 TEST_F(KernelTest, DeliversOnTheHostThreadOnly)

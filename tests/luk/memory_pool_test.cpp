@@ -4,11 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <cstdint>
 #include <cstring>
-#include <memory>
-#include <vector>
 
 namespace
 {

@@ -2,18 +2,18 @@
 #include <dg/DMat44.h>
 #include <dg/Location.h>
 #include <luk/Annotation.h>
+#include <luk/AsyncEvent.h>
 #include <luk/illustration/AssociativeObjectObserver.h>
 #include <luk/illustration/AssociativeObjectSaver.h>
 #include <luk/illustration/CategoryInfo.h>
 #include <luk/illustration/SymbolTemplate.h>
+#include <luk/ShapeSceneObserver.h>
 #include <lukapp/illustration/SymbolTemplateLoader.h>
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
 #include <cstring>
 #include <type_traits>
-#include <vector>
 
 /// Plug-ins are built apart from the host, so that the place of each virtual operation is part of the interface. Under
 /// the Itanium ABI a pointer to a virtual member holds its place in the table of the class.
@@ -70,6 +70,33 @@ TEST(SlotOrder, OfObservers)
     ExpectOneAfterTheOther({SlotOf(&dom::Observer::RequiresBeginEnd), SlotOf(&dom::Observer::OnDetached)});
     ExpectOneAfterTheOther(
         {SlotOf(&Observer::OnCollectionLoadedFromStandard), SlotOf(&Observer::OnAssociativeObjectChanged)});
+    using SceneObserver = luk::ShapeSceneObserver;
+    ExpectOneAfterTheOther({
+        SlotOf(&SceneObserver::OnBeginUpdate),
+        SlotOf(&SceneObserver::OnEndUpdate),
+        SlotOf(&SceneObserver::OnSequenceChanged),
+        SlotOf(&SceneObserver::OnShapeInstanceCreate),
+        SlotOf(&SceneObserver::OnShapeInstanceRemove),
+        SlotOf(&SceneObserver::OnShapeInstanceSourceReplace),
+        SlotOf(&SceneObserver::OnShapeInstanceVisibilityChanged),
+        SlotOf(&SceneObserver::OnShapeInstanceVisibilityFractionChanged),
+        SlotOf(&SceneObserver::OnShapeInstanceHighlight),
+        SlotOf(&SceneObserver::OnShapeInstanceLocationChanged),
+        SlotOf(&SceneObserver::OnShapeInstanceDragStart),
+        SlotOf(&SceneObserver::OnShapeInstanceColorChanged),
+        SlotOf(&SceneObserver::OnShapeInstanceViewStateChanged),
+        SlotOf(&SceneObserver::OnShapeInstanceTransparencyChanged),
+        SlotOf(&SceneObserver::OnShapeInstanceAppearanceChanged),
+        SlotOf(&SceneObserver::OnShapeInstanceSelectionChanged),
+    });
+    static_assert(!std::is_base_of_v<luk::MemoryPoolAllocated, Observer>, "observers use the ordinary allocator");
+}
+
+TEST(SlotOrder, OfEvents)
+{
+    using Event = luk::BaseAsyncEvent;
+    ExpectOneAfterTheOther({SlotOf(&Event::GetObjectClass), SlotOf(&Event::HandleEvent), SlotOf(&Event::OnProgress),
+                            SlotOf(&Event::OnCompleted)});
 }
 
 TEST(SlotOrder, OfAnAnnotation)

@@ -6,65 +6,35 @@
 
 #include <algorithm>
 #include <chrono>
-#include <iterator>
 #include <random>
-
-namespace test
-{
 
 namespace
 {
 
+using namespace test;
+
 using Placement = Collection::Placement;
 
-/// What a collection promises, by walking from the front.
-class NaiveCollection
+/// The first item of a list that matches, as a walk from the front finds it.
+template <class Item, class Match>
+du::SmartPtr<Item> First(const std::vector<du::SmartPtr<Item>>& items, const Match& match)
 {
-public:
-    std::vector<du::SmartPtr<AssociativeObject>> objects;
-    std::vector<du::SmartPtr<CategoryInfo>> categories;
+    const auto found = std::ranges::find_if(items, [&](const auto& item) { return item && match(*item); });
+    return found == items.end() ? nullptr : *found;
+}
 
-    template <class Item, class Match>
-    static du::SmartPtr<Item> First(const std::vector<du::SmartPtr<Item>>& items, const Match& match)
-    {
-        for (const auto& item : items) {
-            if (item && match(*item)) {
-                return item;
-            }
-        }
-        return nullptr;
+/// The item takes the place of the first one with its id, or the last place.
+template <class Item>
+void Put(std::vector<du::SmartPtr<Item>>& items, const du::SmartPtr<Item>& item)
+{
+    if (const auto old = First(items, [&](const auto& each) { return each.GetId() == item->GetId(); })) {
+        *std::ranges::find(items, old) = item;
+    } else {
+        items.push_back(item);
     }
+}
 
-    std::set<std::uint64_t> Indices(const std::string& id) const
-    {
-        std::set<std::uint64_t> indices;
-        for (std::size_t i = 0; i < objects.size(); ++i) {
-            if (objects[i] && objects[i]->GetId() == id) {
-                indices.insert(i);
-            }
-        }
-        return indices;
-    }
-
-    template <class Item>
-    static void Remove(std::vector<du::SmartPtr<Item>>& items, const du::SmartPtr<Item>& item)
-    {
-        if (item) {
-            *std::find(items.begin(), items.end(), item) = nullptr;
-        }
-    }
-
-    template <class Item>
-    static void Replace(std::vector<du::SmartPtr<Item>>& items, const du::SmartPtr<Item>& item)
-    {
-        if (const auto old = First(items, [&](const auto& each) { return each.GetId() == item->GetId(); })) {
-            *std::find(items.begin(), items.end(), old) = item;
-        } else {
-            items.push_back(item);
-        }
-    }
-};
-
+/// A collection and two lists that say what it promises, under random operations.
 class RandomCollection
 {
 public:
@@ -72,14 +42,63 @@ public:
 
     void Step()
     {
-        using Operation = void (RandomCollection::*)();
-        static constexpr Operation kOperations[] = {
-            &RandomCollection::AddObject,       &RandomCollection::AddObject,      &RandomCollection::ReplaceObject,
-            &RandomCollection::RemoveObject,    &RandomCollection::RenameObject,   &RandomCollection::AddAgain,
-            &RandomCollection::AddCategory,     &RandomCollection::RenameCategory, &RandomCollection::RemoveCategory,
-            &RandomCollection::ReplaceCategory,
+        const du::SmartPtr<AssociativeObject> entry = MakeEntry(AnyWord(), AnyWord());
+        const auto category = MakeCategory(AnyWord(), AnyWord());
+        const auto object = AnyOf(m_objects);
+        const auto oldCategory = AnyOf(m_categories);
+        const auto add = [&] {
+            m_objects.push_back(entry);
+            EXPECT_TRUE(m_collection->AddAssociativeObject(entry));
         };
-        (this->*kOperations[Pick(std::size(kOperations))])();
+        const std::function<void()> operations[] = {
+            add,
+            add,
+            [&] { // the same object may stand at two places, here and in another collection
+                if (object) {
+                    m_other->AddAssociativeObject(object);
+                    m_objects.push_back(object);
+                    m_collection->AddAssociativeObject(object);
+                }
+            },
+            [&] {
+                const bool isThere = !IndicesOf(entry->GetId()).empty();
+                Put(m_objects, entry);
+                EXPECT_EQ(m_collection->ReplaceAssociativeObject(entry) == Placement::Added, !isThere);
+            },
+            [&] {
+                if (object) {
+                    *std::ranges::find(m_objects, object) = nullptr;
+                }
+                EXPECT_EQ(m_collection->RemoveAssociativeObject(object), object != nullptr);
+            },
+            [&] {
+                if (object && Pick(2) == 0) {
+                    object->SetId(AnyWord());
+                } else if (object) {
+                    static_cast<SymbolTemplate&>(*object) = static_cast<SymbolTemplate&>(*entry);
+                }
+            },
+            [&] {
+                m_categories.push_back(category);
+                EXPECT_TRUE(m_collection->AddCategory(category));
+            },
+            [&] {
+                if (oldCategory) {
+                    Pick(2) == 0 ? oldCategory->SetId(AnyWord()) : oldCategory->SetName(AnyWord());
+                }
+            },
+            [&] {
+                if (oldCategory) {
+                    *std::ranges::find(m_categories, oldCategory) = nullptr;
+                }
+                EXPECT_EQ(m_collection->RemoveCategory(oldCategory), oldCategory != nullptr);
+            },
+            [&] {
+                Put(m_categories, category);
+                m_collection->ReplaceCategory(category);
+            },
+        };
+        operations[Pick(std::size(operations))]();
     }
 
     void Check() const
@@ -88,17 +107,17 @@ public:
             const std::string word = Word(i);
             const auto hasId = [&](const CollectionItem& item) { return item.GetId() == word; };
             const auto hasName = [&](const CollectionItem& item) { return item.GetName() == word; };
-            ASSERT_EQ(m_collection->GetAssociativeObjectById(word), NaiveCollection::First(m_naive.objects, hasId));
-            ASSERT_EQ(m_collection->AssociativeObjectIdToIndices(word), m_naive.Indices(word));
-            ASSERT_EQ(m_collection->FindCategoryById(word), NaiveCollection::First(m_naive.categories, hasId));
-            ASSERT_EQ(m_collection->FindCategoryByName(word), NaiveCollection::First(m_naive.categories, hasName));
+            ASSERT_EQ(m_collection->GetAssociativeObjectById(word), First(m_objects, hasId));
+            ASSERT_EQ(m_collection->AssociativeObjectIdToIndices(word), IndicesOf(word));
+            ASSERT_EQ(m_collection->FindCategoryById(word), First(m_categories, hasId));
+            ASSERT_EQ(m_collection->FindCategoryByName(word), First(m_categories, hasName));
         }
-        auto objects = m_naive.objects;
+        auto objects = m_objects;
         for (std::size_t i = 0; i < objects.size(); ++i) {
             ASSERT_EQ(m_collection->IndexToAssociativeObject(i), objects[i]);
         }
         ASSERT_EQ(m_collection->IndexToAssociativeObject(objects.size()), nullptr);
-        std::erase_if(objects, [](const auto& object) { return object == nullptr; });
+        std::erase(objects, nullptr);
         ASSERT_EQ(m_collection->GetAssociativeObjects(), objects);
         ASSERT_EQ(m_collection->GetAssociativeObjectCount(), objects.size());
     }
@@ -106,7 +125,8 @@ public:
     void Clear()
     {
         m_collection->Clear();
-        m_naive = {};
+        m_objects.clear();
+        m_categories.clear();
     }
 
 private:
@@ -122,77 +142,20 @@ private:
         return items.empty() ? nullptr : items[Pick(items.size())];
     }
 
-    void AddObject()
+    std::set<std::uint64_t> IndicesOf(const std::string& id) const
     {
-        m_naive.objects.emplace_back(MakeEntry(AnyWord(), AnyWord()));
-        EXPECT_TRUE(m_collection->AddAssociativeObject(m_naive.objects.back()));
-    }
-
-    /// The same object may stand at two places, here and in another collection.
-    void AddAgain()
-    {
-        if (const auto object = AnyOf(m_naive.objects)) {
-            m_other->AddAssociativeObject(object);
-            m_naive.objects.push_back(object);
-            m_collection->AddAssociativeObject(object);
-        }
-    }
-
-    void ReplaceObject()
-    {
-        const du::SmartPtr<AssociativeObject> entry = MakeEntry(AnyWord(), AnyWord());
-        const bool isThere = !m_naive.Indices(entry->GetId()).empty();
-        NaiveCollection::Replace(m_naive.objects, entry);
-        EXPECT_EQ(m_collection->ReplaceAssociativeObject(entry) == Placement::Added, !isThere);
-    }
-
-    void RemoveObject()
-    {
-        const auto object = AnyOf(m_naive.objects);
-        NaiveCollection::Remove(m_naive.objects, object);
-        EXPECT_EQ(m_collection->RemoveAssociativeObject(object), object != nullptr);
-    }
-
-    void RenameObject()
-    {
-        if (const auto object = AnyOf(m_naive.objects)) {
-            if (Pick(2) == 0) {
-                object->SetId(AnyWord());
-            } else {
-                static_cast<SymbolTemplate&>(*object) = *MakeEntry(AnyWord(), AnyWord());
+        std::set<std::uint64_t> indices;
+        for (std::size_t i = 0; i < m_objects.size(); ++i) {
+            if (m_objects[i] && m_objects[i]->GetId() == id) {
+                indices.insert(i);
             }
         }
-    }
-
-    void AddCategory()
-    {
-        m_naive.categories.push_back(MakeCategory(AnyWord(), AnyWord()));
-        EXPECT_TRUE(m_collection->AddCategory(m_naive.categories.back()));
-    }
-
-    void RenameCategory()
-    {
-        if (const auto category = AnyOf(m_naive.categories)) {
-            Pick(2) == 0 ? category->SetId(AnyWord()) : category->SetName(AnyWord());
-        }
-    }
-
-    void RemoveCategory()
-    {
-        const auto category = AnyOf(m_naive.categories);
-        NaiveCollection::Remove(m_naive.categories, category);
-        EXPECT_EQ(m_collection->RemoveCategory(category), category != nullptr);
-    }
-
-    void ReplaceCategory()
-    {
-        const auto category = MakeCategory(AnyWord(), AnyWord());
-        NaiveCollection::Replace(m_naive.categories, category);
-        m_collection->ReplaceCategory(category);
+        return indices;
     }
 
     std::mt19937 m_random;
-    NaiveCollection m_naive;
+    std::vector<du::SmartPtr<AssociativeObject>> m_objects;
+    std::vector<du::SmartPtr<CategoryInfo>> m_categories;
     du::SmartPtr<Collection> m_collection = du::MakeCounted<Collection>();
     du::SmartPtr<Collection> m_other = du::MakeCounted<Collection>();
 };
@@ -226,7 +189,7 @@ TEST(Collection, AnswersAsAWalkFromTheFrontWould)
     }
 }
 
-TEST(Collection, AnItemOutlivesItsCollections)
+TEST(Collection, AnItemOutlivesItsCollectionsAndStrangersAreRefused)
 {
     const auto entry = MakeEntry("a");
     const auto kept = du::MakeCounted<Collection>();
@@ -236,18 +199,11 @@ TEST(Collection, AnItemOutlivesItsCollections)
     entry->SetId("b");
     EXPECT_EQ(kept->GetAssociativeObjectById("b"), entry);
     EXPECT_EQ(kept->GetAssociativeObjectById("a"), nullptr);
-}
-
-TEST(Collection, RefusesNullAndOddIndices)
-{
-    const auto collection = du::MakeCounted<Collection>();
-    EXPECT_FALSE(collection->AddAssociativeObject(nullptr));
-    EXPECT_FALSE(collection->AddCategory(nullptr));
-    EXPECT_EQ(collection->ReplaceAssociativeObject(nullptr), Placement::Refused);
-    collection->AddAssociativeObject(MakeEntry("a"));
-    EXPECT_FALSE(collection->RemoveAssociativeObject(MakeEntry("a")));
+    EXPECT_FALSE(kept->AddAssociativeObject(nullptr) || kept->AddCategory(nullptr));
+    EXPECT_EQ(kept->ReplaceAssociativeObject(nullptr), Placement::Refused);
+    EXPECT_FALSE(kept->RemoveAssociativeObject(MakeEntry("b")));
     for (const std::uint64_t index : {1ULL, 1ULL << 32U, 1ULL << 63U, ~0ULL}) {
-        EXPECT_EQ(collection->IndexToAssociativeObject(index), nullptr);
+        EXPECT_EQ(kept->IndexToAssociativeObject(index), nullptr);
     }
 }
 
@@ -266,11 +222,7 @@ TEST(Collection, GrowsLinearly)
             }
         });
     }
-}
-
-/// A library whose entries all have one id is read, and read again, without a look through all of them for each.
-TEST(Collection, MergesRepeatedIdsInLinearTime)
-{
+    // A library whose entries all have one id is read, and read again, without a look through all of them for each.
     ExpectLinearTime([](int count) {
         const auto collection = du::MakeCounted<Collection>();
         for (int load = 0; load < 2; ++load) {
@@ -376,5 +328,3 @@ TEST(SymbolTemplateHolder, FollowsTheIdAndHoldsNothing)
 }
 
 } // namespace
-
-} // namespace test

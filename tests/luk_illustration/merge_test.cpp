@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-namespace test
-{
-
 namespace
 {
+
+using namespace test;
 
 using Placement = Collection::Placement;
 
@@ -37,11 +36,11 @@ TEST_F(MergeTest, TheNthOfAnIdReplacesTheNth)
 {
     {
         Collection::Merge merge(*m_collection);
-        EXPECT_EQ(merge.PutCategory(MakeCategory("A", "1")), Placement::Added);
-        EXPECT_EQ(merge.PutCategory(MakeCategory("A", "2")), Placement::Added);
-        EXPECT_EQ(merge.PutObject(MakeEntry("a", "1")), Placement::Added);
-        EXPECT_EQ(merge.PutObject(MakeEntry("b", "1")), Placement::Added);
-        EXPECT_EQ(merge.PutObject(MakeEntry("a", "2")), Placement::Added);
+        merge.PutCategory(MakeCategory("A", "1"));
+        merge.PutCategory(MakeCategory("A", "2"));
+        for (const auto& [id, name] : {std::pair("a", "1"), {"b", "1"}, {"a", "2"}}) {
+            EXPECT_EQ(merge.PutObject(MakeEntry(id, name)), Placement::Added);
+        }
         EXPECT_EQ(merge.PutObject(nullptr), Placement::Refused);
     }
     EXPECT_EQ(Names(), "a1 b1 a2 A1 A2 ");
@@ -58,10 +57,9 @@ TEST_F(MergeTest, TheNthOfAnIdReplacesTheNth)
 
 TEST_F(MergeTest, TellsOnceAndOnlyOfWhatChanged)
 {
-    const struct {
-        const char* names; ///< one letter for each entry
-        const char* told;
-    } reloads[] = {{"abc", "several "}, {"abc", ""}, {"axc", "id1 "}, {"yxz", "several "}};
+    // One letter for the name of each entry, and what is told.
+    const std::pair<const char*, const char*> reloads[] = {
+        {"abc", "several "}, {"abc", ""}, {"axc", "id1 "}, {"yxz", "several "}};
     for (const auto& [names, told] : reloads) {
         m_listener->log.clear();
         {
@@ -75,5 +73,3 @@ TEST_F(MergeTest, TellsOnceAndOnlyOfWhatChanged)
 }
 
 } // namespace
-
-} // namespace test

@@ -11,11 +11,7 @@ using luk::illustration::SequencerTag;
 
 TEST(SequencerTag, ComparesTextsAndTypeButNotMessageKeys)
 {
-    const struct {
-        const char* what;
-        std::function<void(SequencerTag&)> change;
-        bool equal;
-    } cases[] = {
+    const std::tuple<const char*, std::function<void(SequencerTag&)>, bool> cases[] = {
         {"nothing", [](SequencerTag&) {}, true},
         {"name", [](SequencerTag& tag) { tag.SetName("x"); }, false},
         {"description", [](SequencerTag& tag) { tag.SetDescription("x"); }, false},
@@ -27,6 +23,7 @@ TEST(SequencerTag, ComparesTextsAndTypeButNotMessageKeys)
     };
     const luk::illustration::SequencerTagPtrComparator areEqual;
     const auto tag = du::MakeCounted<SequencerTag>();
+    tag->SetUnits("mm");
     for (const auto& [what, change, equal] : cases) {
         const auto copy = du::MakeCounted<SequencerTag>(*tag);
         change(*copy);

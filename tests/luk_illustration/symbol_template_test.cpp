@@ -5,11 +5,10 @@
 
 #include <gtest/gtest.h>
 
-namespace test
-{
-
 namespace
 {
+
+using namespace test;
 
 class Figure : public luannotations::Annotation
 {
@@ -90,5 +89,3 @@ TEST(SymbolTemplate, ASuccessorSharesTheConsumers)
 }
 
 } // namespace
-
-} // namespace test

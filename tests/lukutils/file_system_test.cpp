@@ -5,9 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <string>
 #include <sys/stat.h>
-#include <vector>
 
 namespace
 {
@@ -41,19 +39,9 @@ TEST_F(FileSystemTest, OnlyRegularFilesAreFiles)
     ASSERT_EQ(::mkfifo(Path("pipe").c_str(), 0600), 0);
     fs::create_symlink(Path("pipe"), Path("pipe link"));
     fs::create_symlink(Path("ring"), Path("ring"));
-    const std::vector<std::string> noFiles = {
-        "",
-        Path("missing"),
-        Path("."),
-        m_folder.Path(),
-        Path("f") + "/",
-        Path("f") + std::string(1, '\0'),
-        "/dev/null",
-        Path("pipe"),
-        Path("pipe link"),
-        Path("ring"),
-    };
-    for (const std::string& path : noFiles) {
+    for (const std::string& path :
+         {std::string(), Path("missing"), Path("."), m_folder.Path(), Path("f") + "/", Path("f") + std::string(1, '\0'),
+          std::string("/dev/null"), Path("pipe"), Path("pipe link"), Path("ring")}) {
         EXPECT_FALSE(FileSystem::FileExists(path)) << path;
         EXPECT_FALSE(FileSystem::FileReadable(path)) << path;
         EXPECT_FALSE(FileSystem::CopyFile(path, Path("copy"))) << path;

@@ -5,10 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <memory>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace
 {
@@ -45,11 +42,8 @@ TEST_F(LocalizerTest, FallsBackFromLanguageToDefaultToBuiltInToKey)
     table->Add("both", "de", "Schraube");
     table->Add("german only", "de", "");
     table->Add("2047", "de", "Zeichen");
-    const struct {
-        const char* language;
-        const char* key;
-        const char* text;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        // language, key, text
         {"de", "both", "Schraube"},
         {"fr", "both", "screw"},
         {"", "both", "screw"},

@@ -7,10 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <deque>
 #include <mutex>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace
 {
@@ -182,25 +181,19 @@ TEST_F(ReadWriteLockTest, WrongUnlocksAreToldAndChangeNothing)
     expectedMisuses = 5;
 }
 
-TEST_F(ReadWriteLockTest, GuardsAcceptNullAndGiveBackOnce)
+TEST_F(ReadWriteLockTest, AThreadHoldsManyLocksThroughGuardsThatGiveBackOnce)
 {
     const ReadLockGuard noRead(nullptr);
     const WriteLockGuard noWrite(nullptr);
-    ReadLockGuard read(&lock);
-    read.Release();
-    read.Release();
-}
-
-TEST_F(ReadWriteLockTest, AThreadHoldsManyLocks)
-{
     std::vector<ReadWriteLock> locks(100);
+    std::deque<ReadLockGuard> guards;
     for (ReadWriteLock& each : locks) {
-        each.LockRead();
+        guards.emplace_back(&each);
     }
     EXPECT_EQ(ReadWriteLock::CountHeldByThisThread(), 100U);
     for (std::size_t i = 0; i < 100; ++i) {
         EXPECT_EQ(locks[i].GetDepthOnThisThread().reads, 1U);
-        locks[i].UnlockRead();
+        guards[i].Release();
         EXPECT_EQ(ReadWriteLock::CountHeldByThisThread(), 99 - i);
     }
 }
@@ -232,18 +225,16 @@ TEST_F(ReadWriteLockTest, WritersExcludeEverybodyUnderEveryMixture)
 
 TEST_F(ReadWriteLockTest, AWaitingWriterKeepsNewReadersOutAndWaitingReadersGoBeforeTheNextWriter)
 {
-    const struct {
-        char held;
-        std::string waiting; ///< in the order of their coming; each notes itself once it is in
-        std::string admitted;
-    } cases[] = {{'r', "wr", "wr"}, {'r', "wrr", "wrr"}, {'w', "wr", "rw"}, {'w', "rw", "rw"}, {'r', "wwr", "wrw"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(1, c.held) + " held, waiting " + c.waiting);
+    // Held; waiting in the order of their coming, each of whom notes itself once it is in; and how they come in.
+    const std::tuple<char, std::string, std::string> cases[] = {
+        {'r', "wr", "wr"}, {'r', "wrr", "wrr"}, {'w', "wr", "rw"}, {'w', "rw", "rw"}, {'r', "wwr", "wrw"}};
+    for (const auto& [held, waiting, admitted] : cases) {
+        SCOPED_TRACE(std::string(1, held) + " held, waiting " + waiting);
         std::mutex orderMutex;
         std::string order;
         std::vector<std::thread> threads;
-        Lock(c.held);
-        for (const char kind : c.waiting) {
+        Lock(held);
+        for (const char kind : waiting) {
             threads.emplace_back([&, kind] {
                 Lock(kind);
                 {
@@ -254,11 +245,11 @@ TEST_F(ReadWriteLockTest, AWaitingWriterKeepsNewReadersOutAndWaitingReadersGoBef
             });
             WaitForWaiting(threads.size());
         }
-        Unlock(c.held);
+        Unlock(held);
         for (std::thread& thread : threads) {
             thread.join();
         }
-        EXPECT_EQ(order, c.admitted);
+        EXPECT_EQ(order, admitted);
     }
 }
 

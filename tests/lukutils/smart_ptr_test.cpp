@@ -7,10 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstddef>
 #include <functional>
-#include <memory>
-#include <vector>
 
 namespace
 {

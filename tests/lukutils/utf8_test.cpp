@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <string>
-#include <string_view>
 
 namespace
 {
@@ -13,10 +11,7 @@ using namespace std::string_view_literals;
 
 TEST(Utf8, DecodesAndMarksWhatIsIllFormed)
 {
-    const struct {
-        std::string_view bytes;
-        std::wstring_view wide;
-    } cases[] = {
+    const std::pair<std::string_view, std::wstring_view> cases[] = {
         {"", L""},
         {"plain ASCII text, longer than a word"sv, L"plain ASCII text, longer than a word"sv},
         {"nul\0inside"sv, L"nul\0inside"sv},
@@ -41,10 +36,10 @@ TEST(Utf8, DecodesAndMarksWhatIsIllFormed)
         {"\xF0\x9F\xC3\xA4"sv, L"\uFFFD\u00E4"sv},
         {"\xE2\xF0\x9F\x98\x80"sv, L"\uFFFD\U0001F600"sv},
     };
-    for (const auto& c : cases) {
+    for (const auto& [bytes, decoded] : cases) {
         std::wstring wide = L"kept: ";
-        du::AppendUtf8AsWide(wide, c.bytes);
-        EXPECT_EQ(wide, std::wstring(L"kept: ").append(c.wide)) << testing::PrintToString(c.bytes);
+        du::AppendUtf8AsWide(wide, bytes);
+        EXPECT_EQ(wide, std::wstring(L"kept: ").append(decoded)) << testing::PrintToString(bytes);
     }
 }
 

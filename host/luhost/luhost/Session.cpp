@@ -6,8 +6,10 @@
 #include <luhost/MessageFile.h>
 #include <luhost/Session.h>
 #include <luk/illustration/CategoryInfo.h>
+#include <luk/illustration/RunningMode.h>
 #include <luk/illustration/SymbolTemplate.h>
 #include <luk/illustration/SymbolTemplateCollection.h>
+#include <luk/illustration2d/Kernel2D.h>
 #include <luk/Kernel.h>
 #include <luk/World.h>
 #include <lukapp/illustration/DrellinApp.h>
@@ -28,6 +30,9 @@ using luk::illustration::AssociativeObjectCollection;
 using luk::illustration::CategoryInfo;
 using luk::illustration::SymbolTemplate;
 using luk::illustration::SymbolTemplateCollection;
+using luk::illustration2d::BaseKernelFactory;
+using luk::illustration2d::Kernel2D;
+using luloader::Loader;
 using Placement = AssociativeObjectCollection::Placement;
 
 std::atomic<bool> s_isRunning{false};
@@ -49,8 +54,11 @@ struct Session::Parts {
     bool ledgerIsOurs = false;
     std::shared_ptr<const du::MessageTable> messages;
     std::string languageBefore = du::MessageCatalog::GetLanguage();
+    bool wasAuthoring = luk::illustration::IsRunningIllustrate();
     du::SmartPtr<luk::Kernel> kernel;
+    du::SmartPtr<Loader> loader;
     du::SmartPtr<luk::World> world;
+    du::SmartPtr<Kernel2D> kernel2D;
     du::SmartPtr<lukapp::illustration::DrellinApp> app;
     du::SmartPtr<SymbolTemplateCollection> collection;
 };
@@ -124,6 +132,12 @@ void Session::MakeKernelAndWorld(const SessionConfig& config)
     m_parts->world->SetPreferences(preferences);
     m_parts->world->SetIllustrationPreferences(preferences);
     luk::World::SetWorld(m_parts->world);
+    m_parts->loader = du::MakeCounted<Loader>(config.loader);
+    Loader::SetLoader(m_parts->loader);
+    m_parts->kernel2D = du::MakeCounted<Kernel2D>();
+    m_parts->kernel2D->SetFactory(Kernel2D::BASE_KERNEL_FACTORY, du::MakeCounted<BaseKernelFactory>());
+    Kernel2D::SetSingleton(m_parts->kernel2D);
+    luk::illustration::SetRunningIllustrate(config.authoring);
 }
 
 void Session::MakeApplication(const SessionConfig& config)
@@ -185,10 +199,13 @@ Session::LeftOver Session::Close()
     if (!m_parts) {
         return {};
     }
-    m_parts->kernel->Close();
+    EndLoadsAndScenes();
     SymbolTemplateCollection::SetCollection(nullptr);
     m_parts->collection->Clear();
     m_parts->collection = nullptr;
+    Kernel2D::SetSingleton(nullptr);
+    m_parts->kernel2D = nullptr;
+    luk::illustration::SetRunningIllustrate(m_parts->wasAuthoring);
     lukapp::LukApp::Set(nullptr);
     m_parts->app = nullptr;
     luk::World::SetWorld(nullptr);
@@ -205,6 +222,17 @@ Session::LeftOver Session::Close()
     m_parts.reset();
     s_isRunning = false;
     return leftOver;
+}
+
+/// Scenes go while the collection can still be found, where symbols that end with them unregister their observers; the
+/// loader stays to be found as well, and drops what is asked of it.
+void Session::EndLoadsAndScenes()
+{
+    m_parts->loader->Stop();
+    m_parts->kernel->Close();
+    m_parts->world->CloseScenes();
+    Loader::SetLoader(nullptr);
+    m_parts->loader = nullptr;
 }
 
 Session::LeftOver Session::TellLeftOver() const

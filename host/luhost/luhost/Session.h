@@ -22,14 +22,18 @@ class SymbolTemplateLoader;
 namespace luhost
 {
 
-/// One run of the host: makes and owns all that `World::GetWorld`, `Kernel::GetKernel`,
-/// `SymbolTemplateCollection::GetCollection`, `DrellinApp::GetDrellinApp` and `LukApp::Get` hand out.
+/// One run of the host: makes and owns all that `World::GetWorld`, `Kernel::GetKernel`, `Loader::GetLoader`,
+/// `Kernel2D::GetSingleton`, `SymbolTemplateCollection::GetCollection`, `DrellinApp::GetDrellinApp` and `LukApp::Get` hand
+/// out.
 ///
 /// Use: `luhost::Session session(config);` for as long as the host works. There is one at a time; another may follow.
 ///
-/// Ownership: torn down in a fixed order: queued events dropped, collection released and its observers detached,
-/// application with its temporary folder, preferences and world, messages, kernel. From then on every getter answers
-/// null, and whoever kept a handle keeps an object without a session.
+/// Ownership: torn down in a fixed order: loader stopped and its loads dropped, queued events dropped, undo stack cleared,
+/// scenes closed, which detaches their annotations, collection cleared and its observers detached, 2D kernel, application
+/// with its temporary folder, preferences and world, messages, kernel. From then on every getter answers null, and whoever
+/// kept a handle keeps an object without a session.
+///
+/// *Rationale:* whoever ends at one step may still ask for what goes at a later one, and unregister there.
 ///
 /// Errors: a session that cannot have what its configuration asks for still works without it; GetProblems tells.
 ///
@@ -86,6 +90,7 @@ private:
     void PutIntoCollection(const std::vector<du::SmartPtr<luk::illustration::SymbolTemplate>>& templates,
                            const std::vector<du::SmartPtr<luk::illustration::CategoryInfo>>& categories,
                            LoadCounts& counts);
+    void EndLoadsAndScenes();
     LeftOver TellLeftOver() const;
 
     std::unique_ptr<Parts> m_parts;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <dg/Color.h>
+#include <luloader/Loader.h>
 
 #include <string>
 #include <utility>
@@ -22,6 +23,13 @@ struct SessionConfig {
 
     /// Used and left as it is; empty: a fresh private folder, deleted at the end of the session.
     std::string temporaryDirectory;
+
+    /// Documents are authored: their pictures are in the temporary folder. False: they are only shown, and found through
+    /// the document's anchor.
+    bool authoring = true;
+
+    /// Workers, bounds and decoders of the loader; without decoders no picture can be read.
+    luloader::Loader::Config loader;
 
     /// As in the message file, such as "de"; empty: the file's default.
     std::string language;

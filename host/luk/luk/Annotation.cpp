@@ -5,17 +5,29 @@
 #include <luk/Annotation.h>
 #include <luk/MarkupShadow.h>
 #include <luk/Scene.h>
+#include <luk/SerializedContentElement.h>
 #include <luk/ShapeInstance.h>
 
 namespace luk
 {
+
+namespace
+{
+
+std::unique_ptr<SerializedContentElement> CopyOf(const std::unique_ptr<SerializedContentElement>& content)
+{
+    return content ? std::make_unique<SerializedContentElement>(*content) : nullptr;
+}
+
+} // namespace
 
 Annotation::Annotation() = default;
 
 Annotation::Annotation(const Annotation& other)
     : du::RefCounted(other), MarkupController(other), Observable(other), m_class(other.m_class),
       m_preselectionCursor(other.m_preselectionCursor), m_objectName(other.m_objectName), m_idPath(other.m_idPath),
-      m_visible(other.m_visible), m_createdFromFile(other.m_createdFromFile)
+      m_unknownContent(CopyOf(other.m_unknownContent)), m_visible(other.m_visible),
+      m_createdFromFile(other.m_createdFromFile)
 {
 }
 
@@ -25,6 +37,7 @@ Annotation& Annotation::operator=(const Annotation& other)
     m_preselectionCursor = other.m_preselectionCursor;
     m_objectName = other.m_objectName;
     m_idPath = other.m_idPath;
+    m_unknownContent = CopyOf(other.m_unknownContent);
     m_visible = other.m_visible;
     m_createdFromFile = other.m_createdFromFile;
     return *this;
@@ -42,6 +55,9 @@ du::SmartPtr<Annotation> Annotation::Clone() { return nullptr; }
 
 bool Annotation::AttachScene(const du::SmartPtr<Scene>& scene)
 {
+    if (scene && scene->IsClosed()) {
+        return false;
+    }
     du::SmartPtr<Scene> dropped;
     const dp::WriteLockGuard lock(GetLock());
     if (scene) {
@@ -60,9 +76,15 @@ bool Annotation::InitializeFromSerializedContent(const SerializedContentElement*
 
 bool Annotation::DetachScene()
 {
+    // The scene may be the last to hold the annotation, whose end has to come after the lock's release. At the end of the
+    // annotation itself nobody registers it any more.
+    const du::SmartPtr<Annotation> keptAlive(GetReferenceCount() > 0 ? this : nullptr);
     du::SmartPtr<Scene> dropped;
     const dp::WriteLockGuard lock(GetLock());
     std::swap(dropped, m_scene);
+    if (m_registeredWith) {
+        m_registeredWith->UnregisterAnnotation(*this);
+    }
     return true;
 }
 
@@ -87,8 +109,6 @@ bool Annotation::MarkupUpdated(const du::SmartPtr<Markup>&, const du::SmartPtr<M
 {
     return true;
 }
-
-void Annotation::Visit(SerializedContentElement&) {}
 
 bool Annotation::Flatten(SerializedContentElement&, const FlattenMatrices&, const InstanceCheck&, const dg::Pipeline&)
 {

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -91,7 +92,7 @@ public:
     virtual bool InitializeFromSerializedContent(const SerializedContentElement* element,
                                                  du::SmartPtr<AnnoIdPathMapper> mapper);
 
-    /// [write lock] Drops the scene.
+    /// [write lock] Drops the scene, and takes the annotation out of the scene that it is registered with.
     virtual bool DetachScene();
 
     virtual bool CanAnimate(du::SmartPtr<OperationStep> step);
@@ -113,7 +114,8 @@ public:
     virtual bool MarkupUpdated(const du::SmartPtr<Markup>& markup, const du::SmartPtr<MarkupShadow>& shadow,
                                const du::SmartPtr<Operation>& operation);
 
-    /// Writes the content on the given element. The host calls no foreign code meanwhile.
+    /// [read lock] Writes the content on the given element: "annoId", "annoName", "annoVisible", then what was read and not
+    /// understood. The host calls no foreign code meanwhile.
     virtual void Visit(SerializedContentElement& element);
 
     /// Writes what a flattened drawing keeps of the annotation. @return false when there is nothing to keep
@@ -189,7 +191,6 @@ public:
     du::SmartPtr<Scene> GetScene() const;
     /// Null when in none; does not own.
     AnnoSet* GetAnnoSet() const noexcept { return m_annoSet; }
-    void SetAnnoSet(AnnoSet* annoSet) noexcept { m_annoSet = annoSet; }
 
 protected:
     Annotation();
@@ -200,6 +201,9 @@ protected:
     void SetPreselectionCursor(const du::Symbol& cursor) { m_preselectionCursor = cursor; }
 
 private:
+    friend class AnnoSet;
+    friend class Scene;
+
     bool SetOwnVisibility(bool visible);
 
     du::Symbol m_class;
@@ -207,7 +211,9 @@ private:
     du::Symbol m_objectName;
     du::Symbol m_idPath;
     du::SmartPtr<Scene> m_scene;
-    AnnoSet* m_annoSet = nullptr;
+    std::unique_ptr<SerializedContentElement> m_unknownContent; ///< read and not understood; null when there is none
+    Scene* m_registeredWith = nullptr;                          ///< kept by the scene
+    AnnoSet* m_annoSet = nullptr;                               ///< kept by the set
     bool m_visible = true;
     bool m_selected = false;
     bool m_createdFromFile = false;

@@ -40,21 +40,53 @@ public:
 
     bool MayRun() const { return std::this_thread::get_id() == m_hostThread && !m_running; }
 
-    std::size_t GetCount() const
+    void PostAfterEvents(Event event)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_closed) {
+            m_afterEvents.push_back(std::move(event));
+        }
+    }
+
+    /// What one of them posts comes after the next round.
+    std::size_t RunAfterEvents()
+    {
+        std::deque<Event> due;
+        {
+            const std::lock_guard lock(m_mutex);
+            due.swap(m_afterEvents);
+        }
+        m_running = true;
+        for (const Event& event : due) {
+            event();
+        }
+        m_running = false;
+        return due.size();
+    }
+
+    std::size_t GetDueCount() const
     {
         const std::lock_guard lock(m_mutex);
         return m_events.size();
     }
 
+    std::size_t GetCount() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_events.size() + m_afterEvents.size();
+    }
+
     std::size_t Close()
     {
         std::deque<Event> dropped;
+        std::deque<Event> droppedAfter;
         {
             const std::lock_guard lock(m_mutex);
             m_closed = true;
             dropped.swap(m_events);
+            droppedAfter.swap(m_afterEvents);
         }
-        return dropped.size();
+        return dropped.size() + droppedAfter.size();
     }
 
 private:
@@ -62,6 +94,7 @@ private:
     bool m_running = false; ///< of the host thread alone
     mutable std::mutex m_mutex;
     std::deque<Event> m_events;
+    std::deque<Event> m_afterEvents;
     bool m_closed = false;
 };
 
@@ -80,17 +113,24 @@ void Kernel::PostEvent(Event event)
     }
 }
 
+void Kernel::PostAfterEvents(Event event)
+{
+    if (event) {
+        m_queue->PostAfterEvents(std::move(event));
+    }
+}
+
 std::size_t Kernel::ProcessEvents()
 {
     if (!m_queue->MayRun()) {
         return 0;
     }
-    const std::size_t due = m_queue->GetCount();
+    const std::size_t due = m_queue->GetDueCount();
     std::size_t delivered = 0;
     while (delivered < due && m_queue->RunOldest()) {
         ++delivered;
     }
-    return delivered;
+    return delivered + m_queue->RunAfterEvents();
 }
 
 bool Kernel::ProcessOneEvent() { return m_queue->MayRun() && m_queue->RunOldest(); }

@@ -38,6 +38,10 @@ public:
 
     void PostEvent(Event event);
 
+    /// [host thread] Delivers the event when the ProcessEvents that is running, or the next one, has delivered all others:
+    /// for work that many events ask for and that needs doing once.
+    void PostAfterEvents(Event event);
+
     /// [host thread] Delivers everything posted before the call. @return how many; 0 on another thread and when called
     /// from an event, since events keep their order
     std::size_t ProcessEvents();

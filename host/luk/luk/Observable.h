@@ -18,6 +18,7 @@ public:
     enum EventKind : int {
         EVENT_VISIBILITY_CHANGED = 1,
         EVENT_MEASUREMENT_DISPLAYED = 2,
+        EVENT_ANNOTATION_MODIFIED = 3, ///< of a set: something about a member is different
     };
 
     ~Observable() override;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <dom/Observer.h>
-#include <luk/Object.h>
+#include <du/Symbol.h>
 
 namespace luk
 {
@@ -9,10 +9,15 @@ namespace luk
 class Observable;
 
 /// Observer of a kernel object.
-class LUHOST_API Observer : public Object, public dom::Observer
+///
+/// Ownership: counted, from the ordinary allocator, as events are: observers belong to those who watch.
+class LUHOST_API Observer : public dom::Observer
 {
 public:
     ~Observer() override;
+
+    /// Word that names the observer's class in traces.
+    virtual du::Symbol GetObjectClass() const;
 
     /// [host thread] An event that the subject posted.
     /// @param kind one of Observable::EventKind

@@ -1,4 +1,5 @@
 #include <luk/CurrentHandle.h>
+#include <luk/Scene.h>
 #include <luk/World.h>
 
 namespace luk
@@ -24,6 +25,12 @@ bool World::GetIllustrationPreferences(du::SmartPtr<Preferences>& preferences) c
 void World::SetIllustrationPreferences(const du::SmartPtr<Preferences>& preferences)
 {
     m_illustrationPreferences = preferences;
+}
+
+void World::CloseScenes()
+{
+    m_undoStack.Clear();
+    Scene::CloseAll();
 }
 
 } // namespace luk

@@ -4,7 +4,7 @@
 namespace lukapp
 {
 
-LukApp::LukApp() = default;
+LukApp::LukApp() : m_sceneManager(du::MakeCounted<SceneManager>()) {}
 LukApp::~LukApp() = default;
 
 du::SmartPtr<LukApp> LukApp::Get() { return luk::CurrentHandle<LukApp>::GetSlot().Get(); }

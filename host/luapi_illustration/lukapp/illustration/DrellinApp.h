@@ -1,6 +1,8 @@
 #pragma once
 
+#include <du/SmartPtr.h>
 #include <du/Symbol.h>
+#include <luk/illustration/SbomTree.h>
 #include <lukapp/LukApp.h>
 
 namespace lukapp::illustration
@@ -26,7 +28,12 @@ public:
     /// @return false when there is none
     bool GetTemporaryDirectory(du::Symbol& directory) const;
 
+    /// The service tree of the open document; null when it has none.
+    const du::SmartPtr<luk::illustration::SbomTree>& GetSbomTree() const noexcept { return m_sbomTree; }
+    void SetSbomTree(const du::SmartPtr<luk::illustration::SbomTree>& tree) { m_sbomTree = tree; }
+
 private:
+    du::SmartPtr<luk::illustration::SbomTree> m_sbomTree;
     du::Symbol m_temporaryDirectory;
     bool m_ownsDirectory = false;
 };

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <luhost/io/SvgDecoder.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace luhost::io
+{
+
+/// Looks through the text of an SVG document for what would cost far more than the document is long.
+///
+/// *Rationale:* the SVG library bounds depth, elements and references, but not what entities expand to, nor the size of
+/// pictures and further documents that are written into an address, nor the work of a filter.
+///
+/// Cost: a few passes over the text, and the decoding of each embedded picture.
+class SvgGuard
+{
+public:
+    explicit SvgGuard(std::string_view text) : m_text(text) {}
+
+    /// Whether the first element is called svg.
+    bool IsSvg() const;
+
+    /// Entities must be short plain texts, in an encoding that keeps ASCII.
+    bool HasHarmlessEntities(std::string& problem) const;
+
+    /// What is embedded must be a picture that one of the decoders takes, or a font.
+    bool HasHarmlessData(const SvgDecoder::Decoders& decoders, std::string& problem) const;
+
+    /// Whether all filters of the document, each applied once to this many pixels, end in a reasonable time.
+    bool HasHarmlessFilters(std::uint64_t pixels, std::string& problem) const;
+
+private:
+    bool HasKnownEncoding() const;
+    bool HidesAddress() const;
+
+    std::string_view m_text;
+};
+
+} // namespace luhost::io

@@ -1,0 +1,8 @@
+#include <lug/Appearance.h>
+
+namespace lug
+{
+
+Appearance::~Appearance() = default;
+
+} // namespace lug

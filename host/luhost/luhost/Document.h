@@ -1,0 +1,128 @@
+#pragma once
+
+#include <dg/Camera3D.h>
+#include <du/RefCounted.h>
+#include <du/SmartPtr.h>
+#include <du/Symbol.h>
+#include <luhost/Package.h>
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace luk
+{
+class Annotation;
+class Scene;
+class SerializedContentElement;
+} // namespace luk
+
+namespace luk::illustration2d
+{
+class Scene2D;
+}
+
+namespace luhost
+{
+
+/// An open document: a view of the product in space, pages, and the annotations on them. In a file it is a package with
+/// "document.xml", the pictures below "Symbols/" and "library.xml", the entries of the symbol library that it uses.
+///
+/// Use:
+///
+///     std::string error;
+///     auto document = luhost::Document::Open(path, setup, error);
+///     ... load document->GetLibraryText() into the session's symbol library ...
+///     document->AttachAnnotations();
+///     loader->WaitForLoads();
+///     ... document->Save(path, error)
+///
+/// Pictures are unpacked into "Symbols" of the session's temporary folder. Each annotation is made by its class word
+/// through the factory, reads its content, and is attached to its scene.
+///
+/// Ownership: owns its scenes, and these their annotations; the session's world is given a container for as long as the
+/// document is open. Closes them at its end. One document is open in a session at a time.
+///
+/// Errors: a file that is no document is refused as a whole, with the reason. Content that is not understood is kept and
+/// written again in its place: annotations of an unknown class, unknown properties, unknown elements and package entries.
+/// What could not be read well is told by GetProblems.
+///
+/// Threads: belongs to the host thread.
+class LUHOST_API Document
+{
+public:
+    struct Setup {
+        /// Makes an annotation by its class word; null when it knows none.
+        std::function<du::SmartPtr<du::RefCounted>(const std::string& classWord)> createAnnotation;
+        std::shared_ptr<const PackageFormat> packages;
+    };
+
+    struct PageSize {
+        double width = 210.0;  ///< in millimetres
+        double height = 297.0; ///< in millimetres
+    };
+
+    /// A document with an empty view and no page.
+    static std::unique_ptr<Document> Create(Setup setup);
+
+    /// @return null, with the reason, when the file cannot be read or is no document
+    static std::unique_ptr<Document> Open(const std::string& path, Setup setup, std::string& error);
+
+    ~Document();
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+
+    /// The scene of the product; its view 0 is a luk::ShapeView with the document's camera.
+    const du::SmartPtr<luk::Scene>& GetScene() const noexcept;
+    dg::Camera3D GetCamera() const;
+    void SetCamera(const dg::Camera3D& camera);
+
+    std::size_t GetPageCount() const noexcept;
+    const du::SmartPtr<luk::illustration2d::Scene2D>& GetPage(std::size_t index) const;
+    /// @return the index of the new page
+    std::size_t AddPage(const PageSize& size);
+
+    /// The library entries that the document brought along, in the format of a symbol library; empty when none.
+    const std::string& GetLibraryText() const noexcept;
+    void SetLibraryText(std::string text);
+
+    /// Ids of the library entries that annotations are bound to, in order of first use: what library.xml has to hold.
+    /// Asks every annotation for its content.
+    std::vector<std::string> GetUsedTemplateIds() const;
+
+    /// Makes the annotations of the file and attaches them. Template indices in the file count the ids listed there; they
+    /// are resolved by id in the session's collection, so that the library must be loaded before. Once, after Open.
+    void AttachAnnotations();
+
+    /// Puts a new annotation into a scene of this document and attaches it; on a page also its 2D element is made.
+    /// @return false when it was refused
+    bool AddAnnotation(const du::SmartPtr<luk::Annotation>& annotation, const du::SmartPtr<luk::Scene>& scene);
+    /// Detaches it and lets go of it. @return false when it is not of this document
+    bool RemoveAnnotation(const du::SmartPtr<luk::Annotation>& annotation);
+
+    /// Those of the view, then those of each page, in the order in which they are drawn.
+    std::vector<du::SmartPtr<luk::Annotation>> GetAnnotations() const;
+    /// An annotation is addressed by its id path, which the document gives to each that has none and never twice.
+    du::SmartPtr<luk::Annotation> FindAnnotation(const std::string& idPath) const;
+    /// Index of the page that an annotation is on; -1 for the view.
+    int GetPageOf(const luk::Annotation& annotation) const;
+
+    /// Annotations of the file that nobody could make.
+    std::size_t GetUnknownAnnotationCount() const noexcept;
+
+    const std::vector<std::string>& GetProblems() const noexcept;
+
+    /// Packs what the document now is: pictures that some annotation names, and nothing twice. The same content gives the
+    /// same bytes.
+    bool Save(const std::string& path, std::string& error) const;
+
+private:
+    explicit Document(Setup setup);
+
+    class Content;
+    std::unique_ptr<Content> m_content;
+};
+
+} // namespace luhost

@@ -1,0 +1,120 @@
+#pragma once
+
+#include <dg/Camera3D.h>
+#include <du/Symbol.h>
+#include <luhost/Document.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace dg
+{
+class XmlElem;
+}
+
+namespace luk
+{
+class SerializedContentElement;
+}
+
+namespace luhost
+{
+
+/// What could not be read well, in words; no more of it than somebody may want to read.
+class DocumentProblems
+{
+public:
+    void Add(std::string problem);
+    const std::vector<std::string>& Get() const noexcept { return m_problems; }
+
+private:
+    std::vector<std::string> m_problems;
+};
+
+/// XML of an element that this program does not understand: further attributes, and elements between those that it knows.
+class KeptXml
+{
+public:
+    void ReadAttributes(const dg::XmlElem& element, std::initializer_list<std::string_view> known);
+    /// @param place number of known child elements that it stands behind
+    void Keep(std::size_t place, const dg::XmlElem& element);
+
+    const std::string& GetAttributes() const noexcept { return m_attributes; }
+    void Write(std::string& out, std::size_t place, int depth) const;
+
+    void ForEachElement(const std::function<void(const std::string&)>& look) const;
+
+private:
+    std::string m_attributes;
+    std::multimap<std::size_t, std::string> m_elements;
+};
+
+/// The content of "document.xml", apart from the annotations that have been made from it.
+struct DocumentFile {
+    static constexpr std::string_view kEntryName = "document.xml";
+
+    /// Something in a list of annotations. An annotation that has been made has given its content away.
+    struct Slot {
+        du::Symbol idPath;
+        std::unique_ptr<luk::SerializedContentElement> content;
+        std::string foreign; ///< an element that is no annotation
+    };
+
+    /// The view, or a page.
+    struct Part {
+        KeptXml kept;
+        KeptXml keptInList;
+        std::vector<Slot> annotations;
+        Document::PageSize size; ///< of a page
+    };
+
+    /// Writes the annotations of part 0, the view, or i + 1, page i. @return false to give up
+    using WriteAnnotations = std::function<bool(std::size_t part, std::string& out, int depth)>;
+
+    /// @return false, with the reason, for a text that is no document
+    bool Read(std::string xml, DocumentProblems& problems, std::string& error);
+
+    /// @param templateIds looked at when all annotations are written
+    bool Write(std::string& out, const dg::Camera3D& camera, const WriteAnnotations& writeAnnotations,
+               const std::vector<std::string>& templateIds) const;
+
+    Part& GetPart(std::size_t part) { return part == 0 ? view : pages[part - 1]; }
+
+    /// Gives the annotations id paths where they have none, or one that another has.
+    void CompleteIdPaths(DocumentProblems& problems);
+    /// An id path that no annotation has or had.
+    template <class IsTaken>
+    du::Symbol MakeIdPath(const IsTaken& isTaken)
+    {
+        for (;;) {
+            const du::Symbol idPath(std::string("s").append(std::to_string(nextId++)));
+            if (!isTaken(idPath)) {
+                return idPath;
+            }
+        }
+    }
+
+    std::string version = "1";
+    std::uint64_t nextId = 1;
+    dg::Camera3D camera;
+    Part view;
+    std::vector<Part> pages;
+    /// By position; none where the file names none.
+    std::vector<std::optional<std::string>> templateIds;
+
+    KeptXml kept;
+    KeptXml keptInCamera;
+    KeptXml keptInPages;
+    KeptXml keptInTemplates;
+    std::unordered_map<std::string, std::string> templateAttributes;
+};
+
+} // namespace luhost

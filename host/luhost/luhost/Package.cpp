@@ -1,0 +1,8 @@
+#include <luhost/Package.h>
+
+namespace luhost
+{
+
+PackageFormat::~PackageFormat() = default;
+
+} // namespace luhost

@@ -1,0 +1,8 @@
+#include <luk/Image.h>
+
+namespace luk
+{
+
+Image::~Image() = default;
+
+} // namespace luk

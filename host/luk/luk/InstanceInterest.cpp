@@ -1,0 +1,68 @@
+#include <luk/InstanceInterest.h>
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+namespace luk
+{
+
+class InstanceInterest::Content
+{
+public:
+    std::unordered_set<du::Symbol> idPaths;
+    std::unordered_set<Follower*> followers;
+};
+
+InstanceInterest::InstanceInterest() : m_content(std::make_unique<Content>()) {}
+
+InstanceInterest::~InstanceInterest() = default;
+
+bool InstanceInterest::Add(const du::Symbol& idPath)
+{
+    if (idPath.IsNull() || !m_content->idPaths.insert(idPath).second) {
+        return false;
+    }
+    for (Follower* const follower : m_content->followers) {
+        follower->OnPathAdded(idPath);
+    }
+    return true;
+}
+
+bool InstanceInterest::Remove(const du::Symbol& idPath)
+{
+    if (m_content->idPaths.erase(idPath) == 0) {
+        return false;
+    }
+    for (Follower* const follower : m_content->followers) {
+        follower->OnPathRemoved(idPath);
+    }
+    return true;
+}
+
+void InstanceInterest::Clear()
+{
+    for (const du::Symbol& idPath : std::exchange(m_content->idPaths, {})) {
+        for (Follower* const follower : m_content->followers) {
+            follower->OnPathRemoved(idPath);
+        }
+    }
+}
+
+bool InstanceInterest::Contains(const du::Symbol& idPath) const { return m_content->idPaths.contains(idPath); }
+
+std::size_t InstanceInterest::GetCount() const noexcept { return m_content->idPaths.size(); }
+
+std::vector<du::Symbol> InstanceInterest::GetIdPaths() const
+{
+    std::vector<du::Symbol> idPaths(m_content->idPaths.begin(), m_content->idPaths.end());
+    std::sort(idPaths.begin(), idPaths.end(),
+              [](const du::Symbol& a, const du::Symbol& b) { return a.GetText() < b.GetText(); });
+    return idPaths;
+}
+
+void InstanceInterest::AddFollower(Follower& follower) { m_content->followers.insert(&follower); }
+
+void InstanceInterest::RemoveFollower(Follower& follower) { m_content->followers.erase(&follower); }
+
+} // namespace luk

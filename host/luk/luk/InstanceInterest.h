@@ -1,0 +1,60 @@
+#pragma once
+
+#include <du/RefCounted.h>
+#include <du/SmartPtr.h>
+#include <du/Symbol.h>
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace luk
+{
+
+class ShapeSceneObservers;
+
+/// The id paths, of either tree, that an observer of a shape scene wants to hear about. Its owner may change it at any
+/// time; a change holds from the next notification on.
+///
+/// Ownership: counted; scenes that route by it hold it.
+///
+/// Threads: belongs to the host thread.
+///
+/// Cost: a change costs one update of each scene's index.
+class LUHOST_API InstanceInterest : public du::RefCounted
+{
+public:
+    InstanceInterest();
+    ~InstanceInterest() override;
+
+    /// @return false for null and for a path that is in the set already
+    bool Add(const du::Symbol& idPath);
+    bool Remove(const du::Symbol& idPath);
+    void Clear();
+    bool Contains(const du::Symbol& idPath) const;
+    std::size_t GetCount() const noexcept;
+    /// By their text.
+    std::vector<du::Symbol> GetIdPaths() const;
+
+private:
+    friend class ShapeSceneObservers;
+    class Content;
+
+    /// One that keeps an index of the paths.
+    class Follower
+    {
+    public:
+        virtual void OnPathAdded(const du::Symbol& idPath) = 0;
+        virtual void OnPathRemoved(const du::Symbol& idPath) = 0;
+
+    protected:
+        ~Follower() = default;
+    };
+
+    void AddFollower(Follower& follower);
+    void RemoveFollower(Follower& follower);
+
+    std::unique_ptr<Content> m_content;
+};
+
+} // namespace luk

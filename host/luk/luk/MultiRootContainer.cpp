@@ -1,0 +1,8 @@
+#include <luk/MultiRootContainer.h>
+
+namespace luk
+{
+
+MultiRootContainer::~MultiRootContainer() = default;
+
+} // namespace luk

@@ -1,0 +1,8 @@
+#include <luk/OperationStep.h>
+
+namespace luk
+{
+
+OperationStep::~OperationStep() = default;
+
+} // namespace luk

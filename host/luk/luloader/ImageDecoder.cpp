@@ -1,0 +1,8 @@
+#include <luloader/ImageDecoder.h>
+
+namespace luloader
+{
+
+ImageDecoder::~ImageDecoder() = default;
+
+} // namespace luloader

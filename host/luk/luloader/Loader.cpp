@@ -1,0 +1,574 @@
+#include <luk/CurrentHandle.h>
+#include <luk/Kernel.h>
+#include <luloader/Loader.h>
+#include <luloader/PictureCache.h>
+#include <luloader/RegularFile.h>
+#include <luloader/ShapeCache.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <new>
+#include <set>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <unordered_map>
+#include <utility>
+
+namespace luloader
+{
+
+namespace
+{
+
+constexpr int kFailed = 1;
+
+enum class Kind { Picture, Shape };
+
+/// One reading of a file, for everybody who asked before it began.
+struct Job {
+    Kind kind = Kind::Picture;
+    std::string path;
+    du::SmartPtr<luk::ImageData> picture;
+    du::SmartPtr<luk::Mesh> mesh;
+    std::string problem;
+
+    bool IsDone() const { return picture || mesh; }
+
+    void Fail(const char* reason)
+    {
+        picture = nullptr;
+        mesh = nullptr;
+        problem = reason;
+    }
+};
+
+struct Request {
+    du::SmartPtr<luk::Image> image;
+    du::SmartPtr<luk::Shape> shape;
+    du::SmartPtr<luk::AsyncEvent> event;
+
+    void Deliver(const Job& job) const
+    {
+        if (image) {
+            image->SetImageData(job.picture);
+            image->SetProblem(job.problem);
+        }
+        if (shape) {
+            if (job.mesh) {
+                shape->SetMesh(job.mesh);
+            }
+            shape->SetProblem(job.problem);
+        }
+        if (event) {
+            event->Complete(job.IsDone() ? 0 : kFailed);
+        }
+    }
+};
+
+/// The file of a shape. A name without a folder is one of the files that belong to the document.
+std::string PathOfShape(const luk::Shape& shape, const luk::Anchor* anchor)
+{
+    const std::string& path = shape.GetPath();
+    if (!anchor || path.find_first_of("/\\") != std::string::npos) {
+        return PathFromURL(path);
+    }
+    du::Symbol anchored;
+    return anchor->GetURLForFileSource(du::Symbol(path), anchored, false) ? anchored.GetText() : std::string();
+}
+
+std::size_t NumberOfWorkers(std::size_t wanted)
+{
+    constexpr std::size_t kAtMost = 4;
+    return wanted > 0 ? wanted : std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kAtMost);
+}
+
+} // namespace
+
+class Loader::Work : public std::enable_shared_from_this<Loader::Work>
+{
+public:
+    explicit Work(Config config)
+        : m_config(std::move(config)), m_maximumWorkers(NumberOfWorkers(m_config.workers)),
+          m_cache(m_config.maximumCachedBytes), m_meshes(m_config.maximumCachedBytes)
+    {
+    }
+
+    void Load(Request request, Job wanted);
+    bool Wait(const std::function<bool(std::size_t)>& onProgress);
+    void Stop();
+
+    std::size_t GetPendingCount() const noexcept { return IsCutOff() ? 0 : m_pending; }
+    std::size_t GetDecodeCount() const noexcept { return m_decodes; }
+
+private:
+    class Parcel;
+    class DecodingTurn;
+    /// What goes on with one path of one kind: at most one job runs and one waits.
+    struct Lane {
+        std::shared_ptr<Job> waiting;
+        bool isRunning = false;
+    };
+
+    static std::string LaneOf(const Job& job) { return (job.kind == Kind::Shape ? 's' : 'p') + job.path; }
+
+    /// Nothing will be delivered any more.
+    bool IsCutOff() const noexcept { return m_stopped || m_kernelClosed; }
+    std::shared_ptr<Job> JoinOrEnqueue(Job wanted);
+    bool HaveWorker();
+    void Deliver(const Job& job);
+    bool DeliverSome();
+    void DropRequests();
+
+    void RunWorker();
+    std::shared_ptr<Job> TakeJob();
+    void FinishJob(const Job& job);
+    void Post(const std::shared_ptr<Job>& job);
+    void NoteKernelClosed();
+    void ReadPicture(Job& job);
+    void ReadContent(const RegularFile& file, PictureCache::File& state, Job& job);
+    void Decode(std::string_view bytes, Job& job);
+    void ReadShape(Job& job);
+    void ReadMesh(const RegularFile& file, const FileIdentity& identity, Job& job);
+    void AskReaders(Job& job);
+
+    const Config m_config;
+    const std::size_t m_maximumWorkers;
+
+    // Of the host thread; the kernel is set before the first worker starts and stays until the last has ended.
+    const std::thread::id m_hostThread = std::this_thread::get_id();
+    du::SmartPtr<luk::Kernel> m_kernel;
+    std::unordered_map<const Job*, std::vector<Request>> m_requests;
+    std::size_t m_pending = 0;
+    std::size_t m_deliveries = 0;
+    bool m_isDelivering = false;
+    bool m_stopped = false;
+    std::vector<std::thread> m_workers;
+
+    std::atomic<std::size_t> m_decodes{0};
+    std::atomic<bool> m_kernelClosed{false};
+
+    std::mutex m_mutex; ///< guards what follows
+    std::condition_variable m_jobsChanged;
+    std::condition_variable m_posted;
+    std::condition_variable m_decoded;
+    bool m_isStopping = false;
+    std::size_t m_postCount = 0;
+    std::deque<std::shared_ptr<Job>> m_jobs;
+    std::unordered_map<std::string, Lane, du::TextHash, std::equal_to<>> m_lanes; ///< by what LaneOf says
+    PictureCache m_cache;
+    ShapeCache m_meshes;
+    std::set<std::size_t> m_decoding; ///< digests
+};
+
+/// A finished job on its way through the kernel, which drops it when it is closed.
+class Loader::Work::Parcel
+{
+public:
+    Parcel(std::shared_ptr<Work> work, std::shared_ptr<Job> job) : m_work(std::move(work)), m_job(std::move(job)) {}
+    ~Parcel()
+    {
+        if (m_job) {
+            m_work->NoteKernelClosed();
+        }
+    }
+    Parcel(const Parcel&) = delete;
+    Parcel& operator=(const Parcel&) = delete;
+
+    void Deliver() { m_work->Deliver(*std::exchange(m_job, nullptr)); }
+
+private:
+    std::shared_ptr<Work> m_work;
+    std::shared_ptr<Job> m_job;
+};
+
+/// Lets one worker at a time decode the same bytes, so that the others find the picture.
+class Loader::Work::DecodingTurn
+{
+public:
+    DecodingTurn(Work& work, std::size_t digest) : m_work(work), m_digest(digest)
+    {
+        std::unique_lock lock(m_work.m_mutex);
+        m_work.m_decoded.wait(lock, [&] { return m_work.m_decoding.insert(digest).second; });
+    }
+    ~DecodingTurn()
+    {
+        const std::lock_guard lock(m_work.m_mutex);
+        m_work.m_decoding.erase(m_digest);
+        m_work.m_decoded.notify_all();
+    }
+    DecodingTurn(const DecodingTurn&) = delete;
+    DecodingTurn& operator=(const DecodingTurn&) = delete;
+
+private:
+    Work& m_work;
+    std::size_t m_digest;
+};
+
+void Loader::Work::Load(Request request, Job wanted)
+{
+    const du::SmartPtr<luk::Kernel> kernel = luk::Kernel::GetKernel();
+    if (!kernel || IsCutOff()) {
+        return;
+    }
+    if (!m_kernel) {
+        m_kernel = kernel;
+    }
+    const std::shared_ptr<Job> job = JoinOrEnqueue(std::move(wanted));
+    m_requests[job.get()].push_back(std::move(request));
+    ++m_pending;
+}
+
+/// A job that runs already may have read the file before it last changed, so that it is too late to join it.
+std::shared_ptr<Job> Loader::Work::JoinOrEnqueue(Job wanted)
+{
+    const auto job = std::make_shared<Job>(std::move(wanted));
+    if (job->IsDone()) {
+        Post(job);
+        return job;
+    }
+    const bool haveWorker = HaveWorker();
+    std::unique_lock lock(m_mutex);
+    Lane& lane = m_lanes[LaneOf(*job)];
+    if (lane.waiting) {
+        return lane.waiting;
+    }
+    if (!haveWorker) {
+        m_lanes.erase(LaneOf(*job));
+        lock.unlock();
+        job->Fail("the system gives no thread to read it with");
+        Post(job);
+        return job;
+    }
+    lane.waiting = job;
+    if (!lane.isRunning) {
+        m_jobs.push_back(job);
+        m_jobsChanged.notify_one();
+    }
+    return job;
+}
+
+/// Starts one more for each load, up to the maximum.
+bool Loader::Work::HaveWorker()
+{
+    if (m_workers.size() < m_maximumWorkers) {
+        try {
+            m_workers.emplace_back([this] { RunWorker(); });
+        } catch (const std::system_error&) {
+            // Those that there are do the work.
+        }
+    }
+    return !m_workers.empty();
+}
+
+void Loader::Work::Deliver(const Job& job)
+{
+    const auto found = m_requests.find(&job);
+    if (found == m_requests.end()) {
+        return;
+    }
+    std::vector<Request> requests = std::move(found->second);
+    m_requests.erase(found);
+    m_isDelivering = true;
+    for (Request& request : requests) {
+        if (IsCutOff()) {
+            break;
+        }
+        --m_pending;
+        ++m_deliveries;
+        std::exchange(request, {}).Deliver(job);
+    }
+    m_isDelivering = false;
+}
+
+bool Loader::Work::Wait(const std::function<bool(std::size_t)>& onProgress)
+{
+    using namespace std::chrono_literals;
+    if (std::this_thread::get_id() != m_hostThread || m_isDelivering) {
+        return false;
+    }
+    bool hasRest = true; // what the last deliveries may have posted
+    while (m_pending > 0 || hasRest) {
+        hasRest = m_pending > 0;
+        std::unique_lock lock(m_mutex);
+        const std::size_t postCount = m_postCount;
+        lock.unlock();
+        const std::size_t deliveries = m_deliveries;
+        const bool delivered = DeliverSome();
+        if (m_kernelClosed) {
+            DropRequests();
+        }
+        if (!delivered || IsCutOff() || (onProgress && !onProgress(m_pending))) {
+            return false;
+        }
+        if (m_pending > 0 && m_deliveries == deliveries) {
+            // Briefly while others keep posting: what they post may be on the way to a load.
+            const auto pause = m_kernel->GetPendingEventCount() > 0 ? 1ms : 50ms;
+            lock.lock();
+            m_posted.wait_for(lock, pause, [&] { return m_postCount != postCount || m_kernelClosed; });
+        }
+    }
+    return !IsCutOff();
+}
+
+/// @return false when the kernel delivers nothing although there is something, as inside an event
+bool Loader::Work::DeliverSome()
+{
+    const du::SmartPtr<luk::Kernel> kernel = m_kernel;
+    return !kernel || kernel->GetPendingEventCount() == 0 || kernel->ProcessEvents() > 0;
+}
+
+void Loader::Work::Stop()
+{
+    m_stopped = true;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isStopping = true;
+        m_jobs.clear();
+        m_lanes.clear();
+        m_jobsChanged.notify_all();
+    }
+    for (std::thread& worker : std::exchange(m_workers, {})) {
+        worker.join();
+    }
+    m_cache.Clear();
+    m_meshes.Clear();
+    m_kernel = nullptr;
+    DropRequests();
+}
+
+/// The requests end last and with nothing locked, since their end may ask for further loads.
+void Loader::Work::DropRequests()
+{
+    m_pending = 0;
+    std::exchange(m_requests, {}).clear();
+}
+
+void Loader::Work::RunWorker()
+{
+    while (const std::shared_ptr<Job> job = TakeJob()) {
+        try {
+            job->kind == Kind::Shape ? ReadShape(*job) : ReadPicture(*job);
+        } catch (const std::bad_alloc&) {
+            job->Fail("there is not enough memory");
+        } catch (...) {
+            job->Fail("it cannot be decoded");
+        }
+        Post(job);
+        FinishJob(*job);
+    }
+}
+
+/// Waits for one. @return null when there will be none
+std::shared_ptr<Job> Loader::Work::TakeJob()
+{
+    std::unique_lock lock(m_mutex);
+    m_jobsChanged.wait(lock, [this] { return m_isStopping || !m_jobs.empty(); });
+    if (m_isStopping) {
+        return nullptr;
+    }
+    std::shared_ptr<Job> job = std::move(m_jobs.front());
+    m_jobs.pop_front();
+    Lane& lane = m_lanes[LaneOf(*job)];
+    lane.waiting = nullptr;
+    lane.isRunning = true;
+    return job;
+}
+
+void Loader::Work::FinishJob(const Job& job)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto lane = m_lanes.find(LaneOf(job));
+    if (lane == m_lanes.end()) {
+        return;
+    }
+    lane->second.isRunning = false;
+    if (lane->second.waiting) {
+        m_jobs.push_back(lane->second.waiting);
+        m_jobsChanged.notify_one();
+    } else {
+        m_lanes.erase(lane);
+    }
+}
+
+void Loader::Work::Post(const std::shared_ptr<Job>& job)
+{
+    try {
+        m_kernel->PostEvent([parcel = std::make_shared<Parcel>(shared_from_this(), job)] { parcel->Deliver(); });
+    } catch (const std::bad_alloc&) {
+        NoteKernelClosed();
+    }
+    const std::lock_guard lock(m_mutex);
+    ++m_postCount;
+    m_posted.notify_one();
+}
+
+void Loader::Work::NoteKernelClosed()
+{
+    m_kernelClosed = true;
+    const std::lock_guard lock(m_mutex);
+    m_posted.notify_one();
+}
+
+void Loader::Work::ReadPicture(Job& job)
+{
+    const RegularFile file(job.path);
+    PictureCache::File state{job.path, {}, false};
+    if (!file.IsOpen() || !file.Identify(state.identity)) {
+        job.problem = RegularFile::Explain(job.path);
+        return;
+    }
+    {
+        const std::lock_guard lock(m_mutex);
+        job.picture = m_cache.FindFile(state);
+    }
+    if (!job.picture) {
+        ReadContent(file, state, job);
+    }
+}
+
+void Loader::Work::ReadContent(const RegularFile& file, PictureCache::File& state, Job& job)
+{
+    auto bytes = std::make_shared<std::string>();
+    if (!file.Read(m_config.maximumFileBytes, *bytes, job.problem)) {
+        return;
+    }
+    FileIdentity afterwards;
+    state.isSettled = file.Identify(afterwards) && afterwards == state.identity && afterwards.IsSettled();
+    const PictureCache::Content content{du::TextHash()(*bytes), std::move(bytes)};
+
+    const DecodingTurn turn(*this, content.digest);
+    {
+        const std::lock_guard lock(m_mutex);
+        job.picture = m_cache.FindContent(content, state);
+    }
+    if (job.picture) {
+        return;
+    }
+    Decode(*content.bytes, job);
+    if (job.picture) {
+        const std::lock_guard lock(m_mutex);
+        m_cache.Add(content, state, job.picture);
+    }
+}
+
+void Loader::Work::Decode(std::string_view bytes, Job& job)
+{
+    const auto decoder = std::find_if(m_config.decoders.begin(), m_config.decoders.end(),
+                                      [&](const auto& candidate) { return candidate->Recognises(bytes); });
+    if (decoder == m_config.decoders.end()) {
+        job.problem = "it is no picture of a known format";
+        return;
+    }
+    ++m_decodes;
+    job.picture = (*decoder)->Decode(bytes, job.problem);
+    if (job.picture) {
+        job.problem.clear();
+    } else if (job.problem.empty()) {
+        job.problem = "it is damaged";
+    }
+}
+
+void Loader::Work::ReadShape(Job& job)
+{
+    const RegularFile file(job.path);
+    FileIdentity identity;
+    if (!file.IsOpen() || !file.Identify(identity)) {
+        job.problem = RegularFile::Explain(job.path);
+        return;
+    }
+    {
+        const std::lock_guard lock(m_mutex);
+        job.mesh = m_meshes.FindFile(job.path, identity);
+    }
+    if (!job.mesh) {
+        ReadMesh(file, identity, job);
+    }
+}
+
+/// Readers open the file by themselves, so that the mesh is of the bytes seen here only if these are still the same
+/// afterwards.
+void Loader::Work::ReadMesh(const RegularFile& file, const FileIdentity& identity, Job& job)
+{
+    std::string bytes;
+    if (!file.Read(m_config.maximumFileBytes, bytes, job.problem)) {
+        return;
+    }
+    const ShapeCache::Content content(bytes);
+    std::string().swap(bytes);
+
+    const DecodingTurn turn(*this, content.digest);
+    {
+        const std::lock_guard lock(m_mutex);
+        job.mesh = m_meshes.FindContent(content, job.path, identity);
+    }
+    if (job.mesh) {
+        return;
+    }
+    AskReaders(job);
+    const RegularFile afterwards(job.path);
+    std::string problem;
+    if (job.mesh && afterwards.IsOpen() && afterwards.Read(m_config.maximumFileBytes, bytes, problem) &&
+        ShapeCache::Content(bytes) == content) {
+        const std::lock_guard lock(m_mutex);
+        m_meshes.Add(content, job.path, identity, job.mesh);
+    }
+}
+
+void Loader::Work::AskReaders(Job& job)
+{
+    job.problem = "there is nobody to read shapes";
+    ++m_decodes;
+    for (const auto& reader : m_config.shapeReaders) {
+        job.problem.clear();
+        job.mesh = reader->Read(job.path, job.problem);
+        if (job.mesh) {
+            job.problem.clear();
+            return;
+        }
+    }
+    if (job.problem.empty()) {
+        job.problem = "it is damaged";
+    }
+}
+
+Loader::Loader(Config config) : m_work(std::make_shared<Work>(std::move(config))) {}
+
+Loader::~Loader() { Stop(); }
+
+du::SmartPtr<Loader> Loader::GetLoader() { return luk::CurrentHandle<Loader>::GetSlot().Get(); }
+
+void Loader::SetLoader(const du::SmartPtr<Loader>& loader) { luk::CurrentHandle<Loader>::GetSlot().Set(loader); }
+
+void Loader::LoadImage(const du::SmartPtr<luk::Image>& image, const du::SmartPtr<luk::AsyncEvent>& event,
+                       const du::Symbol&)
+{
+    const std::string path = image ? PathFromURL(image->GetURL().GetText()) : std::string();
+    m_work->Load({image, nullptr, event}, {Kind::Picture, path, nullptr, nullptr, {}});
+}
+
+void Loader::LoadShape(const du::SmartPtr<luk::Shape>& shape, unsigned int, const du::SmartPtr<luk::AsyncEvent>& event,
+                       const du::SmartPtr<luk::Anchor>& anchor)
+{
+    const std::string path = shape ? PathOfShape(*shape, anchor.get()) : std::string();
+    const du::SmartPtr<luk::Mesh> mesh = shape ? shape->GetMesh() : du::SmartPtr<luk::Mesh>();
+    m_work->Load({nullptr, shape, event}, {Kind::Shape, path, nullptr, mesh, {}});
+}
+
+std::size_t Loader::GetPendingCount() const noexcept { return m_work->GetPendingCount(); }
+
+std::size_t Loader::GetDecodeCount() const noexcept { return m_work->GetDecodeCount(); }
+
+bool Loader::WaitForLoads(const std::function<bool(std::size_t)>& onProgress)
+{
+    const std::shared_ptr<Work> work = m_work; // a delivery may end the loader
+    return work->Wait(onProgress);
+}
+
+void Loader::Stop() { m_work->Stop(); }
+
+} // namespace luloader

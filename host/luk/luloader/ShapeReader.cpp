@@ -1,0 +1,8 @@
+#include <luloader/ShapeReader.h>
+
+namespace luloader
+{
+
+ShapeReader::~ShapeReader() = default;
+
+} // namespace luloader

@@ -1,0 +1,8 @@
+#include <lukapp/SceneManager.h>
+
+namespace lukapp
+{
+
+SceneManager::~SceneManager() = default;
+
+} // namespace lukapp

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <luhost/render/CairoHandles.h>
+#include <luhost/render/Placement.h>
+
+namespace luhost::render
+{
+
+/// Paints placements onto a surface whose user space is that of the sheet.
+class CairoPainter
+{
+public:
+    /// @param pixelsPerUnit,mostPatchPixels detail of patches
+    CairoPainter(cairo_t* context, const Sheet& sheet, double pixelsPerUnit, double mostPatchPixels)
+        : m_context(context), m_sheet(sheet), m_pixelsPerUnit(pixelsPerUnit), m_mostPatchPixels(mostPatchPixels)
+    {
+    }
+
+    void PaintBackground(const dg::Color& color);
+    void Paint(const Placement& placement);
+
+private:
+    void PaintParts(const Placement& placement);
+    void PaintMissing(const Placement& placement);
+    void PaintWhole(const Placement& placement);
+    void PaintPatch(const Placement& placement);
+    void AddPath(const Polygon& points, bool closed);
+    void ClipAround(const Placement& placement);
+    void SetColor(const dg::Color& color);
+
+    cairo_t* m_context;
+    Sheet m_sheet;
+    double m_pixelsPerUnit;
+    double m_mostPatchPixels;
+};
+
+} // namespace luhost::render

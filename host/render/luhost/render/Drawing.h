@@ -1,0 +1,44 @@
+#pragma once
+
+#include <dg/Color.h>
+#include <dg/DPoint2D.h>
+#include <du/SmartPtr.h>
+#include <luk/ImageData.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace luhost::render
+{
+
+/// One picture of a drawing, with its box and its frame.
+struct DrawnPicture {
+    /// Corners of the box on the drawing: where the upper left, upper right, lower right and lower left corner of the
+    /// picture go, flips included. Any four points; a view in perspective gives no parallelogram.
+    std::array<dg::DPoint2D, 4> corners;
+    du::SmartPtr<luk::ImageData> image; ///< null: the box is drawn with a cross
+    dg::Color fillColor{0.0F, 0.0F, 0.0F, 0.0F};
+    dg::Color lineColor{0.0F, 0.0F, 0.0F, 0.0F};
+    double lineWidth = 0.0;  ///< in units of the drawing; 0 for no frame
+    double opacity = 1.0;    ///< 0 to 1, of all of it
+    std::string id;          ///< what people address it by; may be empty
+    std::string title;       ///< shown as a tooltip where the output knows such; may be empty
+    std::string description; ///< below the title; may be empty
+};
+
+/// What is to be put on paper or screen: a sheet and the pictures on it, the lowest first.
+///
+/// Frames: x to the right and y down from the upper left corner of the sheet.
+struct Drawing {
+    enum class Unit { Millimetre, Pixel };
+
+    double width = 0.0;
+    double height = 0.0;
+    Unit unit = Unit::Pixel;
+    dg::Color background{1.0F, 1.0F, 1.0F, 0.0F}; ///< alpha 0 for none
+    std::string title;                            ///< of the document; may be empty
+    std::vector<DrawnPicture> pictures;
+};
+
+} // namespace luhost::render

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <luhost/render/Drawing.h>
+
+#include <string>
+
+namespace luhost::render
+{
+
+/// Each makes a whole file in memory. The same drawing gives the same bytes, on any machine for SVG and PDF.
+///
+/// Errors: false with the reason: a sheet that is empty, larger than `kMaximumPixels`, or longer than 32,767 pixels at 96 an
+/// inch; no memory for it. Corners that are no numbers or make no box draw nothing, a box that is concave or crosses
+/// itself is drawn without its picture.
+///
+/// Cost: linear in the pictures and in the pixels that are seen of those in perspective.
+///
+/// SVG: `<image>` elements with their pictures embedded once each (`<symbol>` and `<use>` where one is used several
+/// times), `<title>` and `<desc>` for tooltips, `data-annotation` with the id. Vector pictures stay vectors in SVG and PDF.
+bool WriteSvg(const Drawing& drawing, std::string& svg, std::string& error);
+bool WritePdf(const Drawing& drawing, std::string& pdf, std::string& error);
+
+/// @param pixelWidth,pixelHeight size of the picture; the drawing is fitted into it and centred. 0: from the other, or from
+/// the drawing, at 96 pixels an inch where it is in millimetres
+bool WritePng(const Drawing& drawing, int pixelWidth, int pixelHeight, std::string& png, std::string& error);
+
+inline constexpr double kMaximumPixels = 268435456.0; ///< 16,384 x 16,384
+
+} // namespace luhost::render

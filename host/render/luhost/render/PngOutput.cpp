@@ -1,0 +1,93 @@
+#include <luhost/render/CairoPainter.h>
+#include <luhost/render/DrawingOutput.h>
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <utility>
+
+namespace luhost::render
+{
+
+namespace
+{
+
+struct Size {
+    double width;
+    double height;
+};
+
+Size PictureSize(const Drawing& drawing, int pixelWidth, int pixelHeight)
+{
+    const auto whole = [](double pixels) { return std::max(1.0, std::round(pixels)); };
+    Size size{1.0 * pixelWidth, 1.0 * pixelHeight};
+    if (pixelWidth <= 0 && pixelHeight <= 0) {
+        size = {drawing.width * PixelsPerUnit(drawing), drawing.height * PixelsPerUnit(drawing)};
+    } else if (pixelWidth <= 0) {
+        size.width = drawing.width / drawing.height * pixelHeight;
+    } else if (pixelHeight <= 0) {
+        size.height = drawing.height / drawing.width * pixelWidth;
+    }
+    return {whole(size.width), whole(size.height)};
+}
+
+/// Where the sheet lies on the picture, in whole pixels: a sheet that ended within a pixel would fade there.
+PixelWindow FitSheet(const Drawing& drawing, const Size& size)
+{
+    const double scale = std::min(size.width / drawing.width, size.height / drawing.height);
+    const double width = std::clamp(std::round(drawing.width * scale), 1.0, size.width);
+    const double height = std::clamp(std::round(drawing.height * scale), 1.0, size.height);
+    return {static_cast<int>((size.width - width) / 2.0), static_cast<int>((size.height - height) / 2.0),
+            static_cast<int>(width), static_cast<int>(height)};
+}
+
+void PaintSheet(const Drawing& drawing, cairo_surface_t* surface, const PixelWindow& window)
+{
+    const CairoSurface part(
+        cairo_surface_create_for_rectangle(surface, window.left, window.top, window.width, window.height));
+    const CairoContext context(cairo_create(part.get()));
+    const double scaleX = window.width / drawing.width;
+    const double scaleY = window.height / drawing.height;
+    const Sheet sheet{1.0 * window.width, 1.0 * window.height, SheetOf(drawing).thinLine * std::sqrt(scaleX * scaleY)};
+    CairoPainter painter(context.get(), sheet, 1.0, kMaximumPixels);
+    PictureStore store;
+    painter.PaintBackground(drawing.background);
+    for (const DrawnPicture& picture : drawing.pictures) {
+        if (auto placement = Place(picture, sheet, scaleX, scaleY, store)) {
+            if (placement->content == Placement::Content::Whole) {
+                // Resampled by us, enlarged pictures have no border that fades, shrunk ones lose no lines.
+                placement->content = Placement::Content::Patch;
+            }
+            painter.Paint(*placement);
+        }
+    }
+}
+
+} // namespace
+
+bool WritePng(const Drawing& drawing, int pixelWidth, int pixelHeight, std::string& png, std::string& error)
+{
+    png.clear();
+    if (!CheckSheet(drawing, error)) {
+        return false;
+    }
+    const Size size = PictureSize(drawing, pixelWidth, pixelHeight);
+    if (!(size.width * size.height <= kMaximumPixels && size.width <= kMaximumSide && size.height <= kMaximumSide)) {
+        error = "the picture is too large";
+        return false;
+    }
+    try {
+        const CairoSurface surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(size.width),
+                                                              static_cast<int>(size.height)));
+        PaintSheet(drawing, surface.get(), FitSheet(drawing, size));
+        if (cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS && EncodePng(surface.get(), png)) {
+            return true;
+        }
+    } catch (const std::bad_alloc&) {
+    }
+    png.clear();
+    error = "out of memory";
+    return false;
+}
+
+} // namespace luhost::render

@@ -1,0 +1,481 @@
+#include "luk_illustration/Entry.h"
+#include "support/Contains.h"
+#include "support/SessionTest.h"
+
+#include <luhost/Document.h>
+#include <luk/AnnoSet.h>
+#include <luk/AnnotationContentVisitor.h>
+#include <luk/illustration2d/Scene2D.h>
+#include <luk/illustration2d/Stamp2D.h>
+#include <luk/SerializedContentElement.h>
+#include <luk/View.h>
+#include <luk/World.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+#include <map>
+
+namespace test
+{
+
+namespace
+{
+
+using luhost::Document;
+using luhost::PackageEntry;
+using luk::SerializedContentElement;
+
+constexpr std::uint64_t kNone = std::numeric_limits<std::uint64_t>::max();
+
+/// Keeps its text, its picture and the index of its template, as a symbol does.
+class Note : public luk::Annotation
+{
+public:
+    Note(const std::string& noteText = {}, std::uint64_t index = kNone) : text(noteText), templateIndex(index)
+    {
+        SetClass(du::Symbol("note"));
+    }
+
+    void Visit(SerializedContentElement& element) override
+    {
+        SerializedContentElement& own = element.StartChild(GetClass());
+        luk::Annotation::Visit(own);
+        own.AddProperty(du::Symbol("text"), text);
+        own.AddProperty(du::Symbol("picture"), picture);
+        if (templateIndex != kNone) {
+            own.AddProperty(du::Symbol("templateIndex"), templateIndex);
+        }
+        SerializedContentElement* inner = &own;
+        for (int i = 0; i < depth; ++i) {
+            inner = &inner->StartChild(du::Symbol("level"));
+        }
+    }
+
+    bool InitializeFromSerializedContent(const SerializedContentElement* element) override
+    {
+        class Visitor : public luk::Annotation::SerializedContentVisitor
+        {
+        public:
+            explicit Visitor(Note& read) : SerializedContentVisitor(read), note(read) {}
+            bool VisitSymbol(const du::Symbol& key, const du::Symbol& value) override
+            {
+                if (key == du::Symbol("text") || key == du::Symbol("picture")) {
+                    (key == du::Symbol("text") ? note.text : note.picture) = value;
+                    return true;
+                }
+                return SerializedContentVisitor::VisitSymbol(key, value);
+            }
+            bool VisitUint64(const du::Symbol&, std::uint64_t value) override
+            {
+                note.templateIndex = value;
+                return true;
+            }
+            Note& note;
+        };
+        Visitor visitor(*this);
+        element->Visit(visitor, true);
+        return text != du::Symbol("refuse");
+    }
+
+    void CreateAnnotation2D(const du::SmartPtr<luk::Scene>& scene) override
+    {
+        for (const bool isDerived : {true, false}) {
+            const auto stamp = du::MakeCounted<luk::illustration2d::Stamp2D>();
+            stamp->SetIDPath(GetIDPath());
+            stamp->SetDerivedFromSymbol(isDerived);
+            du::DynamicCast<luk::illustration2d::Scene2D>(scene)->GetDocument()->AppendNode(stamp);
+        }
+    }
+
+    du::Symbol text;
+    du::Symbol picture;
+    std::uint64_t templateIndex;
+    int depth = 0;
+};
+
+/// Packages in memory.
+class Packages : public luhost::PackageFormat
+{
+public:
+    bool Read(const std::string& path, std::vector<PackageEntry>& entries, std::string& error) const override
+    {
+        error = files.count(path) == 0 ? "no such package" : "";
+        for (const auto& [name, bytes] : files[path]) {
+            entries.push_back({name, bytes});
+        }
+        return error.empty();
+    }
+    bool Write(const std::string& path, std::vector<PackageEntry> entries, std::string& error) const override
+    {
+        error = isFull ? "full" : "";
+        if (!isFull) {
+            files[path].clear();
+            for (PackageEntry& entry : entries) {
+                EXPECT_TRUE(files[path].emplace(entry.name, entry.bytes).second) << entry.name;
+            }
+        }
+        return !isFull;
+    }
+
+    mutable std::map<std::string, std::map<std::string, std::string>> files;
+    bool isFull = false;
+};
+
+class DocumentTest : public SessionTest
+{
+protected:
+    Document::Setup MakeSetup() const
+    {
+        const auto create = [](const std::string& word) {
+            return word == "note" ? du::SmartPtr<du::RefCounted>(du::MakeCounted<Note>()) : nullptr;
+        };
+        return {create, m_packages};
+    }
+
+    std::unique_ptr<Document> Open(const std::string& path, bool withAnnotations = true)
+    {
+        std::string error;
+        auto document = Document::Open(path, MakeSetup(), error);
+        EXPECT_TRUE(document) << error;
+        if (document && withAnnotations) {
+            document->AttachAnnotations();
+        }
+        return document;
+    }
+    std::unique_ptr<Document> OpenXml(const std::string& xml)
+    {
+        m_packages->files["in"]["document.xml"] = xml;
+        return Open("in");
+    }
+
+    const std::map<std::string, std::string>& Save(const Document& document)
+    {
+        std::string error;
+        EXPECT_TRUE(document.Save("out", error)) << error;
+        return m_packages->files["out"];
+    }
+
+    static du::SmartPtr<Note> Add(Document& document, const std::string& text, std::uint64_t index = kNone,
+                                  const du::SmartPtr<luk::Scene>& scene = nullptr)
+    {
+        auto note = du::MakeCounted<Note>(text, index);
+        EXPECT_TRUE(document.AddAnnotation(note, scene ? scene : document.GetScene()));
+        return note;
+    }
+    static du::SmartPtr<Note> NoteAt(const Document& document, std::size_t index)
+    {
+        return du::DynamicCast<Note>(document.GetAnnotations().at(index));
+    }
+
+    void UseTemporaryFolder(const std::string& name)
+    {
+        std::filesystem::create_directories(m_folder.Path(name));
+        m_config.temporaryDirectory = m_folder.Path(name);
+        RestartSession();
+    }
+
+    std::shared_ptr<Packages> m_packages = std::make_shared<Packages>();
+};
+
+std::string Xml(const std::string& view, const std::string& rest = {})
+{
+    return "<document version='1'><view><annotations>" + view + "</annotations></view>" + rest + "</document>";
+}
+
+std::string NoteXml(const std::string& properties) { return "<element name='note'>" + properties + "</element>"; }
+
+TEST_F(DocumentTest, SavedAndOpenedAndSavedAgainIsTheSameToTheByte)
+{
+    UseTemporaryFolder("one");
+    m_folder.Write("one/Symbols/used.png", "picture");
+    m_folder.Write("one/Symbols/unused.png", "picture");
+    std::map<std::string, std::string> first;
+    {
+        const auto document = Document::Create(MakeSetup());
+        dg::Camera3D camera;
+        camera.SetOrthographic(0.1);
+        camera.SetPerspective(60.5);
+        camera.SetLocation(dg::Location());
+        camera.SetViewport(800, 600);
+        document->SetCamera(camera);
+        document->SetLibraryText("<library/>");
+        document->AddPage({100.5, 50.0});
+        document->AddPage({});
+        Add(*document, "a")->picture = du::Symbol("used.png");
+        Add(*document, "b", kNone, document->GetPage(1))->Hide(false, nullptr, 0);
+        first = Save(*document);
+    }
+    EXPECT_EQ(first.at("Symbols/used.png"), "picture");
+    EXPECT_EQ(first.size(), 3u);
+    UseTemporaryFolder("two");
+    const auto document = Open("out", false);
+    EXPECT_TRUE(document->GetProblems().empty());
+    EXPECT_EQ(Save(*document), first) << "before the annotations are made";
+    document->AttachAnnotations();
+    EXPECT_EQ(Save(*document), first);
+    EXPECT_EQ(m_folder.Read("two/Symbols/used.png"), "picture");
+    EXPECT_EQ(document->GetLibraryText(), "<library/>");
+    EXPECT_EQ(document->GetCamera().GetOrthographicWidth(), 0.1);
+    EXPECT_FALSE(document->GetCamera().IsOrthographic());
+    EXPECT_EQ(document->GetPage(0)->GetDocument()->GetWidth(), 100.5);
+    EXPECT_EQ(document->GetPageOf(*NoteAt(*document, 0)), -1);
+    EXPECT_EQ(document->GetPageOf(*NoteAt(*document, 1)), 1);
+    EXPECT_FALSE(NoteAt(*document, 1)->IsVisible());
+    EXPECT_EQ(NoteAt(*document, 1)->GetScene(), document->GetPage(1));
+}
+
+TEST_F(DocumentTest, TemplatesAreFoundAgainByTheirIds)
+{
+    const auto fill = [](std::initializer_list<const char*> ids) {
+        for (const char* const id : ids) {
+            Collection::GetCollection()->AddAssociativeObject(MakeEntry(id));
+        }
+    };
+    fill({"x", "y", "z"});
+    {
+        const auto document = Document::Create(MakeSetup());
+        for (const std::uint64_t index : {2U, 0U, 2U}) {
+            Add(*document, "n", index);
+        }
+        Add(*document, "wild", 77);
+        EXPECT_EQ(document->GetUsedTemplateIds(), (std::vector<std::string>{"z", "x"}));
+        Save(*document);
+    }
+    RestartSession();
+    fill({"y", "z", "z"});
+    const std::map<std::string, std::string> first = m_packages->files["out"];
+    auto document = Open("out");
+    EXPECT_EQ(NoteAt(*document, 0)->templateIndex, 1u);
+    EXPECT_EQ(NoteAt(*document, 1)->templateIndex, kNone) << "\"x\" is not in this library";
+    EXPECT_EQ(NoteAt(*document, 3)->templateIndex, kNone);
+    EXPECT_EQ(document->GetUsedTemplateIds(), (std::vector<std::string>{"z", "x"}));
+    Save(*document);
+    document = Open("out");
+    EXPECT_EQ(Save(*document), (std::map<std::string, std::string>(m_packages->files["out"])));
+    EXPECT_TRUE(Contains(m_packages->files["out"]["document.xml"], "<template id=\"x\"/>"));
+
+    // Once bound to something else it stays away from what it was bound to.
+    NoteAt(*document, 1)->templateIndex = 0;
+    EXPECT_EQ(document->GetUsedTemplateIds(), (std::vector<std::string>{"z", "y"}));
+    NoteAt(*document, 1)->templateIndex = kNone;
+    EXPECT_EQ(document->GetUsedTemplateIds(), std::vector<std::string>{"z"});
+}
+
+TEST_F(DocumentTest, WhatIsNotUnderstoodIsWrittenAgainInItsPlace)
+{
+    const std::string index = "<uint64 key='templateIndex' value='1'/>";
+    const std::string xml =
+        "<document version='7' nextId='5' a='1'><early/><view b='2'><before/><camera c='3' projection='orthographic' "
+        "width='1' fieldOfView='45' location='1 0 0 0 1 0 0 0 1 0 0 0' pixelWidth='0' pixelHeight='0'><lens/></camera>"
+        "<annotations d='4'><element name='note' e='5'>" +
+        index + "<int64 key='later'/></element><group/><element name='alien' f='6'><point key='p' value='1 2 nan'/>" +
+        index +
+        "<symbol key='pic' value='alien.png'/></element><element name='note'/></annotations><behind/></view>"
+        "<pages g='7'><page width='10' height='20' h='8'><element name='misplaced'/></page><gap/></pages><pages/>"
+        "<templates><template id='unused'/><template id='t' i='9'/><other/></templates><late>text</late></document>";
+    m_packages->files["in"] = {{"extra/thing.bin", "kept"}, {"Symbols/alien.png", "p"}, {"Symbols/no/way.png", "q"}};
+    const auto document = OpenXml(xml);
+    EXPECT_EQ(document->GetUnknownAnnotationCount(), 1u);
+    EXPECT_EQ(document->GetAnnotations().size(), 2u);
+    const std::map<std::string, std::string> saved = Save(*document);
+    EXPECT_EQ(saved.at("extra/thing.bin"), "kept");
+    EXPECT_EQ(saved.at("Symbols/alien.png"), "p");
+    EXPECT_EQ(saved.at("Symbols/no/way.png"), "q");
+    std::size_t at = 0;
+    const std::string& text = saved.at("document.xml");
+    for (const char* const part : {"version=\"7\"",
+                                   " a=\"1\"",
+                                   "<early>",
+                                   "<view b=\"2\"",
+                                   "<before>",
+                                   "<camera",
+                                   " c=\"3\"",
+                                   "<lens>",
+                                   "<annotations d=\"4\"",
+                                   "\"note\" e=\"5\"",
+                                   "<int64 key=\"later\">",
+                                   "\"templateIndex\" value=\"0\"",
+                                   "<group>",
+                                   "\"alien\" f=\"6\"",
+                                   "\"1 2 nan\"",
+                                   "\"templateIndex\" value=\"0\"",
+                                   "\"note\">",
+                                   "<behind>",
+                                   "<pages g=\"7\"",
+                                   "<page width=\"10\" height=\"20\" h=\"8\"",
+                                   "misplaced",
+                                   "<gap>",
+                                   "<pages></pages>",
+                                   "<templates>",
+                                   "<template id=\"t\" i=\"9\"/>",
+                                   "<other>",
+                                   "<late>text</late>"}) {
+        at = text.find(part, at);
+        ASSERT_NE(at, std::string::npos) << part << " in " << text;
+    }
+    EXPECT_EQ(Save(*Open("out")), saved);
+
+    // What stood behind an annotation that is gone follows the one before.
+    document->RemoveAnnotation(NoteAt(*document, 0));
+    const std::string fewer = Save(*document).at("document.xml");
+    EXPECT_LT(fewer.find("<group>"), fewer.find("alien"));
+    EXPECT_LT(fewer.find("alien"), fewer.find("\"note\""));
+}
+
+TEST_F(DocumentTest, EveryAnnotationHasAnIdOfItsOwn)
+{
+    const std::string s1 = "<symbol key='annoId' value='s1'/>";
+    auto document =
+        OpenXml(Xml(NoteXml("") + NoteXml(s1) + NoteXml(s1) + "<element name='alien'>" + s1 + "</element>"));
+    std::vector<std::string> ids;
+    for (const auto& annotation : document->GetAnnotations()) {
+        ids.push_back(annotation->GetIDPath().GetText());
+    }
+    EXPECT_EQ(ids, (std::vector<std::string>{"s2", "s1", "s3"}));
+    EXPECT_EQ(std::count_if(document->GetProblems().begin(), document->GetProblems().end(),
+                            [](const std::string& problem) { return Contains(problem, "a second annotation"); }),
+              2);
+
+    // A copy gets a new one, what comes back keeps its own, and none is given again.
+    const du::SmartPtr<Note> removed = NoteAt(*document, 2);
+    const auto copy = du::MakeCounted<Note>(*removed);
+    EXPECT_TRUE(document->AddAnnotation(copy, document->GetScene()));
+    EXPECT_EQ(copy->GetIDPath().GetText(), "s5");
+    EXPECT_TRUE(document->RemoveAnnotation(removed));
+    EXPECT_FALSE(document->FindAnnotation("s3"));
+    EXPECT_EQ(Add(*document, "new")->GetIDPath().GetText(), "s6");
+    EXPECT_TRUE(document->AddAnnotation(removed, document->GetScene()));
+    EXPECT_FALSE(document->AddAnnotation(removed, document->GetScene()));
+    EXPECT_EQ(document->FindAnnotation("s3"), removed);
+    document->RemoveAnnotation(copy);
+    document->GetScene()->GetAnnoSet()->AddAnnotation(copy); // as undoing does it
+    EXPECT_EQ(document->FindAnnotation("s5"), copy);
+    Save(*document);
+    document = Open("out");
+    EXPECT_EQ(Add(*document, "newer")->GetIDPath().GetText(), "s7");
+}
+
+TEST_F(DocumentTest, OpensWhatItCanAndTellsTheRest)
+{
+    const std::pair<std::string, const char*> problems[] = {
+        {Xml(NoteXml("<float key='k' value='much'/>")), "annotation 1 of the view: float \"k\" has the wrong value"},
+        {Xml("", "<pages><page width='0' height='1'/></pages>"), "page 1 has no sound \"width\""},
+        {Xml("", "<pages><page width='1' height='nan'/></pages>"), "page 1 has no sound \"height\""},
+        {Xml("", "<templates><template/></templates>"), "template 0 has no id"},
+        {"<document/>", "version"},
+        {"<document version='99999999999999999999'/>", "newer"},
+        {"<document version='1' nextId='-1'/>", "counter"},
+        {"<document version='1'><view><camera projection='oblique'/></view></document>", "sound \"projection\""},
+        {Xml("", "<view/>"), "a second \"view\""},
+        {Xml(NoteXml("<symbol key='text' value='refuse'/>")), "refused"},
+    };
+    for (const auto& [xml, problem] : problems) {
+        const auto document = OpenXml(xml);
+        ASSERT_TRUE(document);
+        const std::vector<std::string>& told = document->GetProblems();
+        EXPECT_TRUE(std::any_of(told.begin(), told.end(), [&](const auto& text) {
+            return text.find(problem) != text.npos;
+        })) << problem;
+        Save(*document);
+        EXPECT_EQ(Save(*Open("out")), std::map(m_packages->files["out"]));
+    }
+    const std::pair<std::string, const char*> refused[] = {
+        {"", "document.xml"}, {"<document>", "line 1"}, {"<drawing/>", "not \"document\""}};
+    for (const auto& [xml, reason] : refused) {
+        std::string error;
+        m_packages->files["in"]["document.xml"] = xml;
+        EXPECT_FALSE(Document::Open("in", MakeSetup(), error));
+        EXPECT_TRUE(Contains(error, reason));
+    }
+    std::string error;
+    m_packages->files["empty"];
+    EXPECT_FALSE(Document::Open("empty", MakeSetup(), error));
+    EXPECT_EQ(error, "the package has no \"document.xml\"");
+    EXPECT_FALSE(Document::Open("none", MakeSetup(), error));
+    EXPECT_EQ(error, "no such package");
+}
+
+TEST_F(DocumentTest, PicturesGoNowhereElse)
+{
+    namespace fs = std::filesystem;
+    UseTemporaryFolder("t");
+    m_folder.Write("outside", "mine");
+    m_folder.Write("t/Symbols/stale.png", "of another document");
+    fs::create_symlink(m_folder.Path("outside"), m_folder.Path("t/Symbols/link.png"));
+    fs::create_directories(m_folder.Path("t/Symbols/folder.png/x"));
+    m_packages->files["in"] = {{"Symbols/link.png", "1"},   {"Symbols/stale.png", "2"},
+                               {"Symbols/folder.png", "3"}, {"Symbols/../up.png", "4"},
+                               {"Symbols/a\\b.png", "5"},   {"Symbols/C:c.png", "6"},
+                               {"Symbols/..", "7"},         {std::string("Symbols/n\0l", 11), "8"}};
+    const std::map<std::string, std::string> entries = m_packages->files["in"];
+    std::string notes;
+    for (const auto& [name, bytes] : entries) {
+        notes += NoteXml("<symbol key='picture' value='" + name.substr(8) + "'/>");
+    }
+    notes +=
+        NoteXml("<symbol key='picture' value='../../outside'/>") + NoteXml("<symbol key='picture' value='late.png'/>");
+    notes.erase(std::remove(notes.begin(), notes.end(), '\0'), notes.end());
+    const auto document = OpenXml(Xml(notes));
+    EXPECT_EQ(m_folder.Read("outside"), "mine");
+    EXPECT_EQ(m_folder.Read("t/Symbols/link.png"), "1");
+    EXPECT_EQ(m_folder.Read("t/Symbols/stale.png"), "2");
+    EXPECT_EQ(std::distance(fs::recursive_directory_iterator(m_folder.Path("t")), {}), 5);
+
+    // A picture that could not be unpacked is kept; a link among the pictures is no picture.
+    fs::create_symlink(m_folder.Path("outside"), m_folder.Path("t/Symbols/late.png"));
+    std::map<std::string, std::string> saved = Save(*document);
+    saved.erase("document.xml");
+    EXPECT_EQ(saved, entries);
+
+    fs::remove_all(m_folder.Path("t/Symbols"));
+    fs::create_directory_symlink(m_folder.Path(), m_folder.Path("t/Symbols"));
+    EXPECT_TRUE(Contains(Open("in")->GetProblems().back(), "could not be unpacked"));
+    EXPECT_FALSE(fs::exists(m_folder.Path("link.png")));
+}
+
+TEST_F(DocumentTest, PagesTakeAnnotationsAndLetGoOfTheirStamps)
+{
+    auto document = Document::Create(MakeSetup());
+    const auto world = luk::World::GetWorld();
+    EXPECT_TRUE(world->GetContainer()->GetPrimaryStructure()->GetAnchor());
+    const auto page = document->GetPage(document->AddPage({}));
+    const auto kept = Add(*document, "kept", kNone, page);
+    const auto moved = Add(*document, "moved", kNone, page);
+    EXPECT_EQ(page->GetDocument()->GetNodes().size(), 4u);
+    EXPECT_TRUE(document->AddAnnotation(moved, document->GetScene()));
+    EXPECT_EQ(page->GetDocument()->GetNodes().size(), 3u) << "what a symbol did not make stays";
+    EXPECT_EQ(document->GetPageOf(*moved), -1);
+    EXPECT_EQ(document->GetAnnotations(), (std::vector<du::SmartPtr<luk::Annotation>>{moved, kept}));
+    EXPECT_FALSE(document->AddAnnotation(moved, du::MakeCounted<luk::Scene>()));
+    EXPECT_FALSE(document->AddAnnotation(nullptr, page));
+    EXPECT_FALSE(document->RemoveAnnotation(du::MakeCounted<Note>()));
+    document.reset();
+    EXPECT_FALSE(world->GetContainer());
+    EXPECT_FALSE(kept->GetScene());
+}
+
+TEST_F(DocumentTest, ASaveThatFailsSaysWhyAndLeavesTheOldDocument)
+{
+    const auto document = Document::Create(MakeSetup());
+    const std::map<std::string, std::string> old = Save(*document);
+    std::string error;
+    const auto note = Add(*document, "deep");
+    note->depth = 250;
+    EXPECT_TRUE(document->Save("deep", error)) << error;
+    EXPECT_EQ(Open("deep")->GetAnnotations().size(), 1u);
+    note->depth = 256;
+    EXPECT_FALSE(document->Save("out", error));
+    EXPECT_TRUE(Contains(error, "nested too deep"));
+    note->depth = 0;
+    m_packages->isFull = true;
+    EXPECT_FALSE(document->Save("out", error));
+    EXPECT_EQ(error, "full");
+    EXPECT_EQ(m_packages->files["out"], old);
+}
+
+} // namespace
+
+} // namespace test
