@@ -1,5 +1,6 @@
 #include "plugin/EntryPoints.h"
 
+#include "annotations2d/Symbol2D.h"
 #include "plugin/ComponentSlot.h"
 #include "xml/SymbolTemplateLoader.h"
 
@@ -22,7 +23,7 @@ bool LUDllCreateComponent(const std::string& action, const std::string& category
                           du::SmartPtr<du::RefCounted>& slot)
 {
     if (action == "create" && category == "annotation") {
-        return false;
+        return type == "symbol2d" && lusymbols::StoreComponent(slot, new luannotations::Symbol2D);
     }
     if (action == "load" && category == "template" && type == "symbol") {
         dp::LUTracer(kChannel).Trace(dp::LUTracer::TraceType(0), "Create new template loader\n");

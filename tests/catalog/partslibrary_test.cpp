@@ -17,13 +17,9 @@ namespace
 {
 
 namespace fs = std::filesystem;
+using namespace lusymbols;
 using luk::illustration::CategoryInfo;
 using luk::illustration::SymbolTemplateCollection;
-using lusymbols::Partslibrary;
-using lusymbols::PartslibraryCategoryItem;
-using lusymbols::PartslibraryImageItem;
-using lusymbols::PartslibraryItem;
-using lusymbols::PartslibraryOlItem;
 using Origin = PartslibraryItem::Origin;
 
 class PartslibraryTest : public test::SessionTest
@@ -92,6 +88,8 @@ TEST_F(PartslibraryTest, WithoutASessionPathsAreBareAndLookUpsFindNothing)
 
 TEST_F(PartslibraryTest, FoldersAreMadeOnlyWithTheLibraryFolderItself)
 {
+    Partslibrary::CreateStandardFolderIfNedded();
+    EXPECT_FALSE(fs::exists(m_folder.Path("SymbolsLibrary"))) << "not across two levels";
     Partslibrary::CreateLibraryFolderIfNedded();
     Partslibrary::CreateStandardFolderIfNedded();
     for (const char* folder : {"2D", "Shape", "standard/2D", "standard/Shape"}) {
@@ -100,12 +98,6 @@ TEST_F(PartslibraryTest, FoldersAreMadeOnlyWithTheLibraryFolderItself)
     fs::remove(m_folder.Path("SymbolsLibrary/2D"));
     Partslibrary::CreateLibraryFolderIfNedded();
     EXPECT_FALSE(fs::exists(m_folder.Path("SymbolsLibrary/2D")));
-}
-
-TEST_F(PartslibraryTest, StandardFolderAloneIsNotMadeAcrossTwoLevels)
-{
-    Partslibrary::CreateStandardFolderIfNedded();
-    EXPECT_FALSE(fs::exists(m_folder.Path("SymbolsLibrary")));
 }
 
 TEST_F(PartslibraryTest, AbsoluteUrlsStayToTheByte)
@@ -128,9 +120,7 @@ TEST_F(PartslibraryTest, RelativeUrlsJoinTheFolderOfTheirOrigin)
     du::SmartPtr<luk::Preferences> preferences;
     luk::World::GetWorld()->GetIllustrationPreferences(preferences);
     preferences->SetBaseURL(du::Symbol("/data//base"));
-    const struct {
-        const char *url, *plain, *delivered, *shared;
-    } urls[] = {
+    const std::tuple<const char*, const char*, const char*, const char*> urls[] = {
         {"2D\\pic.png", "/data/base/2D/pic.png", "/data//base/2D/pic.png", "/team/2D/pic.png"},
         // Only a delivered entry has its relative part normalised.
         {"a//./b.png", "/data/base/a//./b.png", "/data//base/a/b.png", "/team/a//./b.png"},
@@ -138,11 +128,11 @@ TEST_F(PartslibraryTest, RelativeUrlsJoinTheFolderOfTheirOrigin)
         {"", "/data/base/", "/data//base/", "/team/"},
         {"b.png", "/data/base/b.png", "/data//base/b.png", "/team/b.png"},
     };
-    for (const auto& expected : urls) {
-        EXPECT_EQ(Resolve(expected.url), expected.plain);
-        EXPECT_EQ(Resolve(expected.url, Origin::ORIGIN_USER), expected.plain);
-        EXPECT_EQ(Resolve(expected.url, Origin::ORIGIN_OOTB), expected.delivered);
-        EXPECT_EQ(Resolve(expected.url, Origin::ORIGIN_SHARED), expected.shared);
+    for (const auto& [url, plain, delivered, shared] : urls) {
+        EXPECT_EQ(Resolve(url), plain);
+        EXPECT_EQ(Resolve(url, Origin::ORIGIN_USER), plain);
+        EXPECT_EQ(Resolve(url, Origin::ORIGIN_OOTB), delivered);
+        EXPECT_EQ(Resolve(url, Origin::ORIGIN_SHARED), shared);
     }
     // Shared decides the folder, delivered decides how the rest is joined.
     EXPECT_EQ(Resolve("a//b.png", static_cast<Origin>(Origin::ORIGIN_OOTB | Origin::ORIGIN_SHARED)), "/team/a/b.png");
@@ -168,16 +158,12 @@ TEST_F(PartslibraryTest, EmbeddingCopiesOnceAndTheFirstCopyWins)
 
 TEST_F(PartslibraryTest, UniqueNamesKeepTheExtension)
 {
-    std::string first;
-    std::string second;
-    std::string bare;
-    std::string folder;
+    std::string first, second, bare, folder;
     ASSERT_TRUE(Partslibrary::GetTargetFilePath("/a/pic.png", first, folder, true));
     ASSERT_TRUE(Partslibrary::GetTargetFilePath("/a/pic.png", second, folder, true));
     ASSERT_TRUE(Partslibrary::GetTargetFilePath("/a/pic", bare, folder, true));
     EXPECT_NE(first, second);
-    EXPECT_TRUE(first.ends_with(".png"));
-    EXPECT_TRUE(bare.ends_with("."));
+    EXPECT_TRUE(first.ends_with(".png") && bare.ends_with(".")) << first << ' ' << bare;
     EXPECT_EQ(fs::path(first).parent_path(), fs::path(folder) / "Symbols");
 }
 
@@ -210,31 +196,27 @@ TEST_F(PartslibraryTest, LookUpsGiveTheFirstMatchAndOnlyOfTheirKind)
     Collection().AddAssociativeObject(image);
     EXPECT_EQ(Partslibrary::GetImageFromCollection("i"), image);
     EXPECT_EQ(Partslibrary::GetItemFromCollection("i"), image);
-    EXPECT_FALSE(Partslibrary::GetOlFromCollection("i"));
-    EXPECT_FALSE(Partslibrary::GetImageFromCollection("I"));
-
+    EXPECT_FALSE(Partslibrary::GetOlFromCollection("i") || Partslibrary::GetImageFromCollection("I"));
     std::vector<PartslibraryItem::SequencerTagPtr> tags(3);
     EXPECT_FALSE(Partslibrary::GetItemSequencerTagsByID("none", tags));
     EXPECT_EQ(tags.size(), 3u);
     EXPECT_TRUE(Partslibrary::GetItemSequencerTagsByID("i", tags));
     EXPECT_EQ(tags, image->GetSequencerTags());
 
-    const auto addCategory = [](const char* id, const char* name) {
-        const auto category = du::MakeCounted<PartslibraryCategoryItem>();
-        category->SetId(id);
-        category->SetCatName(name);
-        Collection().AddCategory(category);
-        return category;
-    };
+    // A category that another made is none of the library's and hides the one behind it.
     const auto foreign = du::MakeCounted<CategoryInfo>(
         Origin::ORIGIN_USER, luk::illustration::AssociativeObjectCollection::Type::CATEGORY, "Foreign");
     foreign->SetId("f");
     Collection().AddCategory(foreign);
-    addCategory("f", "Foreign");
-    const auto first = addCategory("c", "Arrows");
-    addCategory("c", "Arrows");
-    EXPECT_EQ(Partslibrary::GetCategoryFromCollectionById("c"), first);
-    EXPECT_EQ(Partslibrary::GetCategoryFromCollectionByName("Arrows"), first);
+    du::SmartPtr<PartslibraryCategoryItem> last;
+    for (const auto& [id, name] : {std::pair("f", "Foreign"), {"c", "Arrows"}}) {
+        last = du::MakeCounted<PartslibraryCategoryItem>();
+        last->SetId(id);
+        last->SetCatName(name);
+        Collection().AddCategory(last);
+    }
+    EXPECT_EQ(Partslibrary::GetCategoryFromCollectionById("c"), last);
+    EXPECT_EQ(Partslibrary::GetCategoryFromCollectionByName("Arrows"), last);
     EXPECT_FALSE(Partslibrary::GetCategoryFromCollectionByName("arrows"));
     EXPECT_FALSE(Partslibrary::GetCategoryFromCollectionById("f"));
     EXPECT_FALSE(Partslibrary::GetCategoryFromCollectionByName("Foreign"));

@@ -7,9 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <dlfcn.h>
-#include <string>
-#include <vector>
 
 namespace
 {
@@ -32,15 +31,14 @@ private:
 TEST_F(EntryPoints, UnknownRequestsLeaveTheSlotAlone)
 {
     using namespace std::string_literals;
-    const struct {
-        std::string action, category, type;
-    } requests[] = {
+    const std::array<std::string, 3> requests[] = {
         {"", "", ""},
         {"create", "annotation", "Symbol2D"},
         {"create", "annotation", "symbol3d "},
         {"create", "annotation", "symbol"},
         {"create", "template", "symbol"},
         {"load", "annotation", "symbol2d"},
+        {"load", "annotation", "symbol"},
         {"load", "template", "Symbol"},
         {"load", "template", "symbol "},
         {"load", "template", "symbol\0"s},
@@ -54,9 +52,8 @@ TEST_F(EntryPoints, UnknownRequestsLeaveTheSlotAlone)
     int deletions = 0;
     du::SmartPtr<du::RefCounted> slot(new Witness(deletions));
     du::RefCounted* const before = slot.get();
-    for (const auto& request : requests) {
-        EXPECT_FALSE(LUDllCreateComponent(request.action, request.category, request.type, slot))
-            << request.action << '/' << request.category << '/' << request.type;
+    for (const auto& [action, category, type] : requests) {
+        EXPECT_FALSE(LUDllCreateComponent(action, category, type, slot)) << action << '/' << category << '/' << type;
         EXPECT_EQ(slot.get(), before);
     }
     EXPECT_EQ(deletions, 0);
@@ -79,33 +76,21 @@ TEST_F(EntryPoints, ALoaderReplacesWhatTheSlotHeldAndIsTracedOnce)
     EXPECT_EQ(slot->GetReferenceCount(), 1u);
     EXPECT_TRUE(du::DynamicCast<lusymbols::SymbolTemplateLoader>(slot));
     EXPECT_EQ(lines, std::vector<std::string>{"lusymbols|root|0|Create new template loader\n"});
-}
-
-TEST_F(EntryPoints, EachRequestMakesAFreshComponent)
-{
-    du::SmartPtr<du::RefCounted> first;
     du::SmartPtr<du::RefCounted> second;
-    ASSERT_TRUE(LUDllCreateComponent("load", "template", "symbol", first));
-    ASSERT_TRUE(LUDllCreateComponent("load", "template", "symbol", second));
-    EXPECT_FALSE(first == second);
+    EXPECT_TRUE(LUDllCreateComponent("load", "template", "symbol", second));
+    EXPECT_FALSE(slot == second) << "each request makes a fresh component";
 }
 
-TEST_F(EntryPoints, AnAllocatorThatAnswersNullEmptiesTheSlot)
-{
-    int deletions = 0;
-    du::SmartPtr<du::RefCounted> slot(new Witness(deletions));
-    EXPECT_TRUE(lusymbols::StoreComponent(slot, nullptr));
-    EXPECT_EQ(slot, nullptr);
-    EXPECT_EQ(deletions, 1);
-}
-
-TEST_F(EntryPoints, StoringWhatTheSlotHoldsChangesNothing)
+TEST_F(EntryPoints, ASlotIsEmptiedByNullAndLeftAloneByWhatItHolds)
 {
     int deletions = 0;
     du::SmartPtr<du::RefCounted> slot(new Witness(deletions));
     EXPECT_TRUE(lusymbols::StoreComponent(slot, slot.get()));
     EXPECT_EQ(deletions, 0);
     EXPECT_EQ(slot->GetReferenceCount(), 1u);
+    EXPECT_TRUE(lusymbols::StoreComponent(slot, nullptr));
+    EXPECT_EQ(slot, nullptr);
+    EXPECT_EQ(deletions, 1);
 }
 
 TEST_F(EntryPoints, InitAndTerminateAreOneFunctionUnderTwoNames)

@@ -19,9 +19,13 @@ fi
 for entry in LUDllInit LUDllTerminate LUDllCreateComponent; do
   grep -qx "$entry" <<<"$shown" || { echo "missing: $entry"; failed=1; }
 done
-for class in PartslibraryItem PartslibraryUIData SymbolTemplateWriter SymbolTemplateLoader; do
-  grep -qx "vtable for lusymbols::$class" <<<"$shown" || { echo "not usable from outside: lusymbols::$class"; failed=1; }
+for class in lusymbols::{PartslibraryItem,PartslibraryUIData,SymbolTemplateWriter,SymbolTemplateLoader} \
+             luannotations::Symbol2D; do
+  grep -qx "vtable for $class" <<<"$shown" || { echo "not usable from outside: $class"; failed=1; }
 done
+grep -qx "luannotations::Symbol2DInfo::Symbol2DInfo()" <<<"$shown" || { echo "not usable from outside: the record"; failed=1; }
+inside=$(grep -E 'StampLoaderEvent|UpdateStampEvent|TemplateObserver|ContentVisitor' <<<"$shown" | grep -v '::Symbol2D::' || true)
+[ -z "$inside" ] || { echo "shown, but the plug-in's own business: $inside"; failed=1; }
 
 needed=$(readelf -d "$plugin" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
 extra=$(echo "$needed" | grep -vE '^(libluhost\.so.*|libstdc\+\+\.so.*|libm\.so.*|libgcc_s\.so.*|libc\.so.*|ld-linux.*|lib[a-z]*san\.so.*)$' || true)

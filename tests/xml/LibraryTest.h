@@ -20,6 +20,65 @@ using Origin = lusymbols::PartslibraryItem::Origin;
 using Templates = std::vector<du::SmartPtr<luk::illustration::SymbolTemplate>>;
 using Categories = std::vector<du::SmartPtr<luk::illustration::CategoryInfo>>;
 
+/// Hardly a field of it has the value that it would have by itself.
+inline const char kDocument[] = R"(<?xml version="1.0" encoding="utf-8"?>
+<drellin-library>
+  <units>mm</units>
+  <information>A &amp; B</information>
+  <categories>
+    <category id="cat-arrows">
+      <name locid="K"/> 
+      <tooltip>Direction arrows</tooltip>
+      <description>Bent or not</description>
+    </category>
+  </categories>
+  <shapes>
+    <shape id="shp-1" categoryId="cat-arrows">
+      <name locid="K"/> 
+      <title>Arrow &amp; &quot;bow&quot;</title>
+      <showTooltipTitle>true</showTooltipTitle>
+      <description>Bent &lt;arrow&gt;</description>
+      <showTooltipDescription>false</showTooltipDescription>
+      <tooltip>Tip</tooltip>
+      <gallery_thumbnail url="SymbolsLibrary/Shape/arrow_64x64.png"/> 
+      <graphic url="SymbolsLibrary/Shape/arrow.obj"/> 
+      <scale>1234.5</scale>
+      <orientation>3</orientation>
+      <shape_csys a="1" b="2" c="3" d="4" e="5" f="6" g="7" h="8" i="9" pos_x="1.23457e+06" pos_y="-0.5" pos_z="0.333333"/> 
+      <axis_name>X</axis_name>
+      <distance_from_csys>-0.25</distance_from_csys>
+      <axis_id>2</axis_id>
+      <orientation_name>O</orientation_name>
+      <annotation_to_symbol>true</annotation_to_symbol>
+      <use_current_orientation>true</use_current_orientation>
+      <edit_csys_method>7</edit_csys_method>
+      <tags>
+        <tag type="TORQUE">
+          <description>Torque</description>
+          <quantity locid="K">25</quantity>
+        </tag>
+      </tags>
+      <camera ortho="false" value="45.5" location="1 0 0 0 1 0 0 0 1 0.1 0 -2"/> 
+    </shape>
+  </shapes>
+  <symbols>
+    <symbol id="img-1" categoryId="" billboard="true">
+      <name>Stop</name>
+      <title>Stop</title>
+      <showTooltipTitle>false</showTooltipTitle>
+      <description>D</description>
+      <showTooltipDescription>true</showTooltipDescription>
+      <tooltip>&apos;tip&apos;</tooltip>
+      <gallery_thumbnail url="SymbolsLibrary/2D/stop.png"/> 
+      <image url="SymbolsLibrary/2D/stop.png"/> 
+      <scale>1000</scale>
+      <flip horizontal="true" vertical="false"/> 
+      <rotate right="270" left="-90"/> 
+    </symbol>
+  </symbols>
+</drellin-library>
+)";
+
 /// Documents in and out.
 class LibraryTest : public SessionTest
 {

@@ -1,4 +1,5 @@
 #include "LibraryTest.h"
+#include "support/Contains.h"
 
 #include <dp/LUTracer.h>
 #include <du/MessageCatalog.h>
@@ -7,17 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <locale>
 #include <sys/stat.h>
 
 namespace
 {
 
-using lusymbols::PartslibraryCategoryItem;
-using lusymbols::PartslibraryImageItem;
-using lusymbols::PartslibraryItem;
-using lusymbols::PartslibraryOlItem;
-using lusymbols::SymbolTemplateLoader;
+using namespace lusymbols;
 using test::Categories;
 using test::Origin;
 using test::Templates;
@@ -49,42 +45,25 @@ protected:
 TEST_F(Loader, TheRootDecidesWhetherAnythingIsRead)
 {
     const std::string symbol = "<symbols><symbol id=\"a\"><name>a</name></symbol></symbols>";
-    const std::string head = "<?xml version=\"1.0\"?>";
-    const struct {
-        const char* what;
-        std::string document;
-        bool isRead, isReadWhenShared;
-    } documents[] = {
-        {"five sections",
-         head + "<drellin-library><units/><information/><categories/><shapes/>" + symbol + "</drellin-library>", true,
-         true},
+    const std::string four = "<units/><categories/><shapes/>" + symbol;
+    const std::string five = four + "<information/>";
+    const std::tuple<const char*, std::string, bool, bool> documents[] = {
+        // read, and read when shared
+        {"five sections", "<drellin-library>" + five + "</drellin-library>", true, true},
         {"another order",
-         head + "<drellin-library>" + symbol +
-             "<shapes/><categories/><information/><units/>"
-             "</drellin-library>",
-         true, true},
-        {"four", head + "<drellin-library><units/><categories/><shapes/>" + symbol + "</drellin-library>", false, true},
-        {"six",
-         head + "<drellin-library><units/><units/><information/><categories/><shapes/>" + symbol + "</drellin-library>",
-         false, true},
-        {"five, one of them unknown",
-         head + "<drellin-library><units/><other/><categories/><shapes/>" + symbol + "</drellin-library>", true, true},
-        {"comments and text do not count",
-         head +
-             "<drellin-library>x<!-- c --><units/><information/><categories/>"
-             "<shapes/>" +
-             symbol + "</drellin-library>",
-         true, true},
-        {"other root",
-         head + "<Drellin-library><units/><information/><categories/><shapes/>" + symbol + "</Drellin-library>", false,
-         false},
-        {"ill-formed at the end", head + "<drellin-library><units/><information/><categories/><shapes/>" + symbol,
-         false, false},
+         "<drellin-library>" + symbol + "<shapes/><categories/><information/><units/></drellin-library>", true, true},
+        {"four", "<drellin-library>" + four + "</drellin-library>", false, true},
+        {"six", "<drellin-library><units/>" + five + "</drellin-library>", false, true},
+        {"five, one of them unknown", "<drellin-library><other/>" + four + "</drellin-library>", true, true},
+        {"comments and text do not count", "<drellin-library>x<!-- c -->" + five + "</drellin-library>", true, true},
+        {"other root", "<Drellin-library>" + five + "</Drellin-library>", false, false},
+        {"ill-formed at the end", "<drellin-library>" + five, false, false},
     };
-    for (const auto& expected : documents) {
-        EXPECT_EQ(!Load(expected.document, Origin::ORIGIN_OOTB).empty(), expected.isRead) << expected.what;
-        EXPECT_EQ(!Load(expected.document, Origin::ORIGIN_USER).empty(), expected.isRead) << expected.what;
-        EXPECT_EQ(!Load(expected.document, Origin::ORIGIN_SHARED).empty(), expected.isReadWhenShared) << expected.what;
+    for (const auto& [what, document, isRead, isReadWhenShared] : documents) {
+        const std::string source = "<?xml version=\"1.0\"?>" + document;
+        EXPECT_EQ(!Load(source, Origin::ORIGIN_OOTB).empty(), isRead) << what;
+        EXPECT_EQ(!Load(source, Origin::ORIGIN_USER).empty(), isRead) << what;
+        EXPECT_EQ(!Load(source, Origin::ORIGIN_SHARED).empty(), isReadWhenShared) << what;
     }
 }
 
@@ -97,108 +76,54 @@ TEST_F(Loader, ADocumentThatIsNotReadLeavesTheStringsAlone)
     EXPECT_EQ(loader.GetUnits() + loader.GetInformation(), "mmi");
 }
 
-TEST_F(Loader, EveryFieldOfAShape)
+/// What is odd in an entry, and what it is then written as.
+TEST_F(Loader, WhatIsOddIsReadWithIndulgence)
 {
-    const auto shape = LoadShape(
-        "<name>N</name><title>T</title><showTooltipTitle>false</showTooltipTitle><description>D</description>"
-        "<showTooltipDescription>1</showTooltipDescription><tooltip>P</tooltip>"
-        "<gallery_thumbnail url=\"Shape/a_64x64.png\"/><graphic url=\"/abs/a.obj\"/><scale> 2.5 mm</scale>"
-        "<orientation>3</orientation><shape_csys a=\"1\" b=\"2\" c=\"3\" d=\"4\" e=\"5\" f=\"6\" g=\"7\" h=\"8\" "
-        "i=\"9\""
-        " pos_x=\"-1.5\" pos_y=\"2e3\" pos_z=\"x\"/><axis_name>X</axis_name>"
-        "<distance_from_csys>-0.25</distance_from_csys><axis_id>2</axis_id><orientation_name>O</orientation_name>"
-        "<annotation_to_symbol>true</annotation_to_symbol><use_current_orientation>1</use_current_orientation>"
-        "<edit_csys_method>7</edit_csys_method>"
-        "<camera ortho=\"true\" value=\"12.5\" location=\"1 0 0 0 1 0 0 0 1 4 5 6\"/>");
-    ASSERT_TRUE(shape);
-    EXPECT_EQ(shape->GetName() + shape->GetTitle() + shape->GetDescription() + shape->GetOlTooltip(), "NTDP");
-    EXPECT_FALSE(shape->ShowTooltipTitle());
-    EXPECT_TRUE(shape->ShowTooltipDescription());
+    const std::pair<const char*, const char*> shapes[] = {
+        {"<scale> 2.5 mm</scale>", "<scale>2.5</scale>"},
+        {"", "<scale>1</scale>"},
+        {"", "<edit_csys_method>1</edit_csys_method>"},
+        {"", "<title>Ol s</title>"},
+        {"<shape_csys pos_x=\"-1.5\" pos_y=\"2e3\" pos_z=\"x\"/>",
+         "i=\"1\" pos_x=\"-1.5\" pos_y=\"2000\" pos_z=\"0\"/>"},
+        // Of attributes with one name the first counts.
+        {"<shape_csys e=\"2\" e=\"5\" z=\"7\"/>", "d=\"0\" e=\"2\" f=\"0\" g=\"0\" h=\"0\" i=\"1\" pos_x=\"0\""},
+        {"<camera/>", "<camera ortho=\"false\" value=\"0\" location=\"1 0 0 0 1 0 0 0 1 0 0 0\"/>"},
+        {"<graphic url=\"/abs/a.obj\"/>", "<graphic url=\"SymbolsLibrary/Shape/a.obj\"/>"},
+    };
+    for (const auto& [children, written] : shapes) {
+        EXPECT_TRUE(test::Contains(Write({LoadShape(children)}, {}), written)) << children;
+    }
+    const std::pair<const char*, const char*> symbols[] = {
+        {"<scale>2.5</scale>", "<scale>2</scale>"},
+        {"<scale>x</scale>", "<scale>0</scale>"},
+        {"<flip vertical=\"1\"/>", "<flip horizontal=\"false\" vertical=\"true\"/>"},
+        {"<flip horizontal=\"TRUE\"/>", "<flip horizontal=\"false\" vertical=\"false\"/>"},
+        {"<rotate left=\" 90deg\"/>", "<rotate right=\"0\" left=\"90\"/>"},
+        {"<showTooltipTitle>yes</showTooltipTitle>", "<showTooltipTitle>true</showTooltipTitle>"},
+        {"<gallery_thumbnail/><image URL=\"x\"/>", "<gallery_thumbnail url=\"\"/> \n      <image url=\"\"/>"},
+        {"<unknown><name>x</name></unknown>", "<name></name>\n      <title>Image s</title>"},
+        {"<name>n</name><title>a</title><title>b</title><name>m</name>", "<name>m</name>\n      <title>b</title>"},
+        {"<name>n</name><title>t</title><title/>", "<title>n</title>"},
+        {"<title/><name>n</name>", "<title>n</title>"},
+    };
+    for (const auto& [children, written] : symbols) {
+        EXPECT_TRUE(test::Contains(Write({LoadSymbol(children)}, {}), written)) << children;
+    }
+    EXPECT_TRUE(LoadSymbol("", "billboard=\"1\"")->GetIsBillboardImage());
+    EXPECT_FALSE(LoadSymbol("", "billboard=\"maybe\"")->GetIsBillboardImage());
+}
+
+TEST_F(Loader, UrlsAreResolvedAndLargeThumbnailsNamed)
+{
+    const auto shape = LoadShape("<gallery_thumbnail url=\"Shape/a_64x64.png\"/><graphic url=\"/abs/a.obj\"/>");
     EXPECT_EQ(shape->GetOlGalleryThumbnailUrl(), m_folder.Path("Shape/a_64x64.png"));
     EXPECT_EQ(shape->GetOlDlgThumbnailUrl(), m_folder.Path("Shape/a_192x192.png"));
     EXPECT_EQ(shape->GetOlUrl(), "/abs/a.obj");
-    EXPECT_EQ(shape->GetOlScale(), 2.5);
-    EXPECT_EQ(shape->GetOlOrientation(), 3);
-    for (int entry = 0; entry < 9; ++entry) {
-        EXPECT_EQ(shape->GetOlCsys().GetMat().Get(entry / 3, entry % 3), static_cast<float>(entry + 1));
-    }
-    EXPECT_TRUE(shape->GetOlCsys().GetPosition() == dg::DPoint3D(-1.5, 2000, 0));
-    EXPECT_EQ(shape->GetAxisName() + shape->GetOrientationName(), "XO");
-    EXPECT_EQ(shape->GetDistanceFromCsys(), -0.25);
-    EXPECT_EQ(shape->GetAxisId(), 2);
-    EXPECT_TRUE(shape->IsAnnotationSymbol() && shape->IsUseCurrentOrientation());
-    EXPECT_EQ(shape->GetEditCsysMethod(), 7);
-    bool orthographic = false;
-    double value = 0;
-    dg::Location location;
-    ASSERT_TRUE(shape->GetCameraData(orthographic, value, location));
-    EXPECT_TRUE(orthographic && value == 12.5 && location.GetPosition() == dg::DPoint3D(4, 5, 6));
-}
-
-TEST_F(Loader, EveryFieldOfASymbol)
-{
-    const auto symbol = LoadSymbol(
-        "<name>N</name><description>D</description><tooltip>P</tooltip><gallery_thumbnail url=\"2D\\a_64x64.svg\"/>"
-        "<image url=\"2D/a.svg\"/><scale>2.5</scale><flip vertical=\"true\"/><rotate left=\" 90deg\"/>",
-        "id=\"7\" categoryId=\"c\" billboard=\"1\"");
-    ASSERT_TRUE(symbol);
-    EXPECT_EQ(symbol->GetId() + symbol->GetCategoryId(), "7c");
-    EXPECT_TRUE(symbol->GetIsBillboardImage());
-    EXPECT_EQ(symbol->GetTitle(), "N");
-    EXPECT_TRUE(symbol->ShowTooltipTitle());
-    EXPECT_FALSE(symbol->ShowTooltipDescription());
+    const auto symbol = LoadSymbol("<gallery_thumbnail url=\"2D\\a_64x64.svg\"/><image url=\"2D/a.svg\"/>");
     EXPECT_EQ(symbol->GetImageGalleryThumbnailUrl(), m_folder.Path("2D/a_64x64.svg"));
     EXPECT_EQ(symbol->GetImageDlgThumbnailUrl(), m_folder.Path("2D/a_192x192.svg"));
     EXPECT_EQ(symbol->GetImageUrl(), m_folder.Path("2D/a.svg"));
-    EXPECT_EQ(symbol->GetImageScale(), 2);
-    EXPECT_FALSE(symbol->GetFlipHorizontal());
-    EXPECT_TRUE(symbol->GetFlipVertical());
-    EXPECT_EQ(symbol->GetRotateRight(), 0);
-    EXPECT_EQ(symbol->GetRotateLeft(), 90);
-}
-
-TEST_F(Loader, WhatIsMissingOrNonsenseKeepsItsDefault)
-{
-    const auto symbol = LoadSymbol("<name>n</name><gallery_thumbnail/><image URL=\"x\"/><flip horizontal=\"TRUE\"/>"
-                                   "<showTooltipTitle>yes</showTooltipTitle><unknown><name>x</name></unknown>"
-                                   "<scale>x</scale>",
-                                   "billboard=\"maybe\"");
-    ASSERT_TRUE(symbol);
-    EXPECT_EQ(symbol->GetName(), "n");
-    EXPECT_EQ(symbol->GetImageGalleryThumbnailUrl() + symbol->GetImageUrl() + symbol->GetId(), "");
-    EXPECT_FALSE(symbol->GetFlipHorizontal() || symbol->GetIsBillboardImage());
-    EXPECT_TRUE(symbol->ShowTooltipTitle());
-    EXPECT_EQ(symbol->GetImageScale(), 0);
-
-    // Of attributes with one name the first counts.
-    const auto shape =
-        LoadShape("<name>n</name><shape_csys e=\"2\" e=\"5\" pos_y=\"3\" pos_y=\"5\" z=\"7\"/><camera/>");
-    EXPECT_EQ(shape->GetOlScale(), 1.0);
-    EXPECT_EQ(shape->GetEditCsysMethod(), 1);
-    EXPECT_EQ(shape->GetOlCsys().GetMat().Get(0, 0), 1.0f);
-    EXPECT_EQ(shape->GetOlCsys().GetMat().Get(1, 1), 2.0f);
-    EXPECT_TRUE(shape->GetOlCsys().GetPosition() == dg::DPoint3D(0, 3, 0));
-    bool orthographic = true;
-    double value = 1;
-    dg::Location location;
-    EXPECT_TRUE(shape->GetCameraData(orthographic, value, location));
-    EXPECT_TRUE(!orthographic && value == 0.0 && location == dg::Location::IDENTITY);
-}
-
-TEST_F(Loader, ALaterElementOverwritesAnEarlierOneInAnyOrder)
-{
-    const auto symbol = LoadSymbol("<title>first</title><scale>1</scale><name>n</name><title>second</title>"
-                                   "<scale>2</scale><name>m</name>");
-    EXPECT_EQ(symbol->GetName() + symbol->GetTitle(), "msecond");
-    EXPECT_EQ(symbol->GetImageScale(), 2);
-    EXPECT_EQ(LoadSymbol("<name>n</name><title>t</title><title/>")->GetTitle(), "n");
-}
-
-TEST_F(Loader, TitlesFallBackToTheNameAndThenToTheId)
-{
-    EXPECT_EQ(LoadSymbol("<title/><name>n</name>")->GetTitle(), "n");
-    EXPECT_EQ(LoadSymbol("", "id=\"12\"")->GetTitle(), "Image 12");
-    EXPECT_EQ(LoadShape("")->GetTitle(), "Ol s");
 }
 
 TEST_F(Loader, KeysAreLookedUpAndKept)
@@ -283,11 +208,7 @@ TEST_F(Loader, TheOriginFollowsFromThePlaceOfTheFile)
     m_config.sharedSymbolLibraryEnabled = true;
     m_config.sharedSymbolLibraryFolder = m_folder.Path("team");
     RestartSession();
-    const struct {
-        const char* file;
-        Origin origin;
-        const char* url;
-    } files[] = {
+    const std::tuple<const char*, Origin, const char*> files[] = {
         {"SymbolsLibrary/PartSymbolLibrary.xml", Origin::ORIGIN_USER, "a.png"},
         {"SymbolsLibrary/standard/PartSymbolLibrary.xml", Origin::ORIGIN_OOTB, "a.png"},
         {"team/SymbolsLibrary/PartSymbolLibrary.xml", Origin::ORIGIN_SHARED, "team/a.png"},
@@ -295,15 +216,14 @@ TEST_F(Loader, TheOriginFollowsFromThePlaceOfTheFile)
         {"SymbolsLibrary//./PartSymbolLibrary.xml", Origin::ORIGIN_USER, "a.png"},
         {"SymbolsLibrary/partsymbollibrary.xml", Origin::ORIGIN_OOTB, "a.png"},
     };
-    for (const auto& expected : files) {
-        m_folder.Write(expected.file, document);
+    for (const auto& [file, origin, url] : files) {
+        m_folder.Write(file, document);
         SymbolTemplateLoader loader;
         Templates templates;
-        EXPECT_TRUE(loader.GetTemplateList(du::Symbol(m_folder.Path() + "/" + expected.file), templates));
-        ASSERT_EQ(templates.size(), 1u) << expected.file;
-        EXPECT_EQ(templates[0]->GetOrigin(), expected.origin) << expected.file;
-        EXPECT_EQ(du::DynamicCast<PartslibraryImageItem>(templates[0])->GetImageUrl(), m_folder.Path(expected.url))
-            << expected.file;
+        EXPECT_TRUE(loader.GetTemplateList(du::Symbol(m_folder.Path() + "/" + file), templates));
+        ASSERT_EQ(templates.size(), 1u) << file;
+        EXPECT_EQ(templates[0]->GetOrigin(), origin) << file;
+        EXPECT_EQ(du::DynamicCast<PartslibraryImageItem>(templates[0])->GetImageUrl(), m_folder.Path(url)) << file;
     }
     // The shared library counts only while the preferences switch it on.
     m_config.sharedSymbolLibraryEnabled = false;
@@ -314,127 +234,52 @@ TEST_F(Loader, TheOriginFollowsFromThePlaceOfTheFile)
     EXPECT_EQ(templates[0]->GetOrigin(), Origin::ORIGIN_OOTB);
 }
 
-TEST_F(Loader, TextsAreTakenToTheByte)
-{
-    const struct {
-        std::string written, read;
-    } texts[] = {
-        {"  two  ", "  two  "},
-        {"   ", "   "},
-        {"a&lt;b&amp;&quot;&apos;&gt;", "a<b&\"'>"},
-        {"a<!-- c -->b<![CDATA[<c>]]>d", "ab<c>d"},
-        {"&unknown;", "&unknown;"},
-        {"\xd7\xa9\xd7\x9c\xd7\x95\xd7\x9d \xe2\x80\xae", "\xd7\xa9\xd7\x9c\xd7\x95\xd7\x9d \xe2\x80\xae"},
-        {"bad \xff\xfe", "bad \xff\xfe"},
-        {"&#228;", "\xc3\xa4"},
-    };
-    for (const auto& text : texts) {
-        EXPECT_EQ(LoadSymbol("<name>n</name><description>" + text.written + "</description>")->GetDescription(),
-                  text.read);
-    }
-}
-
 TEST_F(Loader, LinesEndInLineFeedsAfterReadingAFile)
 {
     const std::string head = "<?xml version=\"1.0\"?>\r\n<drellin-library><units>";
     const std::string tail = "</units><information/><categories/><shapes/><symbols/></drellin-library>";
-    const struct {
-        std::string written, read;
-    } texts[] = {
+    const std::string block(128 * 1024 - head.size() - 1, 'x');
+    const std::pair<std::string, std::string> texts[] = {
         {"a\r\nb", "a\nb"},
         {"a\nb", "a\nb"},
         {"a\r\r\nb", "a\r\nb"},
         {"a\rb", "a\rb"},
         {"\r\n\r\n", "\n\n"},
         // Carriage returns on both sides of every border between blocks of the file.
-        {std::string(128 * 1024 - head.size() - 1, 'x') + "\r\n",
-         std::string(128 * 1024 - head.size() - 1, 'x') + "\n"},
-        {std::string(128 * 1024 - head.size() - 1, 'x') + "\ry",
-         std::string(128 * 1024 - head.size() - 1, 'x') + "\ry"},
+        {block + "\r\n", block + "\n"},
+        {block + "\ry", block + "\ry"},
     };
-    for (const auto& text : texts) {
+    for (const auto& [written, read] : texts) {
         SymbolTemplateLoader loader;
-        loader.ParseFromFile(m_folder.Write("lines.xml", head + text.written + tail), Origin::ORIGIN_USER);
-        EXPECT_EQ(loader.GetUnits(), text.read);
+        loader.ParseFromFile(m_folder.Write("lines.xml", head + written + tail), Origin::ORIGIN_USER);
+        EXPECT_EQ(loader.GetUnits(), read);
     }
 }
 
 TEST_F(Loader, WhatIsNoReadableDocumentGivesNothing)
 {
     const std::string good = Document("", "", "<symbol id=\"a\"/>");
-    std::string deep = "<?xml version=\"1.0\"?>";
-    for (int level = 0; level < 100000; ++level) {
-        deep += "<a>";
-    }
     // A hole of a terabyte reads as so many NUL bytes.
     const std::string sparse = m_folder.Write("sparse.xml", "");
     std::filesystem::resize_file(sparse, std::uintmax_t{1} << 40);
     mkfifo(m_folder.Path("pipe").c_str(), 0600);
-    std::filesystem::create_directory(m_folder.Path("folder"));
-    const std::string sources[] = {
-        "",
-        "<?xml",
-        "<?xml ",
-        "no such file",
-        m_folder.Path("pipe"),
-        m_folder.Path("folder"),
-        "/dev/zero",
-        m_folder.Write("empty.xml", ""),
-        sparse,
-        m_folder.Write("nul.xml", std::string(good).insert(good.size() / 2, 1, '\0')),
-        m_folder.Write("utf16.xml", "\xff\xfe<\0?\0x\0m\0l\0"),
-        good + "<second/>",
-        deep,
-        "<?xml version=\"1.0\"?><!DOCTYPE a [<!ENTITY b \"c\"><!ENTITY d \"&b;&b;\">]>",
-    };
+    const std::string sources[] = {"",
+                                   "<?xml",
+                                   "<?xml ",
+                                   "no such file",
+                                   m_folder.Path("pipe"),
+                                   m_folder.Path(),
+                                   "/dev/zero",
+                                   m_folder.Write("empty.xml", ""),
+                                   sparse,
+                                   m_folder.Write("nul.xml", std::string(good).insert(good.size() / 2, 1, '\0')),
+                                   m_folder.Write("utf16.xml", "\xff\xfe<\0?\0x\0m\0l\0"),
+                                   good + "<second/>",
+                                   good.substr(0, good.size() - 1)};
     for (const std::string& source : sources) {
         EXPECT_TRUE(Load(source).empty()) << source.substr(0, 60);
     }
-    for (std::size_t length = 0; length < good.size(); ++length) {
-        EXPECT_TRUE(Load(good.substr(0, length)).empty()) << length;
-    }
-}
-
-TEST_F(Loader, MarksDeclarationsAndDepthThatDoNoHarm)
-{
-    const std::string good = Document("", "", "<symbol id=\"a\"><name>\xc3\xa4</name></symbol>");
-    std::string nested = "<symbol id=\"a\"><name>\xc3\xa4</name>";
-    for (int level = 0; level < 200; ++level) {
-        nested += "<x>";
-    }
-    for (int level = 0; level < 200; ++level) {
-        nested += "</x>";
-    }
-    std::string latin = good;
-    latin.replace(latin.find("utf-8"), 5, "latin1");
-    for (const std::string& document : {"\xef\xbb\xbf" + good, latin, Document("", "", nested + "</symbol>")}) {
-        const Templates templates = Load(m_folder.Write("library.xml", document));
-        ASSERT_EQ(templates.size(), 1u) << document.substr(0, 60);
-        EXPECT_EQ(templates[0]->GetName(), "\xc3\xa4");
-    }
-}
-
-/// Numbers as a German would write them.
-class GermanNumbers : public std::numpunct<char>
-{
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-};
-
-TEST_F(Loader, NumbersDoNotDependOnTheGlobalLocale)
-{
-    const std::locale old = std::locale::global(std::locale(std::locale::classic(), new GermanNumbers));
-    const auto shape = LoadShape("<name>n</name><scale>1234.5</scale><distance_from_csys>1,5</distance_from_csys>"
-                                 "<orientation>1.234</orientation><axis_id>99999999999</axis_id>");
-    const std::string written = Write({shape}, {});
-    std::locale::global(old);
-    EXPECT_EQ(shape->GetOlScale(), 1234.5);
-    EXPECT_EQ(shape->GetDistanceFromCsys(), 1.0);
-    EXPECT_EQ(shape->GetOlOrientation(), 1);
-    EXPECT_EQ(shape->GetAxisId(), 2147483647);
-    EXPECT_NE(written.find("<scale>1234.5</scale>"), std::string::npos);
-    EXPECT_NE(written.find("<axis_id>2147483647</axis_id>"), std::string::npos);
+    EXPECT_EQ(Load(m_folder.Write("marked.xml", "\xef\xbb\xbf" + good)).size(), 1u);
 }
 
 TEST_F(Loader, AppendsToTheListsItIsGiven)
