@@ -68,12 +68,27 @@ void AddVerbs(CLI::App& program, Invocation& invocation)
     AddLibraryFormat(library, invocation);
     AddLibraryMerge(library, invocation);
     AddLibraryGallery(library, invocation);
+    CLI::App& document = *program.add_subcommand("document", "Work on documents with pages and a view");
+    document.require_subcommand(1);
+    AddDocumentNew(document, invocation);
+    AddDocumentInfo(document, invocation);
+    AddDocumentTree(document, invocation);
+    AddDocumentCheck(document, invocation);
+    AddDocumentUpdate(document, invocation);
+    CLI::App& symbol = *program.add_subcommand("symbol", "Work on the symbols of a document");
+    symbol.require_subcommand(1);
+    AddSymbolPlace(symbol, invocation);
+    AddSymbolList(symbol, invocation);
+    AddSymbolRemove(symbol, invocation);
+    AddRender(program, invocation);
     AddDemo(program, invocation);
 }
 
 ExitCode Run(int argc, char** argv)
 {
-    CLI::App program("Symbols for technical illustrations: check, write, merge and show symbol libraries.", "lusym");
+    CLI::App program("Symbols for technical illustrations: check, merge and show symbol libraries, place symbols on "
+                     "pages and\nover views, keep them up to date, and draw them.",
+                     "lusym");
     program.set_version_flag("--version", "lusym " LUSYM_VERSION);
     program.fallthrough();
     Progress::Mode mode = Progress::Mode::Automatic;
@@ -87,7 +102,10 @@ ExitCode Run(int argc, char** argv)
     program.footer(
         "Examples:\n"
         "  lusym demo -o /tmp/demo\n"
-        "  lusym library check SymbolsLibrary/PartSymbolLibrary.xml\n\n"
+        "  lusym library check SymbolsLibrary/PartSymbolLibrary.xml\n"
+        "  lusym document new -o manual.luz --page a4 --library SymbolsLibrary/PartSymbolLibrary.xml\n"
+        "  lusym symbol place manual.luz --page 1 --entry img-warning-hot --at 40,250\n"
+        "  lusym render manual.luz -o page.svg\n\n"
         "Results go to stdout, messages to stderr. Exit codes: 0 done; 1 failed; 2 usage; 3 input unreadable;\n"
         "4 output not writable; 5 findings; 6 part of a batch failed.\n");
     Invocation invocation;

@@ -125,6 +125,20 @@ bool ReadFileText(const std::string& path, std::string& text, std::string& error
     return false;
 }
 
+bool ReadStandardInput(std::string& text, std::string& error)
+{
+    text.clear();
+    std::vector<char> block(kBlockSize);
+    for (ssize_t count = 1; count != 0;) {
+        count = read(STDIN_FILENO, block.data(), block.size());
+        if (count < 0 && errno != EINTR) {
+            return FailWithSystemError(error);
+        }
+        text.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    return true;
+}
+
 bool ReadFileBlocks(const std::string& path, const std::function<bool(std::string_view)>& take, std::string& error)
 {
     InputFile file;

@@ -16,6 +16,9 @@ class Progress;
 /// @return false when it could not
 bool ReadFileText(const std::string& path, std::string& text, std::string& error);
 
+/// Reads standard input to its end.
+bool ReadStandardInput(std::string& text, std::string& error);
+
 /// Reads a regular file of any size in blocks, the last of which may be empty.
 /// @param[out] error why it could not be read; empty when `take` answered false, which stops
 /// @return false when not all of it was taken

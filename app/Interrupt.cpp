@@ -2,6 +2,9 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
+#include <fcntl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>
 
@@ -18,13 +21,49 @@ constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU};
 using Slots = std::array<std::atomic<const char*>, 16>;
 constinit Slots s_paths{};
 
-/// Async-signal-safe: nothing but atomics, unlink, rmdir and the signal itself.
+/// What getdents64 gives, of which the C library has no declaration.
+struct FolderEntry {
+    std::uint64_t inode;
+    std::int64_t offset;
+    unsigned short length;
+    unsigned char kind;
+    char name[1];
+};
+
+/// Deletes a file, or a folder with what is in it, as far down as the program's own folders go. Async-signal-safe: the
+/// system is asked directly, since opendir allocates. Links are deleted themselves.
+void DeleteBelow(int parent, const char* path, int depth)
+{
+    if (unlinkat(parent, path, 0) == 0 || unlinkat(parent, path, AT_REMOVEDIR) == 0 || depth == 0) {
+        return;
+    }
+    const int folder = openat(parent, path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (folder < 0) {
+        return;
+    }
+    alignas(FolderEntry) char buffer[4096];
+    for (long size = 0; (size = syscall(SYS_getdents64, folder, buffer, sizeof buffer)) > 0;) {
+        for (long at = 0; at < size;) {
+            const auto* const entry = reinterpret_cast<const FolderEntry*>(buffer + at);
+            const char* const name = entry->name;
+            const bool isDots = name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0));
+            if (!isDots) {
+                DeleteBelow(folder, name, depth - 1);
+            }
+            at += entry->length;
+        }
+    }
+    close(folder);
+    unlinkat(parent, path, AT_REMOVEDIR);
+}
+
+/// Async-signal-safe: nothing but atomics, calls to the system and the signal itself.
 void OnSignal(int signalNumber)
 {
+    constexpr int kDepth = 3;
     for (std::size_t slot = s_paths.size(); slot-- > 0;) {
-        const char* const path = s_paths[slot].load();
-        if (path && unlink(path) != 0) {
-            rmdir(path);
+        if (const char* const path = s_paths[slot].load()) {
+            DeleteBelow(AT_FDCWD, path, kDepth);
         }
     }
     std::signal(signalNumber, SIG_DFL);
@@ -65,10 +104,10 @@ InterruptHold::InterruptHold()
     for (const int signalNumber : kSignals) {
         sigaddset(&held, signalNumber);
     }
-    sigprocmask(SIG_BLOCK, &held, &m_before);
+    pthread_sigmask(SIG_BLOCK, &held, &m_before);
 }
 
-InterruptHold::~InterruptHold() { sigprocmask(SIG_SETMASK, &m_before, nullptr); }
+InterruptHold::~InterruptHold() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
 
 InterruptCleanup::InterruptCleanup(std::string path) : m_path(std::move(path)), m_slot(s_paths.size())
 {

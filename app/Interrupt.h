@@ -14,7 +14,7 @@ namespace lusym
 /// *Rationale:* deleting in the handler makes Ctrl-C work at once, in the middle of a parse too; a flag would have to be
 /// looked at everywhere.
 ///
-/// Threads: the program has one.
+/// Threads: signals belong to the main one. Other threads have to begin under an InterruptHold, and so never get any.
 class Interrupt
 {
 public:
@@ -37,7 +37,7 @@ private:
     sigset_t m_before;
 };
 
-/// Names a file, or a folder that is empty by then, that a signal deletes.
+/// Names a file, or a folder with what is in it, that a signal deletes.
 class InterruptCleanup
 {
 public:

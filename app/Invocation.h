@@ -23,6 +23,15 @@ void AddLibraryList(CLI::App& library, Invocation& invocation);
 void AddLibraryFormat(CLI::App& library, Invocation& invocation);
 void AddLibraryMerge(CLI::App& library, Invocation& invocation);
 void AddLibraryGallery(CLI::App& library, Invocation& invocation);
+void AddDocumentNew(CLI::App& document, Invocation& invocation);
+void AddDocumentInfo(CLI::App& document, Invocation& invocation);
+void AddDocumentTree(CLI::App& document, Invocation& invocation);
+void AddDocumentCheck(CLI::App& document, Invocation& invocation);
+void AddDocumentUpdate(CLI::App& document, Invocation& invocation);
+void AddSymbolPlace(CLI::App& symbol, Invocation& invocation);
+void AddSymbolList(CLI::App& symbol, Invocation& invocation);
+void AddSymbolRemove(CLI::App& symbol, Invocation& invocation);
+void AddRender(CLI::App& program, Invocation& invocation);
 void AddDemo(CLI::App& program, Invocation& invocation);
 
 } // namespace lusym

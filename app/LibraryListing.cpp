@@ -5,16 +5,13 @@
 #include "catalog/PartslibraryOlItem.h"
 #include "LibrarySource.h"
 #include "Printable.h"
+#include "TextSearch.h"
+#include "TextTable.h"
 
-#include <du/Utf8.h>
 #include <luk/illustration/SequencerTag.h>
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
-#include <array>
-#include <clocale>
-#include <cwctype>
 #include <unordered_map>
 #include <vector>
 
@@ -29,34 +26,6 @@ using lusymbols::PartslibraryImageItem;
 using lusymbols::PartslibraryItem;
 using lusymbols::PartslibraryOlItem;
 using nlohmann::ordered_json;
-
-/// Lower case of every script that the system knows, whatever the user's locale is.
-class LowerCase
-{
-public:
-    LowerCase() : m_locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {}
-    ~LowerCase()
-    {
-        if (m_locale) {
-            freelocale(m_locale);
-        }
-    }
-    LowerCase(const LowerCase&) = delete;
-    LowerCase& operator=(const LowerCase&) = delete;
-
-    std::wstring Of(std::string_view text) const
-    {
-        std::wstring wide = du::Utf8ToWideStr(text);
-        for (wchar_t& letter : wide) {
-            const auto code = static_cast<std::wint_t>(letter);
-            letter = static_cast<wchar_t>(m_locale ? towlower_l(code, m_locale) : std::towlower(code));
-        }
-        return wide;
-    }
-
-private:
-    const locale_t m_locale;
-};
 
 const PartslibraryItem& ItemOf(const LibraryReading& reading, std::size_t index)
 {
@@ -77,17 +46,8 @@ class Selection
 {
 public:
     Selection(const LibraryReading& reading, const ListingFilter& filter)
-        : m_reading(reading), m_filter(filter), m_categoryNames(CategoryNames(reading))
+        : m_reading(reading), m_filter(filter), m_categoryNames(CategoryNames(reading)), m_search(filter.words)
     {
-        std::wstring word;
-        for (const wchar_t letter : m_lower.Of(filter.words) + L' ') {
-            if (letter != L' ' && letter != L'\t') {
-                word += letter;
-            } else if (!word.empty()) {
-                m_words.push_back(std::move(word));
-                word.clear();
-            }
-        }
     }
 
     std::vector<std::size_t> Wanted() const
@@ -107,11 +67,7 @@ private:
         if (m_filter.hasCategoryId && item.GetCategoryId() != m_filter.categoryId) {
             return false;
         }
-        if (m_words.empty()) {
-            return true;
-        }
-        const std::wstring texts = m_lower.Of(TextsOf(item, kept));
-        return std::ranges::all_of(m_words, [&](const std::wstring& word) { return texts.find(word) != texts.npos; });
+        return !m_search.HasWords() || m_search.Matches(TextsOf(item, kept));
     }
 
     /// A line feed keeps words from matching across two texts.
@@ -129,11 +85,10 @@ private:
         return texts;
     }
 
-    const LowerCase m_lower;
     const LibraryReading& m_reading;
     const ListingFilter& m_filter;
     const std::unordered_map<std::string_view, std::string_view> m_categoryNames;
-    std::vector<std::wstring> m_words;
+    const TextSearch m_search;
 };
 
 void AddKey(ordered_json& json, const char* name, const std::string& key)
@@ -241,35 +196,6 @@ ordered_json CategoriesAsJson(const LibraryReading& reading)
     return categories;
 }
 
-/// Columns that a terminal needs for a text, one for each character.
-std::size_t WidthOf(std::string_view text)
-{
-    return static_cast<std::size_t>(
-        std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
-}
-
-using TableRow = std::array<std::string, 5>;
-
-std::string TableText(const std::vector<TableRow>& rows)
-{
-    constexpr std::size_t kWidestColumn = 40;
-    std::array<std::size_t, 5> widths{};
-    for (const TableRow& row : rows) {
-        for (std::size_t column = 0; column < row.size(); ++column) {
-            widths[column] = std::max(widths[column], std::min(WidthOf(row[column]), kWidestColumn));
-        }
-    }
-    std::string table;
-    for (const TableRow& row : rows) {
-        for (std::size_t column = 0; column + 1 < row.size(); ++column) {
-            const std::size_t width = WidthOf(row[column]);
-            table.append(row[column]).append(2 + widths[column] - std::min(width, widths[column]), ' ');
-        }
-        table.append(row.back()).append("\n");
-    }
-    return table;
-}
-
 const char* OriginName(LibraryPlace::Origin origin)
 {
     return (origin & LibraryPlace::Origin::ORIGIN_SHARED) != 0 ? "shared"
@@ -281,7 +207,7 @@ const char* OriginName(LibraryPlace::Origin origin)
 
 std::string ListingAsTable(const LibraryReading& reading, const ListingFilter& filter)
 {
-    std::vector<TableRow> rows = {{"KIND", "ID", "CATEGORY", "NAME", "TITLE"}};
+    std::vector<std::vector<std::string>> rows = {{"KIND", "ID", "CATEGORY", "NAME", "TITLE"}};
     for (const std::size_t index : Selection(reading, filter).Wanted()) {
         const PartslibraryItem& item = ItemOf(reading, index);
         const bool isShape = dynamic_cast<const PartslibraryOlItem*>(&item) != nullptr;

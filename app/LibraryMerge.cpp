@@ -6,6 +6,7 @@
 #include "FileText.h"
 #include "LibraryUrl.h"
 #include "Printable.h"
+#include "RealPath.h"
 
 #include <du/FileSystem.h>
 
@@ -14,7 +15,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <functional>
-#include <system_error>
 #include <tuple>
 #include <unordered_map>
 #include <unordered_set>
@@ -30,19 +30,6 @@ using lusymbols::PartslibraryImageItem;
 using lusymbols::PartslibraryItem;
 using lusymbols::PartslibraryOlItem;
 using nlohmann::ordered_json;
-
-/// Where a path leads once links and ".." are followed; empty when that cannot be told.
-std::filesystem::path RealPath(const std::string& path)
-{
-    std::error_code error;
-    std::filesystem::path real = std::filesystem::canonical(path, error);
-    return error ? std::filesystem::path() : real;
-}
-
-bool IsInside(const std::filesystem::path& file, const std::filesystem::path& folder)
-{
-    return !file.empty() && !folder.empty() && std::ranges::mismatch(folder, file).in1 == folder.end();
-}
 
 /// The files of the merged entries, and which of them get into each other's way.
 class FileCollector

@@ -117,13 +117,16 @@ LibraryPlace FindLibraryPlace(const std::string& name, const LibraryOptions& opt
     return place;
 }
 
-LibrarySource::LibrarySource(const LibraryOptions& options, Progress& progress)
+LibrarySource::LibrarySource(const LibraryOptions& options, Progress& progress, luhost::SessionConfig config)
     : m_options(options), m_progress(progress)
 {
-    luhost::SessionConfig config;
     config.temporaryDirectory = m_temporary.GetPath();
     config.language = options.language;
-    m_session = std::make_unique<luhost::Session>(config);
+    {
+        // Threads that begin in here never get a signal, so that holding it back on this one holds it back.
+        const InterruptHold hold;
+        m_session = std::make_unique<luhost::Session>(config);
+    }
     for (const std::string& problem : m_session->GetProblems()) {
         m_progress.Tell("lusym: " + Printable(problem) + "\n");
     }
@@ -163,39 +166,50 @@ LibraryReading LibrarySource::Read(const std::string& name, bool exportAsStandar
 LibraryReading LibrarySource::Read(const LibraryPlace& place, bool exportAsStandard)
 {
     m_progress.Step("reading " + place.name);
-    LibraryReading reading{place, false, {}};
     std::string text;
     std::string error;
-    const du::SmartPtr<lusymbols::SymbolTemplateLoader> loader = MakeLoader();
-    if (!loader) {
-        error = "finds no loader in the plug-in";
-    }
-    reading.isReadable = loader && ReadFileText(place.path, text, error);
-    if (!reading.isReadable) {
+    if (!ReadFileText(place.path, text, error)) {
+        LibraryReading reading{place, false, {}};
         reading.examination.findings.push_back(
             {FindingCode::Unreadable, 0, 0, "the library " + error, "Name the XML file of a library."});
         return reading;
     }
-    const du::Symbol root(place.root);
+    return ReadText(std::move(text), place, exportAsStandard);
+}
+
+LibraryReading LibrarySource::ReadText(std::string text, const LibraryPlace& place, bool exportAsStandard)
+{
+    LibraryReading reading{place, false, {}};
+    ExaminationOptions options;
+    options.loader = MakeLoader();
+    reading.isReadable = bool(options.loader);
+    if (!reading.isReadable) {
+        reading.examination.findings.push_back({FindingCode::Unreadable, 0, 0,
+                                                "the library finds no loader in the plug-in",
+                                                "Name another plug-in with LUSYMBOLS_PLUGIN."});
+        return reading;
+    }
+    UseRoot(place.root, *options.loader);
+    UseMessages(place.messageFile);
+    options.origin = place.origin;
+    options.exportAsStandard = exportAsStandard;
+    options.messages = m_messages;
+    options.isFileReadable = &du::FileSystem::FileReadable;
+    reading.examination = ExamineLibrary(std::move(text), options);
+    return reading;
+}
+
+void LibrarySource::UseRoot(const std::string& root, lusymbols::SymbolTemplateLoader& loader)
+{
     du::SmartPtr<luk::Preferences> preferences;
     if (const du::SmartPtr<luk::World> world = luk::World::GetWorld()) {
         world->GetIllustrationPreferences(preferences);
     }
     if (preferences) {
-        preferences->SetBaseURL(root);
+        preferences->SetBaseURL(du::Symbol(root));
     }
-    dp::LuInfo::SetLuviewSharedCachePrefsDir(root);
-    UseMessages(place.messageFile);
-
-    ExaminationOptions options;
-    options.origin = place.origin;
-    options.exportAsStandard = exportAsStandard;
-    options.messages = m_messages;
-    options.isFileReadable = &du::FileSystem::FileReadable;
-    options.loader = loader;
-    options.loader->SetPreferences(preferences);
-    reading.examination = ExamineLibrary(std::move(text), options);
-    return reading;
+    dp::LuInfo::SetLuviewSharedCachePrefsDir(du::Symbol(root));
+    loader.SetPreferences(preferences);
 }
 
 void LibrarySource::UseMessages(const std::string& file)
@@ -249,9 +263,15 @@ void LibrarySource::ChooseLanguage()
 
 du::SmartPtr<lusymbols::SymbolTemplateLoader> LibrarySource::MakeLoader() const
 {
+    return du::DynamicCast<lusymbols::SymbolTemplateLoader>(CreateComponent("load", "template", "symbol"));
+}
+
+du::SmartPtr<du::RefCounted> LibrarySource::CreateComponent(const std::string& action, const std::string& category,
+                                                            const std::string& type) const
+{
     du::SmartPtr<du::RefCounted> component;
-    const bool isKnown = m_plugin->CreateComponent("load", "template", "symbol", component);
-    return isKnown ? du::DynamicCast<lusymbols::SymbolTemplateLoader>(component) : nullptr;
+    const bool isKnown = m_plugin->CreateComponent(action, category, type, component);
+    return isKnown ? component : nullptr;
 }
 
 void AddLibraryOptions(CLI::App& verb, LibraryOptions& options, bool withShared)

@@ -4,6 +4,8 @@
 #include "LibraryExamination.h"
 #include "TemporaryFolder.h"
 
+#include <luhost/SessionConfig.h>
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -61,7 +63,8 @@ struct LibraryReading {
 class LibrarySource
 {
 public:
-    LibrarySource(const LibraryOptions& options, Progress& progress);
+    /// @param config what the session needs beyond libraries; its temporary folder and its language are set here
+    LibrarySource(const LibraryOptions& options, Progress& progress, luhost::SessionConfig config = {});
     ~LibrarySource();
     LibrarySource(const LibrarySource&) = delete;
     LibrarySource& operator=(const LibrarySource&) = delete;
@@ -73,8 +76,16 @@ public:
     /// Reads one library and makes its root and its messages those of the session.
     LibraryReading Read(const std::string& name, bool exportAsStandard = false);
     LibraryReading Read(const LibraryPlace& place, bool exportAsStandard = false);
+    /// The same for a document that is no file.
+    LibraryReading ReadText(std::string text, const LibraryPlace& place, bool exportAsStandard = false);
+
+    /// Null when the plug-in makes none.
+    du::SmartPtr<du::RefCounted> CreateComponent(const std::string& action, const std::string& category,
+                                                 const std::string& type) const;
 
     const LibraryOptions& GetOptions() const { return m_options; }
+    /// That of the session; absolute.
+    const std::string& GetTemporaryFolder() const { return m_temporary.GetPath(); }
     luhost::Session& GetSession() { return *m_session; }
     /// The language in which the texts of the last library were read; empty for the default one.
     const std::string& GetLanguage() const { return m_language; }
@@ -83,7 +94,7 @@ private:
     void LoadPlugin();
     void UseMessages(const std::string& file);
     void ChooseLanguage();
-    /// Null when the plug-in makes none.
+    void UseRoot(const std::string& root, lusymbols::SymbolTemplateLoader& loader);
     du::SmartPtr<lusymbols::SymbolTemplateLoader> MakeLoader() const;
 
     const LibraryOptions m_options;

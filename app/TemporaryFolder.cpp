@@ -25,9 +25,7 @@ TemporaryFolder::TemporaryFolder()
     }
     m_path = path;
     m_filePath = path + "/file";
-    // The file goes into the later slot, since a signal works from the last one back.
-    m_folderCleanup = std::make_unique<InterruptCleanup>(m_path);
-    m_fileCleanup = std::make_unique<InterruptCleanup>(m_filePath);
+    m_cleanup = std::make_unique<InterruptCleanup>(m_path);
 }
 
 TemporaryFolder::~TemporaryFolder()

@@ -8,8 +8,7 @@
 namespace lusym
 {
 
-/// A fresh folder that nobody else can enter, deleted with all that it holds. A signal deletes the one file in it that
-/// GetFilePath names, and the folder.
+/// A fresh folder that nobody else can enter, deleted with all that it holds, by a signal too.
 class TemporaryFolder
 {
 public:
@@ -28,8 +27,7 @@ private:
     std::string m_path;
     std::string m_filePath;
     std::string m_error;
-    std::unique_ptr<InterruptCleanup> m_folderCleanup;
-    std::unique_ptr<InterruptCleanup> m_fileCleanup;
+    std::unique_ptr<InterruptCleanup> m_cleanup;
 };
 
 } // namespace lusym

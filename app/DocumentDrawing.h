@@ -1,0 +1,31 @@
+#pragma once
+
+#include <luhost/render/Drawing.h>
+
+#include <string>
+#include <string_view>
+
+namespace luhost
+{
+class Document;
+}
+
+namespace lusym
+{
+
+enum class PictureFormat { Svg, Pdf, Png };
+
+/// What a picture of a document shows, and how.
+struct DrawingOptions {
+    int page = 0;        ///< from 1; 0 for the view
+    int pixelWidth = 0;  ///< of the view and of PNG; 0 when it follows
+    int pixelHeight = 0; ///< the same
+    dg::Color background{1.0F, 1.0F, 1.0F, 0.0F};
+};
+
+/// Draws a page or the view of an open document into the bytes of a file.
+/// @return false with the reason when it cannot be drawn
+bool DrawDocument(const luhost::Document& document, const DrawingOptions& options, PictureFormat format,
+                  std::string& bytes, std::string& error);
+
+} // namespace lusym

@@ -1,0 +1,124 @@
+#include "DocumentSource.h"
+#include "DocumentUpdate.h"
+#include "EntryIndex.h"
+#include "FileText.h"
+#include "Finding.h"
+#include "Invocation.h"
+#include "JsonOutput.h"
+#include "OutputFile.h"
+#include "Printable.h"
+#include "Progress.h"
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <memory>
+
+namespace lusym
+{
+
+namespace
+{
+
+struct UpdateOptions {
+    DocumentOptions document;
+    std::string name;
+    std::string output;
+    bool isDryRun = false;
+    bool asJson = false;
+};
+
+ExitCode PutReport(const UpdateOptions& options, const DocumentUpdate& update, bool isWritten, Progress& progress)
+{
+    std::string report;
+    if (options.asJson) {
+        nlohmann::ordered_json json = {{"file", options.name}, {"written", isWritten}};
+        json.update(UpdateAsJson(update));
+        report = JsonText(json);
+    } else {
+        report = UpdateAsText(update, options.name);
+    }
+    // Where the document itself goes to standard output the report must not.
+    if (isWritten && OutputFile::IsStandardOutput(options.output)) {
+        progress.Tell(report);
+        return ExitCode::Done;
+    }
+    return PutResult(report, progress);
+}
+
+std::string Summary(const DocumentUpdate& update, bool isWritten)
+{
+    if (!update.conflicts.empty()) {
+        return "nothing is taken over and nothing written";
+    }
+    return CountOf(update.symbols.size(), "symbol follows ", "symbols follow ") +
+           CountOf(update.entries.size(), "changed entry", "changed entries") +
+           (isWritten ? "" : "; nothing is written");
+}
+
+ExitCode RunUpdate(const UpdateOptions& options, Progress& progress)
+{
+    DocumentSource source(options.document, progress);
+    if (!source.IsUsable()) {
+        return source.GetFault();
+    }
+    const ExitCode opened = source.OpenWhole(options.name);
+    if (opened != ExitCode::Done) {
+        return opened;
+    }
+    if (source.GetLibraryPlaces().empty()) {
+        progress.Tell(Printable(options.name) + ": error: the document records no library. Name one with --library.\n");
+        return ExitCode::Usage;
+    }
+    std::vector<LibraryReading> libraries;
+    const ExitCode read = ReadLibraries(source, libraries);
+    if (read != ExitCode::Done) {
+        return read;
+    }
+    progress.Step("updating symbols");
+    const DocumentUpdate update = UpdateDocument(source, libraries);
+    for (const std::string& conflict : update.conflicts) {
+        progress.Tell(Printable(options.name) + ": error: " + conflict + ".\n");
+    }
+    const bool isMoved = source.RecordOnly(source.GetLibraryPlaces());
+    const bool isToWrite = !options.isDryRun && update.conflicts.empty() && (!update.IsEmpty() || isMoved);
+    const ExitCode reported = PutReport(options, update, isToWrite, progress);
+    if (reported != ExitCode::Done) {
+        return reported;
+    }
+    progress.Tell(Printable(options.name) + ": " + Summary(update, isToWrite) + ".\n");
+    if (!update.conflicts.empty()) {
+        return ExitCode::Findings;
+    }
+    return isToWrite ? source.Save(options.output.empty() ? options.name : options.output) : ExitCode::Done;
+}
+
+} // namespace
+
+void AddDocumentUpdate(CLI::App& document, Invocation& invocation)
+{
+    CLI::App& verb = *document.add_subcommand("update", "Let placed symbols follow changed library entries");
+    const auto options = std::make_shared<UpdateOptions>();
+    AddDocumentArgument(verb, options->name);
+    verb.add_flag("--dry-run", options->isDryRun, "Report only");
+    verb.add_flag("--json", options->asJson, "The report as JSON");
+    AddDocumentLibraryOptions(verb, options->document);
+    AddDocumentOutputOption(verb, options->output);
+    verb.footer(
+        "Each symbol takes over its entry's name, title, description, tooltip flags, tags and picture. A new picture\n"
+        "keeps the symbol's width; the height follows. Place, turns, flips and colours stay, and so do symbols whose\n"
+        "entry is gone or that follow none. What was taken over is told on stdout, symbol by symbol. When nothing has\n"
+        "changed nothing is written. The libraries of --library are those that the document records from then on.\n\n"
+        "Examples:\n"
+        "  lusym document update manual.luz --dry-run\n"
+        "  lusym document update manual.luz --library SymbolsLibrary/PartSymbolLibrary.xml --lang de -o "
+        "manual-de.luz\n\n"
+        "Exit codes: 0 done; 2 the document records no library and none is named; 3 DOC or a library is unreadable;\n"
+        "4 not writable; 5 names or pictures get into each other's way, or a library is none; 6 some of the libraries\n"
+        "could not be read. But for 0, DOC is as it was.\n");
+    verb.callback([options, &invocation] {
+        invocation = [options](Progress& progress) { return RunUpdate(*options, progress); };
+    });
+}
+
+} // namespace lusym

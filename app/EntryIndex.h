@@ -1,0 +1,61 @@
+#pragma once
+
+#include "LibrarySource.h"
+
+#include <du/SmartPtr.h>
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace lusymbols
+{
+class PartslibraryImageItem;
+class PartslibraryItem;
+} // namespace lusymbols
+
+namespace lusym
+{
+
+class DocumentSource;
+
+/// The entries of several libraries by id; of two with one id that of the later library counts.
+class EntryIndex
+{
+public:
+    struct Entry {
+        du::SmartPtr<lusymbols::PartslibraryItem> item;
+        const LibraryReading* library = nullptr;
+    };
+
+    /// @param libraries have to outlive the index
+    explicit EntryIndex(const std::vector<LibraryReading>& libraries);
+
+    /// Null when no library has it.
+    const Entry* Find(const std::string& id) const;
+
+private:
+    std::unordered_map<std::string, Entry> m_entries;
+};
+
+/// Reads the libraries that a document goes by, and tells on stderr what they lose.
+/// @return Done when all of them were read
+ExitCode ReadLibraries(DocumentSource& source, std::vector<LibraryReading>& libraries);
+
+/// Null when the document has no picture entry of that id.
+du::SmartPtr<lusymbols::PartslibraryImageItem> FindOwnEntry(const std::string& id);
+
+/// Puts an entry, and its category, into the collection of the session. One of that id is replaced, and the symbols that
+/// follow it are told.
+void PutIntoDocument(const std::vector<EntryIndex::Entry>& entries);
+
+/// In what two entries differ, wherever their files lie: "title, tags"; empty when they say the same.
+std::string DifferencesOf(const lusymbols::PartslibraryImageItem& a, const lusymbols::PartslibraryImageItem& b);
+
+/// The name of the picture's file.
+std::string PictureNameOf(const lusymbols::PartslibraryImageItem& entry);
+
+/// @return why the picture of a library's entry cannot be taken; empty when it can
+std::string FaultOfPicture(const EntryIndex::Entry& entry);
+
+} // namespace lusym

@@ -1,0 +1,218 @@
+#include "DocumentSource.h"
+#include "EntryIndex.h"
+#include "FileText.h"
+#include "Invocation.h"
+#include "OutputFile.h"
+#include "Printable.h"
+#include "Progress.h"
+#include "SymbolPlacing.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+namespace lusym
+{
+
+namespace
+{
+
+struct PlaceOptions {
+    DocumentOptions document;
+    std::string name;
+    std::string output;
+    std::string from;
+    PlacementLine single;
+};
+
+bool ReadOrders(const PlaceOptions& options, std::vector<PlacementLine>& lines, Progress& progress)
+{
+    if (options.from.empty()) {
+        lines.push_back(options.single);
+        return true;
+    }
+    std::string text;
+    std::string error;
+    const bool isRead = options.from == "-" ? ReadStandardInput(text, error) : ReadFileText(options.from, text, error);
+    if (isRead) {
+        lines = ReadPlacements(text, error);
+    }
+    if (!error.empty()) {
+        progress.Tell(Printable(options.from) + ": error: the placements cannot be read: " + error + ".\n");
+    }
+    return error.empty();
+}
+
+/// Where an order stands, for a message.
+std::string PlaceOfOrder(const PlaceOptions& options, const PlacementLine& line)
+{
+    return options.from.empty() ? Printable(options.name)
+                                : Printable(options.from) + ":" + std::to_string(line.order.line);
+}
+
+ExitCode Judge(const std::vector<PlacementResult>& results)
+{
+    const auto hasFailed = [](const PlacementResult& result) { return !result.error.empty(); };
+    if (std::ranges::none_of(results, hasFailed)) {
+        return ExitCode::Done;
+    }
+    return std::ranges::all_of(results, hasFailed) ? ExitCode::Failed : ExitCode::PartOfBatchFailed;
+}
+
+/// The new ids; where the document itself goes to standard output they must not.
+ExitCode PutIds(const std::vector<PlacementResult>& results, const std::string& output, Progress& progress)
+{
+    std::string ids;
+    for (const PlacementResult& result : results) {
+        ids += result.error.empty() ? Printable(result.id) + "\n" : std::string();
+    }
+    if (OutputFile::IsStandardOutput(output)) {
+        progress.Tell(ids);
+        return ExitCode::Done;
+    }
+    return PutResult(ids, progress);
+}
+
+ExitCode RunPlace(const PlaceOptions& options, Progress& progress)
+{
+    std::vector<PlacementLine> lines;
+    if (!ReadOrders(options, lines, progress)) {
+        return ExitCode::InputUnreadable;
+    }
+    DocumentSource source(options.document, progress);
+    if (!source.IsUsable()) {
+        return source.GetFault();
+    }
+    const ExitCode opened = source.OpenWhole(options.name);
+    if (opened != ExitCode::Done) {
+        return opened;
+    }
+    std::vector<LibraryReading> libraries;
+    const ExitCode read = ReadLibraries(source, libraries);
+    if (read != ExitCode::Done && source.AreLibrariesChosen()) {
+        return read;
+    }
+    progress.Step("placing symbols");
+    const std::vector<PlacementResult> results = PlaceSymbols(source, lines, libraries);
+    for (std::size_t index = 0; index < results.size(); ++index) {
+        if (!results[index].error.empty()) {
+            progress.Tell(PlaceOfOrder(options, lines[index]) + ": error: " + results[index].error + ".\n");
+        }
+    }
+    const ExitCode judgement = Judge(results);
+    if (judgement == ExitCode::Failed || results.empty()) {
+        return judgement;
+    }
+    const std::string& output = options.output.empty() ? options.name : options.output;
+    const ExitCode saved = source.Save(output);
+    const ExitCode told = saved == ExitCode::Done ? PutIds(results, output, progress) : saved;
+    return told == ExitCode::Done ? judgement : told;
+}
+
+/// The options of one symbol, each of which is a field of an order too.
+class SingleOptions
+{
+public:
+    explicit SingleOptions(CLI::App& verb)
+    {
+        Add(verb, "entry", "ID", "The library entry; \"lusym library list\" lists them");
+        Add(verb, "at", "X,Y[,Z]",
+            "Centre: on a page in millimetres from its lower left corner; over the view in its units; in pixels "
+            "with --screen-space");
+        Add(verb, "page", "N", "On this page, from 1 (default: over the view)");
+        Add(verb, "size", "W,H",
+            "Size that is seen; W or ,H alone keep the picture's shape (default: the picture's own, at 96 pixels "
+            "an inch on a page and pixel by pixel over the view)");
+        Add(verb, "rotate", "DEGREES", "Turn clockwise, by a multiple of 90");
+        Add(verb, "flip", "h|v|hv", "Flip horizontally, vertically, or both");
+        Add(verb, "title", "TEXT", "A title of its own; the symbol then follows no entry");
+        Add(verb, "description", "TEXT", "A description of its own; the symbol then follows no entry");
+        Add(verb, "frame", "COLOR", "Colour of the frame: #rrggbb, #rrggbbaa, or a name such as red (default: none)");
+        Add(verb, "fill", "COLOR", "Colour behind the picture (default: none)");
+        AddFlag(verb, "fixed", "--fixed{true},--billboard{false}",
+                "Stand in space, or keep facing the viewer (default: as the entry says)");
+        AddFlag(verb, "screen-space", "--screen-space{true}", "Stay on the screen, whatever the camera");
+    }
+
+    bool IsAnyGiven() const
+    {
+        return std::ranges::any_of(m_fields, [](const Field& field) { return field.option->count() != 0; });
+    }
+
+    PlacementOrder Parse() const
+    {
+        PlacementOrder order;
+        std::string error;
+        for (const Field& field : m_fields) {
+            if (field.option->count() != 0 && !SetPlacement(order, field.name, *field.value, error)) {
+                break;
+            }
+        }
+        if (!error.empty() || !IsComplete(order, error)) {
+            throw CLI::ValidationError("--" + error);
+        }
+        return order;
+    }
+
+private:
+    struct Field {
+        std::string name;
+        std::shared_ptr<std::string> value;
+        CLI::Option* option;
+    };
+
+    void Add(CLI::App& verb, const std::string& name, const std::string& typeName, const std::string& help)
+    {
+        const auto value = std::make_shared<std::string>();
+        m_fields.push_back({name, value, verb.add_option("--" + name, *value, help)->type_name(typeName)});
+    }
+
+    void AddFlag(CLI::App& verb, const std::string& name, const std::string& flags, const std::string& help)
+    {
+        const auto value = std::make_shared<std::string>();
+        m_fields.push_back({name, value, verb.add_flag(flags, *value, help)});
+    }
+
+    std::vector<Field> m_fields;
+};
+
+} // namespace
+
+void AddSymbolPlace(CLI::App& symbol, Invocation& invocation)
+{
+    CLI::App& verb = *symbol.add_subcommand("place", "Place symbols of a library on pages and over the view");
+    const auto options = std::make_shared<PlaceOptions>();
+    AddDocumentArgument(verb, options->name);
+    const auto single = std::make_shared<SingleOptions>(verb);
+    const CLI::Option* const from =
+        verb.add_option("--from", options->from, "Several symbols, one on each line of a file; - for standard input")
+            ->type_name("FILE");
+    AddDocumentLibraryOptions(verb, options->document);
+    AddDocumentOutputOption(verb, options->output);
+    verb.footer(
+        "The picture is copied into DOC, and so is the entry, so that DOC needs nothing beside it. The symbol\n"
+        "follows its entry (see \"lusym document update\") unless it has a title or a description of its own.\n"
+        "The new ids go to stdout, one on each line.\n\n"
+        "FILE is a table whose first line names the columns, or JSON: an array of objects, or one on each line.\n"
+        "Columns and fields are called as the options are, without \"--\"; x, y, z, width and height are known too.\n\n"
+        "Examples:\n"
+        "  lusym symbol place manual.luz --entry img-warning-hot --page 1 --at 40,250 --size 25\n"
+        "  lusym symbol place manual.luz --entry img-arrow-straight --at -10,5,120 --rotate 90 --library lib.xml\n"
+        "  printf 'entry,page,x,y,width\\nimg-step-1,1,20,270,12\\nimg-step-2,1,20,240,12\\n' |\n"
+        "      lusym symbol place manual.luz --from -\n\n"
+        "Exit codes: 0 placed; 1 nothing was placed; 3 DOC, FILE or a library is unreadable; 4 not writable; 5 a\n"
+        "library is none; 6 some symbols were placed, others not. But for 0 and 6, DOC is as it was.\n");
+    verb.callback([options, single, from, &invocation] {
+        if (from->count() != 0 && single->IsAnyGiven()) {
+            throw CLI::ValidationError("--from: takes the place of --entry, --at and all that belongs to one symbol");
+        }
+        if (from->count() == 0) {
+            options->single.order = single->Parse();
+        }
+        invocation = [options](Progress& progress) { return RunPlace(*options, progress); };
+    });
+}
+
+} // namespace lusym
