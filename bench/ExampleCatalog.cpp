@@ -5,9 +5,13 @@
 #include "catalog/PartslibraryOlItem.h"
 #include "xml/SymbolTemplateWriter.h"
 
+#include <luhost/io/PictureDecoders.h>
 #include <luk/illustration/SequencerTag.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <malloc.h>
 #include <stdlib.h>
 
@@ -83,12 +87,45 @@ Catalog MakeCatalog(std::size_t entries, std::size_t categories)
     return catalog;
 }
 
+namespace
+{
+
+/// A bitmap of 64 x 64 pixels of 24 bits, different for each seed.
+std::string MakeBitmap(std::size_t seed)
+{
+    constexpr std::uint32_t kSide = 64;
+    constexpr std::uint32_t kPixelBytes = kSide * kSide * 3;
+    constexpr std::uint32_t kHeaderBytes = 54;
+    std::string bytes = "BM";
+    const auto put = [&bytes](std::uint32_t value, int count) {
+        for (int byte = 0; byte < count; ++byte) {
+            bytes += static_cast<char>(value >> (8 * byte));
+        }
+    };
+    for (const std::uint32_t value : {kHeaderBytes + kPixelBytes, 0u, kHeaderBytes, 40u, kSide, kSide}) {
+        put(value, 4);
+    }
+    put(1, 2);
+    put(24, 2);
+    for (const std::uint32_t value : {0u, kPixelBytes, 2835u, 2835u, 0u, 0u}) {
+        put(value, 4);
+    }
+    for (std::uint32_t byte = 0; byte < kPixelBytes; ++byte) {
+        bytes += static_cast<char>(seed >> (byte % 56));
+    }
+    return bytes;
+}
+
+} // namespace
+
 Workplace::Workplace()
 {
     std::string pattern = (std::filesystem::temp_directory_path() / "lusymbols-bench-XXXXXX").string();
     m_folder = mkdtemp(pattern.data());
     luhost::SessionConfig config;
     config.baseFolder = m_folder;
+    config.temporaryDirectory = m_folder;
+    config.loader.decoders = luhost::io::MakePictureDecoders();
     m_session = std::make_unique<luhost::Session>(config);
 }
 
@@ -108,6 +145,21 @@ std::string Workplace::LibraryFile(std::size_t entries)
                                                      catalog.categories);
     }
     return path;
+}
+
+std::string Workplace::PictureFile(const std::string& name)
+{
+    const std::filesystem::path path = std::filesystem::path(m_folder) / "Symbols" / name;
+    if (!std::filesystem::exists(path)) {
+        std::filesystem::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << MakeBitmap(std::hash<std::string>()(name));
+    }
+    return path.string();
+}
+
+std::string Workplace::DocumentFile(std::size_t symbols) const
+{
+    return m_folder + "/document-" + std::to_string(symbols) + ".luz";
 }
 
 Workplace& GetWorkplace()

@@ -34,6 +34,10 @@ public:
 
     /// Path of the user's library with this many entries, a hundred to a category; written when first asked for.
     std::string LibraryFile(std::size_t entries);
+    /// Path of a small picture of this name in the "Symbols" folder of the session; written when first asked for.
+    std::string PictureFile(const std::string& name);
+    /// Path of a document to write to and read from.
+    std::string DocumentFile(std::size_t symbols) const;
     /// Path of a file to write to.
     std::string OutputFile() const { return m_folder + "/written.xml"; }
 
