@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 
 [ -f build/debug/compile_commands.json ] || cmake --preset debug >/dev/null
 files=("$@")
-[ ${#files[@]} -gt 0 ] || mapfile -t files < <(git ls-files 'host/*.cpp' 'plugin/*.cpp' 'catalog/*.cpp' 'xml/*.cpp' 'app/*.cpp')
+[ ${#files[@]} -gt 0 ] || mapfile -t files < <(git ls-files 'host/*.cpp' 'plugin/*.cpp' 'catalog/*.cpp' 'xml/*.cpp' 'annotations*/*.cpp' 'app/*.cpp')
 # The count of warnings from system headers, one line for each file, says nothing.
 printf '%s\0' "${files[@]}" |
   xargs -0 -n 4 -P "$(nproc)" clang-tidy --quiet -p build/debug --warnings-as-errors='*' 2> >(grep -v 'warnings generated' >&2)
