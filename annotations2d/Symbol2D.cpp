@@ -100,8 +100,8 @@ void Symbol2D::SetSymbolInfo(const Symbol2DInfo& record)
         m_info.title = m_info.imageName;
     }
     AssignTemplate(m_info.templateIndex);
-    // A record that names no template leaves the symbol bound, so that it has to know to what.
-    if (m_hasTemplate && m_info.templateIndex == Symbol2DInfo::kNoTemplate) {
+    // A record that names no template, by its index or by its id, leaves the symbol bound, so that it has to know to what.
+    if (m_hasTemplate && m_info.templateIndex == Symbol2DInfo::kNoTemplate && m_info.templateId.empty()) {
         m_info.templateId = boundTo;
     }
 }

@@ -131,6 +131,8 @@ public:
     bool DetachScene() override;
     /// The event is completed once the symbol is seen, or cannot be; it replaces an earlier one.
     void SetEvent(du::SmartPtr<luk::AsyncEvent> event) override;
+    void HideAnnotation() override;
+    void ShowAnnotation() override;
 
     dg::DBox GetBBox() const override;
     ManipulationType GetManipulationTypes() const override;
@@ -220,6 +222,7 @@ private:
     void AbandonTemplateLoad();
     void TakeNaturalSize();
     void ShowStamp();
+    void UpdateStampVisibility();
     void UpdateStamp2DExtents();
     void UpdateStamp2DPicture(const du::SmartPtr<luk::Image>& image);
     void UpdateStamp2DTexts();

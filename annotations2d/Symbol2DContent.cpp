@@ -8,11 +8,7 @@
 #include <luannotations/ConstStrings.h>
 #include <lucontext/Context2D.h>
 #include <luk/AnnotationContentVisitor.h>
-#include <luk/AsyncEvent.h>
-#include <luk/illustration/AssociativeObjectObserver.h>
 #include <luk/illustration/SymbolTemplateCollection.h>
-#include <luk/illustration2d/Stamp2D.h>
-#include <luk/Scene.h>
 #include <luk/SerializedContentElement.h>
 #include <lumk/Stamp.h>
 
@@ -223,7 +219,7 @@ private:
     /// For what nobody knows.
     static bool Refuse(const char* kind, const du::Symbol& key)
     {
-        dp::LUTracer(kChannel).Trace(dp::LUTracer::TraceType(2), "Unhandle %s %s\n", kind, key.GetText().c_str());
+        dp::LUTracer(kChannel).Trace(dp::LUTracer::WARNING, "Unhandle %s %s\n", kind, key.GetText().c_str());
         return false;
     }
 

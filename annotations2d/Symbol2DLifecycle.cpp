@@ -4,7 +4,6 @@
 #include <dp/WriteLockGuard.h>
 #include <luk/AnnoSet.h>
 #include <luk/AsyncEvent.h>
-#include <luk/illustration/AssociativeObjectObserver.h>
 #include <luk/illustration/SymbolTemplate.h>
 #include <luk/illustration2d/Document2D.h>
 #include <luk/illustration2d/Kernel2D.h>
@@ -14,6 +13,7 @@
 #include <luk/View.h>
 #include <lumk/Stamp.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace luannotations
@@ -28,16 +28,22 @@ constexpr int kFrameWidthPixels = 1;
 constexpr int kStampLayer = 1;
 constexpr int kStampMinorZOrder = 700;
 
-/// Whether the location is one to place something by: not that of "none given", and no NaN or infinity in it.
+/// Whether there is anything in the location but zeros, which stand for none given; what is no number says nothing.
 bool IsGiven(const dg::Location& location)
 {
-    return !(location == dg::Location::ZERO) && dg::ApproximateEquality(location, location, 0.0);
+    const auto isGiven = [](double value) { return value < 0.0 || value > 0.0; };
+    const auto& entries = location.GetMat().GetEntries();
+    const dg::DPoint3D& position = location.GetPosition();
+    return std::any_of(entries.begin(), entries.end(), isGiven) || isGiven(position.x) || isGiven(position.y) ||
+           isGiven(position.z);
 }
 
 } // namespace
 
 bool Symbol2D::AttachScene(const du::SmartPtr<luk::Scene>& scene)
 {
+    // Those who are told that the symbol follows its template may let go of it, and the lock is its own.
+    const du::SmartPtr<Symbol2D> self(GetReferenceCount() > 0 ? this : nullptr);
     du::SmartPtr<luk::Scene> previousScene;
     const dp::WriteLockGuard lock(GetLock());
     if (!scene || scene == m_scene) {
@@ -92,7 +98,7 @@ void Symbol2D::ConfigureStamp()
 bool Symbol2D::DetachScene()
 {
     // The scene may hold the last handle of the symbol, and what is let go of must not end under the lock.
-    const du::SmartPtr<Symbol2D> self(this);
+    const du::SmartPtr<Symbol2D> self(GetReferenceCount() > 0 ? this : nullptr);
     du::SmartPtr<luk::Scene> scene;
     du::SmartPtr<luk::AsyncEvent> pendingEvent;
     du::SmartPtr<luk::AsyncEvent> waiting;

@@ -1,11 +1,11 @@
 #include "annotations2d/Symbol2D.h"
+#include "catalog/FileNames.h"
 
 #include <du/FileSpec.h>
 #include <du/FileSystem.h>
 #include <luk/Anchor.h>
 #include <luk/AsyncEvent.h>
 #include <luk/illustration/RunningMode.h>
-#include <luk/illustration2d/Stamp2D.h>
 #include <luk/Image.h>
 #include <luk/ImageData.h>
 #include <luk/Kernel.h>
@@ -17,7 +17,6 @@
 #include <luloader/Loader.h>
 #include <lumk/Stamp.h>
 
-#include <string_view>
 #include <utility>
 
 namespace luannotations
@@ -33,13 +32,6 @@ void TurnPicture(luk::Image& image, int rightDegrees, int leftDegrees)
         const std::int64_t degrees = std::int64_t{rightDegrees} + leftDegrees;
         image.SetImageData(data->CreateCWRotated(static_cast<int>(degrees / kQuarterTurnDegrees)));
     }
-}
-
-/// Whether a text is the name of a file on every platform, and so leads nowhere but into the folder that it is joined to.
-bool IsFileName(const std::string& text)
-{
-    return !text.empty() && du::FileSpec(text).GetFile() == text &&
-           text.find_first_of(std::string_view(":\0", 2)) == std::string::npos;
 }
 
 /// Brings a loaded picture to its symbol.
@@ -128,17 +120,15 @@ void Symbol2D::OnImageLoaded(du::SmartPtr<luk::Image> image, bool onStamp)
 
 void Symbol2D::TakeNaturalSize()
 {
-    const int pixelWidth = GetImageWidth();
-    const int pixelHeight = GetImageHeight();
-    if (pixelWidth <= 0 || pixelHeight <= 0) {
+    if (!m_info.image->GetImageData()) {
         return;
     }
     // A document that was saved while a template's picture was loading carries a size that is not known yet.
     const bool sizeUnknown = m_info.width < 0.0F && m_info.height < 0.0F;
     const bool naturalUnknown = !(m_origWidth > 0.0F && m_origHeight > 0.0F);
     if (!CreatedFromFile() || m_sourceUpdated || (sizeUnknown && naturalUnknown)) {
-        m_origWidth = static_cast<float>(pixelWidth) * 0.5F;
-        m_origHeight = static_cast<float>(pixelHeight) * 0.5F;
+        m_origWidth = static_cast<float>(GetImageWidth()) * 0.5F;
+        m_origHeight = static_cast<float>(GetImageHeight()) * 0.5F;
     }
     if (sizeUnknown) {
         SetMarkupSizeAsImage();
@@ -178,6 +168,19 @@ void Symbol2D::SetStampImage()
     }
 }
 
+void Symbol2D::HideAnnotation() { UpdateStampVisibility(); }
+
+void Symbol2D::ShowAnnotation() { UpdateStampVisibility(); }
+
+void Symbol2D::UpdateStampVisibility()
+{
+    // A stamp that is not shown yet takes the visibility with its picture; a copy leaves the stamp to its original.
+    if (m_markup && m_markup->GetController() == this) {
+        m_markup->SetVisibility(IsVisible());
+        SetDirty();
+    }
+}
+
 int Symbol2D::GetImageWidth() const
 {
     const du::SmartPtr<luk::ImageData>& data = m_info.image->GetImageData();
@@ -193,7 +196,7 @@ int Symbol2D::GetImageHeight() const
 bool Symbol2D::GetImageFromTempDir(du::Symbol& url) const
 {
     const std::string& fileName = m_info.imageFileName.GetText();
-    if (!IsFileName(fileName)) {
+    if (!lusymbols::IsPlainFileName(fileName)) {
         return false;
     }
     if (!luk::illustration::IsRunningIllustrate()) {

@@ -8,9 +8,7 @@
 #include <luk/illustration/AssociativeObjectObserver.h>
 #include <luk/illustration/SequencerTagPtrComparator.h>
 #include <luk/illustration/SymbolTemplateCollection.h>
-#include <luk/illustration2d/Stamp2D.h>
 #include <luk/Kernel.h>
-#include <luk/Scene.h>
 #include <luloader/Loader.h>
 #include <lumk/Stamp.h>
 
@@ -292,7 +290,7 @@ void Symbol2D::FinishTemplateLoad(du::SmartPtr<Symbol2D> symbol, std::uint64_t n
             if (status == 0) {
                 symbol->CompleteUpdateStamp(fileName, previousWidth);
             } else {
-                dp::LUTracer(kChannel).Trace(dp::LUTracer::TraceType(2),
+                dp::LUTracer(kChannel).Trace(dp::LUTracer::WARNING,
                                              "UpdateStampEvent failed to complete successfully\n");
                 parentWaitsOn = symbol->RestoreBeforeTemplateLoad(before, parent);
             }

@@ -1,5 +1,6 @@
 #include "catalog/Partslibrary.h"
 
+#include "catalog/FileNames.h"
 #include "catalog/LibraryLayout.h"
 #include "catalog/LibraryRoots.h"
 #include "catalog/PartslibraryCategoryItem.h"
@@ -49,13 +50,6 @@ std::string TargetFileName(const std::string& sourceFile, bool useUuidName)
     std::string name;
     du::UuidGen::GetUuidString(name);
     return name + du::FileSpec::EXT_SEP_CHAR + source.GetFileExtension();
-}
-
-/// Whether a path ends in a name that means the same file on every platform; on one a colon would name a stream in it.
-bool NamesAFile(const std::string& path)
-{
-    const std::string name = du::FileSpec(path).GetFile();
-    return !name.empty() && name.find_first_of(std::string_view(":\0", 2)) == std::string::npos;
 }
 
 } // namespace
@@ -134,7 +128,7 @@ bool Partslibrary::EmbedSymbol(const du::Symbol& sourceFile, du::Symbol& targetF
     std::string tempDir;
     const bool hasTarget = GetTargetFilePath(source, target, tempDir, useUuidName);
     targetFile = du::Symbol(target);
-    if (!hasTarget || du::FileSpec(source).GetFile().empty() || !NamesAFile(target)) {
+    if (!hasTarget || du::FileSpec(source).GetFile().empty() || !IsPlainFileName(du::FileSpec(target).GetFile())) {
         return false;
     }
     const std::string folder = tempDir + du::FileSpec::DIR_SEP_CHAR + std::string(kEmbeddedFolder);

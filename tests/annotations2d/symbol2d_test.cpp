@@ -257,6 +257,14 @@ TEST_P(Symbol2DTest, CloneCopyAndUndo)
     EXPECT_EQ(Collection().GetObserverCount(), 1u);
     const auto stamp = StampIn(scene);
     EXPECT_EQ(stamp->GetController(), symbol.get()) << "a copy leaves the markup to its original";
+    du::MakeCounted<Symbol2D>(*symbol)->Hide(false, nullptr, 0);
+    EXPECT_TRUE(stamp->IsVisible());
+    scene->GetView(0)->SetDirty(false);
+    symbol->Hide(false, nullptr, 0);
+    EXPECT_TRUE(!stamp->IsVisible() && scene->GetView(0)->IsDirty());
+    symbol->Show(false, nullptr);
+    EXPECT_TRUE(stamp->IsVisible());
+    EXPECT_TRUE(Symbol2D().DetachScene()) << "of one that nobody counts";
 
     const auto shadow = du::DynamicCast<lumk::StampShadow>(symbol->GetMarkupShadow(0));
     const auto operation = du::MakeCounted<luk::Operation>();
@@ -345,6 +353,10 @@ TEST_P(Symbol2DTest, BindingByIndex)
     EXPECT_EQ(symbol->GetSymbolTemplateById(), second);
     symbol->SetSymbolInfo(Record("48.pic"));
     EXPECT_EQ(symbol->GetSymbolTemplateById(), second) << "a record that names no template leaves the symbol bound";
+    Symbol2DInfo named = Record("48.pic");
+    named.templateId = "A";
+    symbol->SetSymbolInfo(named);
+    EXPECT_EQ(symbol->GetSymbolTemplateById()->GetId(), "A") << "one with an id alone is taken as it is";
     symbol->AssignTemplate(0);
     EXPECT_EQ(symbol->GetTemplateHolder().GetRelatedId(), "A");
     EXPECT_EQ(second->GetConsumerCount(), 0u);
@@ -599,11 +611,17 @@ TEST_P(Symbol2DTest, HostileValuesAreKeptAndDoNoHarm)
     symbol->AttachScene(scene);
     Pump();
     EXPECT_EQ(StampIn(scene)->GetImage()->GetQuarterTurns(), 4 - 4294967296 / 90 % 4);
-    EXPECT_EQ(StampIn(scene)->GetLocation()->GetMat(), dg::FMat33::IDENTITY) << "no place to put anything";
+    EXPECT_EQ(StampIn(scene)->GetLocation()->GetMat(), bad.GetMat()) << "the turn counts without a position";
     EXPECT_TRUE(symbol->GetBBox().IsEmpty());
     symbol->SetMarkupSizeAsImage();
     const dg::Pipeline pipeline(dg::Camera3D(), static_cast<double>(kNan));
     EXPECT_EQ(std::get<float>(Saved(symbol, &pipeline).GetProperties()[10].value), 0.0F);
+    const auto flat = du::MakeCounted<Symbol2D>();
+    flat->GetImage()->SetImageData(du::MakeCounted<luk::ImageData>(std::vector{luk::ImageData::Frame{0, 4, nullptr}}));
+    flat->OnImageLoaded(flat->GetImage(), false);
+    Size natural;
+    flat->GetOrigSize(natural.first, natural.second);
+    EXPECT_EQ(natural, Size(0.0F, 2.0F));
 }
 
 TEST_P(Symbol2DTest, FlatteningMeasuresWhatIsDrawn)

@@ -23,7 +23,6 @@ public:
     /// Null is left out.
     void AddStep(const du::SmartPtr<OperationStep>& step);
     std::size_t GetStepCount() const noexcept { return m_steps.size(); }
-    const du::SmartPtr<OperationStep>& GetStep(std::size_t index) const { return m_steps.at(index); }
 
     void Undo();
     void Redo();
