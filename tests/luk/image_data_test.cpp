@@ -70,6 +70,18 @@ TEST(ImageData, TurnsEveryFrameClockwiseByAnyNumberOfQuarters)
     EXPECT_EQ(byQuarters[0]->GetQuarterTurns(), 0);
 }
 
+TEST(ImageData, PicturesTurnedAlikeShareTheirPixels)
+{
+    const auto picture = du::MakeCounted<ImageData>(std::vector{NumberedFrame(3, 2), NumberedFrame(4, 4)});
+    const auto onItsSide = picture->CreateCWRotated(1);
+    for (const auto& [again, same] : {std::pair(picture->CreateCWRotated(-3), onItsSide),
+                                      {onItsSide->CreateCWRotated(2)->CreateCWRotated(2), onItsSide},
+                                      {onItsSide->CreateCWRotated(-1), picture}}) {
+        EXPECT_EQ(again->GetFrame(0).pixels, same->GetFrame(0).pixels);
+        EXPECT_EQ(again->GetFrame(1).pixels, same->GetFrame(1).pixels);
+    }
+}
+
 TEST(ImageData, TurnsTheSizeAloneOfAFrameWithoutItsPixels)
 {
     const auto few = std::make_shared<const ImageData::Pixels>(4);

@@ -1,7 +1,9 @@
 #include <luk/ImageData.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <mutex>
 #include <utility>
 
 namespace luk
@@ -72,19 +74,46 @@ std::shared_ptr<const ImageData::Pixels> TurnPixels(const ImageData::Frame& fram
     return turned;
 }
 
-/// A frame without the pixels that its size asks for has none to turn, and so none afterwards.
-void TurnFrame(ImageData::Frame& frame, int quarterTurns)
-{
-    frame.pixels = HasAllPixels(frame) ? TurnPixels(frame, quarterTurns) : nullptr;
-    if (quarterTurns % 2 != 0) {
-        std::swap(frame.width, frame.height);
-    }
-}
-
 } // namespace
 
+/// The pixels of each frame by the turn from the picture that was decoded, as far as somebody has them.
+class ImageData::TurnedPixels
+{
+public:
+    explicit TurnedPixels(const std::vector<Frame>& frames)
+    {
+        for (const Frame& frame : frames) {
+            m_byTurn.front().emplace_back(frame.pixels);
+        }
+    }
+
+    /// A frame without the pixels that its size asks for has none to turn, and so none afterwards.
+    std::shared_ptr<const Pixels> Get(const Frame& frame, std::size_t index, int quarterTurns, int turnsInAll)
+    {
+        if (!HasAllPixels(frame)) {
+            return nullptr;
+        }
+        const std::lock_guard lock(m_mutex);
+        std::vector<std::weak_ptr<const Pixels>>& known = m_byTurn.at(static_cast<std::size_t>(turnsInAll));
+        if (known.size() <= index) {
+            known.resize(index + 1);
+        }
+        std::shared_ptr<const Pixels> pixels = known[index].lock();
+        if (!pixels) {
+            pixels = TurnPixels(frame, quarterTurns);
+            known[index] = pixels;
+        }
+        return pixels;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::array<std::vector<std::weak_ptr<const Pixels>>, 4> m_byTurn;
+};
+
 ImageData::ImageData(std::vector<Frame> frames, std::shared_ptr<const std::string> vectorSource)
-    : m_frames(std::move(frames)), m_vectorSource(std::move(vectorSource))
+    : m_frames(std::move(frames)), m_vectorSource(std::move(vectorSource)),
+      m_turnedPixels(std::make_shared<TurnedPixels>(m_frames))
 {
 }
 
@@ -103,10 +132,13 @@ du::SmartPtr<ImageData> ImageData::CreateCWRotated(int quarterTurns) const
 {
     const int turns = (quarterTurns % 4 + 4) % 4;
     auto turned = du::MakeCounted<ImageData>(m_frames, m_vectorSource);
+    turned->m_turnedPixels = m_turnedPixels;
     turned->m_quarterTurns = (m_quarterTurns + turns) % 4;
-    if (turns != 0) {
-        for (Frame& frame : turned->m_frames) {
-            TurnFrame(frame, turns);
+    for (std::size_t index = 0; turns != 0 && index < m_frames.size(); ++index) {
+        Frame& frame = turned->m_frames[index];
+        frame.pixels = m_turnedPixels->Get(m_frames[index], index, turns, turned->m_quarterTurns);
+        if (turns % 2 != 0) {
+            std::swap(frame.width, frame.height);
         }
     }
     return turned;

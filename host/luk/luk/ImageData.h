@@ -49,13 +49,17 @@ public:
 
     std::size_t GetByteCount() const noexcept;
 
-    /// The picture turned clockwise.
+    /// The picture turned clockwise. All that turn the same picture the same way share the pixels for as long as one of them
+    /// is there.
     /// @param quarterTurns any number, also negative; taken modulo 4
     du::SmartPtr<ImageData> CreateCWRotated(int quarterTurns) const;
 
 private:
+    class TurnedPixels;
+
     std::vector<Frame> m_frames;
     std::shared_ptr<const std::string> m_vectorSource;
+    std::shared_ptr<TurnedPixels> m_turnedPixels; ///< of this picture and all that were made from it
     int m_quarterTurns = 0;
 };
 
