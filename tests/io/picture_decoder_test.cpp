@@ -214,6 +214,10 @@ TEST(PictureDecoders, DrawWhatIsInADrawingAndNothingElse)
     EXPECT_EQ(drawn(picture + "data:image/png;base64," + red + "'/>"), "Rt");
     EXPECT_EQ(drawn(picture + "file://" + path + "'/>"), "tt");
     EXPECT_EQ(drawn(picture + path + "'/><text>Metadata: data: none</text>"), "tt");
+    const std::string twice =
+        picture + "data:image/png;base64," + red + "'/>" + picture + "data:;base64," + red + "'/>";
+    EXPECT_EQ(drawn(twice + "<text>back\\slash &amp; ampersand</text>"), "Rt");
+    EXPECT_TRUE(Contains(Decode(kSvg + "width='1' height='1'>" + twice + "</svg>", {9, 1, 9}).problem, "in all"));
 }
 
 TEST(PictureDecoders, RefuseDrawingsThatCostTooMuch)
@@ -244,7 +248,16 @@ TEST(PictureDecoders, RefuseDrawingsThatCostTooMuch)
         {open + uses + "</svg>", "referenced elements"},
         {image + "data:image/svg+xml;base64,PHN2Zz4='/></svg>", "neither a picture nor a font"},
         {image + "data:image/png;base64,iVBORw0KGgo='/></svg>", "the file is cut off"},
-        {image + "&#100;ata:image/png;base64,iVBORw0KGgo='/></svg>", "a form that is not read"},
+        {image + "d&#10;&#97;ta:image/png;base64,iVBORw0KGgo='/></svg>", "the file is cut off"},
+        {"<!DOCTYPE svg [<!ENTITY a 'dat'>]>" + image + "&a;a:image/svg+xml;base64,PHN2Zz4='/></svg>",
+         "neither a picture"},
+        {open + "<style>g{fill:URL(\"\\64 at\\61\t:image/svg+xml;base64,PHN2Zz4=#p\")}</style></svg>",
+         "neither a picture"},
+        {"<!DOCTYPE svg [<!ENTITY a 'x'><!ENTITY a 'data'>]>" + open + "</svg>", "entities"},
+        {"<!DOCTYPE svg [" + repeat("<!ENTITY", 200000) + "]>" + open + "</svg>", "entities"},
+        {open + "<text>" + repeat("href=url(data:x", 200000), "neither a picture"},
+        {open + "<filter id='f'><feConvolveMatrix order='21' kernelMatrix='" + repeat("1 ", 441) + "'/></filter></svg>",
+         "filters"},
         {open + "<filter id='f'><feTurbulence numOctaves='9999'/></filter></svg>", "filters"},
         {kSvg + "width='4000' height='4000'><filter id='f'><feMorphology radius='9'/></filter></svg>", "filters"},
         {kSvg + "width='5000' height='5000'/>", "16,777,216 pixels in all at most"},

@@ -145,8 +145,10 @@ bool SvgDecoder::Recognises(std::string_view bytes) const { return SvgGuard(byte
 
 du::SmartPtr<luk::ImageData> SvgDecoder::Decode(std::string_view bytes, std::string& problem) const
 {
-    const SvgGuard guard(bytes);
-    if (!guard.HasHarmlessEntities(problem) || !guard.HasHarmlessData(m_embedded, problem)) {
+    SvgGuard guard(bytes);
+    // Some filters the library does not survive, so that it must not even parse them; their size is not known yet.
+    if (!guard.HasHarmlessEntities(problem) || !guard.HasHarmlessData(m_embedded, m_limits.maximumPixels, problem) ||
+        !guard.HasHarmlessFilters(1, problem)) {
         return nullptr;
     }
     const Handle handle = ParseDocument(bytes, problem);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 namespace luhost::io
 {
@@ -24,19 +25,21 @@ public:
     bool IsSvg() const;
 
     /// Entities must be short plain texts, in an encoding that keeps ASCII.
-    bool HasHarmlessEntities(std::string& problem) const;
+    bool HasHarmlessEntities(std::string& problem);
 
-    /// What is embedded must be a picture that one of the decoders takes, or a font.
-    bool HasHarmlessData(const SvgDecoder::Decoders& decoders, std::string& problem) const;
+    /// What is embedded must be a picture that one of the decoders takes, or a font. Comes after HasHarmlessEntities, since
+    /// an address may be spelled with entities.
+    /// @param maximumPixels of all embedded pictures together
+    bool HasHarmlessData(const SvgDecoder::Decoders& decoders, std::uint64_t maximumPixels, std::string& problem) const;
 
     /// Whether all filters of the document, each applied once to this many pixels, end in a reasonable time.
     bool HasHarmlessFilters(std::uint64_t pixels, std::string& problem) const;
 
 private:
     bool HasKnownEncoding() const;
-    bool HidesAddress() const;
 
     std::string_view m_text;
+    std::unordered_map<std::string_view, std::string_view> m_entities;
 };
 
 } // namespace luhost::io
