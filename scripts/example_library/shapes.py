@@ -543,7 +543,7 @@ def write_obj(mesh, name):
 
 
 def write_glb(mesh, name):
-    """Binary glTF 2.0: one mesh, positions, normals, indices and a plain material (one colour)."""
+    """Binary glTF 2.0, in metres: one mesh, positions, normals, indices and a plain material (one colour)."""
     if len(set(mesh.colors)) != 1:
         raise ValueError("a GLB shape has one colour")
     index, corners = {}, []
@@ -551,11 +551,12 @@ def write_glb(mesh, name):
         for v, normal in zip(face, normals):
             key = (mesh.vertices[v], tuple(round(c, 5) + 0.0 for c in normal))
             corners.append(index.setdefault(key, len(index)))
-    positions = b"".join(struct.pack("<3f", *p) for p, _ in index)
+    metres = [tuple(c / 1000.0 for c in p) for p, _ in index]
+    positions = b"".join(struct.pack("<3f", *p) for p in metres)
     normals = b"".join(struct.pack("<3f", *unit(n)) for _, n in index)
     indices = struct.pack(f"<{len(corners)}H", *corners)
     views = [positions, normals, indices + b"\0" * (-len(indices) % 4)]
-    stored = [tuple(struct.unpack("<3f", struct.pack("<3f", *p))) for p, _ in index]
+    stored = [tuple(struct.unpack("<3f", struct.pack("<3f", *p))) for p in metres]
     offset, buffer_views = 0, []
     for data, target in zip(views, (34962, 34962, 34963)):
         buffer_views.append({"buffer": 0, "byteOffset": offset, "byteLength": len(data), "target": target})

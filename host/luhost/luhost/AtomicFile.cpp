@@ -65,7 +65,7 @@ std::FILE* CreateExclusively(const fs::path& path, [[maybe_unused]] bool replace
 
 #if defined(_WIN32)
 
-bool TakePermissions(std::FILE*, const fs::path&) { return true; }
+bool TakePermissions(const fs::path&, const fs::path&) { return true; }
 
 bool FlushToMedium(std::FILE* file) { return ::_commit(::_fileno(file)) == 0; }
 
@@ -73,13 +73,14 @@ void FlushFolder(const fs::path&) {}
 
 #else
 
-/// Those of the old file where there is one.
-bool TakePermissions(std::FILE* file, const fs::path& target)
+/// Those of the old file where there is one. By name, since another writer may have put a file of its own in the place of
+/// the temporary one.
+bool TakePermissions(const fs::path& temporary, const fs::path& target)
 {
     struct stat old {
     };
     return ::stat(target.c_str(), &old) != 0 ||
-           ::fchmod(::fileno(file), old.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO)) == 0;
+           ::chmod(temporary.c_str(), old.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO)) == 0;
 }
 
 bool FlushToMedium(std::FILE* file) { return ::fsync(::fileno(file)) == 0; }
@@ -170,7 +171,7 @@ bool AtomicFile::Commit()
 bool AtomicFile::FlushAndClose()
 {
     errno = 0;
-    if (std::fflush(m_file) != 0 || !FlushToMedium(m_file) || !TakePermissions(m_file, ToPath(m_target))) {
+    if (std::fflush(m_file) != 0 || !FlushToMedium(m_file) || !TakePermissions(ToPath(m_temporary), ToPath(m_target))) {
         return Fail("write", errno);
     }
     return std::fclose(std::exchange(m_file, nullptr)) == 0 || Fail("close", errno);

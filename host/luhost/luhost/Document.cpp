@@ -1,4 +1,5 @@
 #include "DocumentFile.h"
+#include "DocumentProduct.h"
 #include "SymbolFiles.h"
 
 #include <luhost/Document.h>
@@ -13,6 +14,7 @@
 #include <luk/ShapeView.h>
 #include <luk/World.h>
 #include <lukapp/illustration/DrellinApp.h>
+#include <lukapp/illustration/IllMultiRootContainer.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -124,6 +126,8 @@ public:
     /// Number of parts when it is in none.
     std::size_t PartOf(const luk::Annotation& annotation) const;
 
+    bool SetProduct(const ProductModel& model, std::string& problem);
+
     std::vector<std::string> GetUsedTemplateIds();
     bool Save(const std::string& path, std::string& error);
 
@@ -135,6 +139,8 @@ public:
     Setup m_setup;
     DocumentFile m_file;
     DocumentProblems m_problems;
+    DocumentProduct m_product;
+    du::SmartPtr<luk::ShapeScene> m_scene;
     std::vector<Part> m_parts; ///< the view, then the pages
     du::SmartPtr<luk::ShapeView> m_view;
     std::string m_libraryText;
@@ -176,9 +182,9 @@ private:
     bool LookAtSlot(const DocumentFile::Slot& slot, TemplateList& templates, const Look& look) const;
     bool LookAtMember(luk::Annotation& annotation, TemplateList& templates, const Look& look);
     void UseForeignOfFile(SymbolFiles& files) const;
-    bool WriteDocument(std::string& xml, SymbolFiles& files, std::string& error);
+    bool WriteDocument(std::vector<PackageEntry>& entries, SymbolFiles& files, std::string& error);
 
-    du::SmartPtr<luk::MultiRootContainer> m_container;
+    du::SmartPtr<lukapp::illustration::IllMultiRootContainer> m_container;
     std::unordered_map<const luk::AnnoSet*, std::size_t> m_partBySet;
     std::unordered_map<du::Symbol, Remembered> m_remembered;
     std::unordered_map<du::Symbol, Indexed> m_index; ///< may be out of date: see FindIndexed
@@ -208,7 +214,8 @@ bool Document::Content::Read(const std::string& path, std::string& error)
     }
     std::string xml = std::move(document->bytes);
     entries.erase(document);
-    if (!m_file.Read(std::move(xml), m_problems, error)) {
+    const auto takeProduct = [&](const dg::XmlElem& product) { m_product.Read(product, entries, m_problems); };
+    if (!m_file.Read(std::move(xml), takeProduct, m_problems, error)) {
         return false;
     }
     TakeEntries(entries);
@@ -233,10 +240,10 @@ void Document::Content::TakeEntries(std::vector<PackageEntry>& entries)
 
 void Document::Content::Open()
 {
-    const auto scene = du::MakeCounted<luk::Scene>();
+    m_scene = m_product.GetScene();
     m_view = du::MakeCounted<luk::ShapeView>(m_file.camera);
-    scene->AddView(m_view);
-    AddPart(scene, nullptr);
+    m_scene->AddView(m_view);
+    AddPart(m_scene, nullptr);
     for (const DocumentFile::Part& page : m_file.pages) {
         const auto document = du::MakeCounted<luk::illustration2d::Document2D>(page.size.width, page.size.height);
         const auto pageScene = du::MakeCounted<Scene2D>(document);
@@ -247,14 +254,18 @@ void Document::Content::Open()
             m_unmadeIdPaths.insert(slot.idPath);
         }
     }
-    const auto structure = du::MakeCounted<luk::Structure>();
     if (const std::string folder = TemporaryFolder(); !folder.empty()) {
-        structure->SetAnchor(du::MakeCounted<luk::Anchor>(du::Symbol(folder)));
+        m_product.GetStructure()->SetAnchor(du::MakeCounted<luk::Anchor>(du::Symbol(folder)));
     }
-    m_container = du::MakeCounted<luk::MultiRootContainer>();
-    m_container->SetPrimaryStructure(structure);
+    m_container = du::MakeCounted<lukapp::illustration::IllMultiRootContainer>();
+    m_container->SetPrimaryStructure(m_product.GetStructure());
+    m_container->GetFileInfo()->SetNextStructureId(m_file.nextStructureId);
     if (const auto world = luk::World::GetWorld()) {
         world->SetContainer(m_container);
+        world->SetTree(m_product.GetTree());
+    }
+    if (const auto app = lukapp::illustration::DrellinApp::GetDrellinApp()) {
+        app->SetSbomTree(m_product.GetSbomTree());
     }
 }
 
@@ -269,7 +280,23 @@ void Document::Content::Close()
     }
     if (world && m_container && world->GetContainer() == m_container) {
         world->SetContainer(nullptr);
+        world->SetTree(nullptr);
     }
+    const auto app = lukapp::illustration::DrellinApp::GetDrellinApp();
+    if (app && app->GetSbomTree() == m_product.GetSbomTree()) {
+        app->SetSbomTree(nullptr);
+    }
+}
+
+bool Document::Content::SetProduct(const ProductModel& model, std::string& problem)
+{
+    const luk::ShapeScene::UpdateBatch batch(*m_scene);
+    if (!m_product.SetProduct(model, problem)) {
+        return false;
+    }
+    // Meshes of a product that could not be read.
+    std::erase_if(m_keptEntries, [](const PackageEntry& entry) { return DocumentProduct::IsMeshEntry(entry.name); });
+    return true;
 }
 
 void Document::Content::AddPart(const du::SmartPtr<luk::Scene>& scene, const du::SmartPtr<Scene2D>& page)
@@ -568,8 +595,15 @@ void Document::Content::UseForeignOfFile(SymbolFiles& files) const
     }
 }
 
-bool Document::Content::WriteDocument(std::string& xml, SymbolFiles& files, std::string& error)
+bool Document::Content::WriteDocument(std::vector<PackageEntry>& entries, SymbolFiles& files, std::string& error)
 {
+    std::string product;
+    if (!m_product.Write(product, 1, entries, error)) {
+        return false;
+    }
+    if (m_container) {
+        m_file.nextStructureId = m_container->GetFileInfo()->PeekNextStructureId();
+    }
     TemplateList templates;
     const auto writeAnnotations = [&](std::size_t part, std::string& out, int depth) {
         return LookAt(part, templates, [&](const SerializedContentElement* content, const std::string& foreign) {
@@ -587,7 +621,7 @@ bool Document::Content::WriteDocument(std::string& xml, SymbolFiles& files, std:
         });
     };
     UseForeignOfFile(files);
-    return m_file.Write(xml, m_view->GetCamera(), writeAnnotations, templates.GetIds());
+    return m_file.Write(entries[0].bytes, product, m_view->GetCamera(), writeAnnotations, templates.GetIds());
 }
 
 bool Document::Content::Save(const std::string& path, std::string& error)
@@ -599,7 +633,7 @@ bool Document::Content::Save(const std::string& path, std::string& error)
     std::vector<PackageEntry> entries(1);
     SymbolFiles files(TemporaryFolder());
     entries[0].name = DocumentFile::kEntryName;
-    if (!WriteDocument(entries[0].bytes, files, error) || !files.Pack(entries, error)) {
+    if (!WriteDocument(entries, files, error) || !files.Pack(entries, error)) {
         return false;
     }
     if (!m_libraryText.empty()) {
@@ -643,6 +677,25 @@ std::unique_ptr<Document> Document::Open(const std::string& path, Setup setup, s
 
 const du::SmartPtr<luk::Scene>& Document::GetScene() const noexcept { return m_content->m_parts[0].scene; }
 
+const du::SmartPtr<luk::ShapeScene>& Document::GetShapeScene() const noexcept { return m_content->m_scene; }
+
+const du::SmartPtr<luk::Structure>& Document::GetStructure() const noexcept
+{
+    return m_content->m_product.GetStructure();
+}
+
+bool Document::SetProduct(const ProductModel& model, std::string& problem)
+{
+    return m_content->SetProduct(model, problem);
+}
+
+ServiceModel Document::GetService() const { return m_content->m_product.GetService(); }
+
+bool Document::SetService(const ServiceModel& model, std::string& problem)
+{
+    return m_content->m_product.SetService(model, problem);
+}
+
 dg::Camera3D Document::GetCamera() const { return m_content->m_view->GetCamera(); }
 
 void Document::SetCamera(const dg::Camera3D& camera) { m_content->m_view->SetCamera(camera); }
@@ -661,6 +714,18 @@ const std::string& Document::GetLibraryText() const noexcept { return m_content-
 void Document::SetLibraryText(std::string text) { m_content->m_libraryText = std::move(text); }
 
 std::vector<std::string> Document::GetUsedTemplateIds() const { return m_content->GetUsedTemplateIds(); }
+
+void Document::ForEachUnmade(
+    const std::function<void(const du::Symbol& idPath, const luk::SerializedContentElement& content)>& look) const
+{
+    for (std::size_t i = 0; i < m_content->m_parts.size(); ++i) {
+        for (const DocumentFile::Slot& slot : m_content->m_file.GetPart(i).annotations) {
+            if (slot.content) {
+                look(slot.idPath, *slot.content);
+            }
+        }
+    }
+}
 
 void Document::AttachAnnotations() { m_content->MakeAnnotations(); }
 

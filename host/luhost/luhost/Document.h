@@ -17,6 +17,8 @@ namespace luk
 class Annotation;
 class Scene;
 class SerializedContentElement;
+class ShapeScene;
+class Structure;
 } // namespace luk
 
 namespace luk::illustration2d
@@ -27,8 +29,12 @@ class Scene2D;
 namespace luhost
 {
 
-/// An open document: a view of the product in space, pages, and the annotations on them. In a file it is a package with
-/// "document.xml", the pictures below "Symbols/" and "library.xml", the entries of the symbol library that it uses.
+struct ProductModel;
+struct ServiceModel;
+
+/// An open document: a product with a view of it in space, pages, and the annotations on them. In a file it is a package
+/// with "document.xml", the meshes of the product below "product/", the pictures and shapes of symbols below "Symbols/" and
+/// "library.xml", the entries of the symbol library that it uses.
 ///
 /// Use:
 ///
@@ -42,8 +48,9 @@ namespace luhost
 /// Pictures are unpacked into "Symbols" of the session's temporary folder. Each annotation is made by its class word
 /// through the factory, reads its content, and is attached to its scene.
 ///
-/// Ownership: owns its scenes, and these their annotations; the session's world is given a container for as long as the
-/// document is open. Closes them at its end. One document is open in a session at a time.
+/// Ownership: owns its scenes, and these their annotations; the session's world is given a container and a tree, and its
+/// application a service tree, for as long as the document is open. Closes them at its end. One document is open in a
+/// session at a time.
 ///
 /// Errors: a file that is no document is refused as a whole, with the reason. Content that is not understood is kept and
 /// written again in its place: annotations of an unknown class, unknown properties, unknown elements and package entries.
@@ -74,8 +81,21 @@ public:
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
 
-    /// The scene of the product; its view 0 is a luk::ShapeView with the document's camera.
+    /// The scene of the product, a luk::illustration::Illustration3dScene; its view 0 is a luk::ShapeView with the
+    /// document's camera. What its shape instances are set to is saved: location, visibility, color, transparency.
     const du::SmartPtr<luk::Scene>& GetScene() const noexcept;
+    const du::SmartPtr<luk::ShapeScene>& GetShapeScene() const noexcept;
+
+    /// Never null; a document without a product has a root that uses nothing.
+    const du::SmartPtr<luk::Structure>& GetStructure() const noexcept;
+    /// Puts a product in the place of the one that is there. Symbols stay; what a part was set to in the view, and its node
+    /// of the service tree, pass to the part that now has its id path.
+    /// @return false, with the reason and nothing changed, for a model that is not sound
+    bool SetProduct(const ProductModel& model, std::string& problem);
+    /// The service tree, with the parts that its nodes name, whether they are there or not.
+    ServiceModel GetService() const;
+    bool SetService(const ServiceModel& model, std::string& problem);
+
     dg::Camera3D GetCamera() const;
     void SetCamera(const dg::Camera3D& camera);
 
@@ -91,6 +111,11 @@ public:
     /// Ids of the library entries that annotations are bound to, in order of first use: what library.xml has to hold.
     /// Asks every annotation for its content.
     std::vector<std::string> GetUsedTemplateIds() const;
+
+    /// Shows the saved content of every annotation that has not been made: before AttachAnnotations what the file says, as
+    /// it says it.
+    void ForEachUnmade(
+        const std::function<void(const du::Symbol& idPath, const luk::SerializedContentElement& content)>& look) const;
 
     /// Makes the annotations of the file and attaches them. Template indices in the file count the ids listed there; they
     /// are resolved by id in the session's collection, so that the library must be loaded before. Once, after Open.

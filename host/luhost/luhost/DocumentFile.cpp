@@ -23,6 +23,8 @@ using luk::SerializedContentXml;
 constexpr std::string_view kDocument = "document";
 constexpr std::string_view kVersion = "version";
 constexpr std::string_view kNextId = "nextId";
+constexpr std::string_view kNextStructureId = "nextStructureId";
+constexpr std::string_view kProduct = "product";
 constexpr std::string_view kView = "view";
 constexpr std::string_view kCamera = "camera";
 constexpr std::string_view kPages = "pages";
@@ -58,24 +60,36 @@ bool ParseInteger(std::string_view text, Integer& value) noexcept
 class Reader
 {
 public:
-    Reader(DocumentFile& file, DocumentProblems& problems) noexcept : m_file(file), m_problems(problems) {}
+    Reader(DocumentFile& file, const DocumentFile::TakeProduct& takeProduct, DocumentProblems& problems) noexcept
+        : m_file(file), m_takeProduct(takeProduct), m_problems(problems)
+    {
+    }
 
     void Read(const dg::XmlElem& root)
     {
-        m_file.kept.ReadAttributes(root, {kVersion, kNextId});
+        m_file.kept.ReadAttributes(root, {kVersion, kNextId, kNextStructureId});
         ReadVersion(root.GetAttribute(kVersion));
-        if (root.HasAttribute(kNextId) && (!ParseInteger(root.GetAttribute(kNextId), m_file.nextId) ||
-                                           m_file.nextId == 0 || m_file.nextId > kMaxNextId)) {
-            m_problems.Add("the counter of ids is wrong and starts again");
-            m_file.nextId = 1;
-        }
-        ReadChildren(root, m_file.kept, {kView, kPages, kTemplates},
+        ReadCounter(root, kNextId, m_file.nextId);
+        ReadCounter(root, kNextStructureId, m_file.nextStructureId);
+        ReadChildren(root, m_file.kept, {kProduct, kView, kPages, kTemplates},
                      [this](std::size_t which, const dg::XmlElem& child) {
-                         which == 0 ? ReadView(child) : which == 1 ? ReadPages(child) : ReadTemplates(child);
+                         which == 0   ? m_takeProduct(child)
+                         : which == 1 ? ReadView(child)
+                         : which == 2 ? ReadPages(child)
+                                      : ReadTemplates(child);
                      });
     }
 
 private:
+    void ReadCounter(const dg::XmlElem& root, std::string_view name, std::uint64_t& counter)
+    {
+        if (root.HasAttribute(name) &&
+            (!ParseInteger(root.GetAttribute(name), counter) || counter == 0 || counter > kMaxNextId)) {
+            m_problems.Add("the counter of ids is wrong and starts again");
+            counter = 1;
+        }
+    }
+
     void ReadVersion(std::string_view text)
     {
         std::uint64_t version = 0;
@@ -251,6 +265,7 @@ private:
     }
 
     DocumentFile& m_file;
+    const DocumentFile::TakeProduct& m_takeProduct;
     DocumentProblems& m_problems;
 };
 
@@ -364,7 +379,7 @@ void KeptXml::ForEachElement(const std::function<void(const std::string&)>& look
     }
 }
 
-bool DocumentFile::Read(std::string xml, DocumentProblems& problems, std::string& error)
+bool DocumentFile::Read(std::string xml, const TakeProduct& takeProduct, DocumentProblems& problems, std::string& error)
 {
     dg::XmlParseError parseError;
     const std::unique_ptr<dg::XmlElem, dg::XmlFreer> root(dg::ParseXml(std::move(xml), false, &parseError));
@@ -378,13 +393,13 @@ bool DocumentFile::Read(std::string xml, DocumentProblems& problems, std::string
         error = std::string(kEntryName) + ": the top-level element is not \"document\"";
         return false;
     }
-    Reader(*this, problems).Read(*root);
+    Reader(*this, takeProduct, problems).Read(*root);
     CompleteIdPaths(problems);
     return true;
 }
 
-bool DocumentFile::Write(std::string& out, const dg::Camera3D& currentCamera, const WriteAnnotations& writeAnnotations,
-                         const std::vector<std::string>& ids) const
+bool DocumentFile::Write(std::string& out, const std::string& product, const dg::Camera3D& currentCamera,
+                         const WriteAnnotations& writeAnnotations, const std::vector<std::string>& ids) const
 {
     const auto writeList = [&](std::size_t number, const Part& part, int depth) {
         AppendOpen(out, kAnnotations, part.keptInList.GetAttributes(), depth);
@@ -393,9 +408,14 @@ bool DocumentFile::Write(std::string& out, const dg::Camera3D& currentCamera, co
         return isWritten;
     };
     out += "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
-    AppendOpen(out, kDocument, Text(kVersion, version) + Text(kNextId, std::to_string(nextId)) + kept.GetAttributes(),
+    AppendOpen(out, kDocument,
+               Text(kVersion, version) + Text(kNextId, std::to_string(nextId)) +
+                   (nextStructureId > 1 ? Text(kNextStructureId, std::to_string(nextStructureId)) : std::string()) +
+                   kept.GetAttributes(),
                0);
     kept.Write(out, 0, 1);
+    out.append(product);
+    kept.Write(out, 1, 1);
 
     AppendOpen(out, kView, view.kept.GetAttributes(), 1);
     view.kept.Write(out, 0, 2);
@@ -406,7 +426,7 @@ bool DocumentFile::Write(std::string& out, const dg::Camera3D& currentCamera, co
     }
     view.kept.Write(out, 2, 2);
     AppendClose(out, kView, 1);
-    kept.Write(out, 1, 1);
+    kept.Write(out, 2, 1);
 
     AppendOpen(out, kPages, keptInPages.GetAttributes(), 1);
     for (std::size_t i = 0; i < pages.size(); ++i) {
@@ -423,7 +443,7 @@ bool DocumentFile::Write(std::string& out, const dg::Camera3D& currentCamera, co
     }
     keptInPages.Write(out, pages.size(), 2);
     AppendClose(out, kPages, 1);
-    kept.Write(out, 2, 1);
+    kept.Write(out, 3, 1);
 
     AppendOpen(out, kTemplates, keptInTemplates.GetAttributes(), 1);
     for (const std::string& id : ids) {
@@ -434,7 +454,7 @@ bool DocumentFile::Write(std::string& out, const dg::Camera3D& currentCamera, co
     }
     keptInTemplates.Write(out, 0, 2);
     AppendClose(out, kTemplates, 1);
-    kept.Write(out, 3, 1);
+    kept.Write(out, 4, 1);
     AppendClose(out, kDocument, 0);
     return true;
 }

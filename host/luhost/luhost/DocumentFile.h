@@ -51,6 +51,8 @@ public:
     void Write(std::string& out, std::size_t place, int depth) const;
 
     void ForEachElement(const std::function<void(const std::string&)>& look) const;
+    bool HasElements() const noexcept { return !m_elements.empty(); }
+    bool IsEmpty() const noexcept { return m_attributes.empty() && m_elements.empty(); }
 
 private:
     std::string m_attributes;
@@ -79,12 +81,16 @@ struct DocumentFile {
     /// Writes the annotations of part 0, the view, or i + 1, page i. @return false to give up
     using WriteAnnotations = std::function<bool(std::size_t part, std::string& out, int depth)>;
 
-    /// @return false, with the reason, for a text that is no document
-    bool Read(std::string xml, DocumentProblems& problems, std::string& error);
+    /// Is given the element of the product, which lives no longer than the call.
+    using TakeProduct = std::function<void(const dg::XmlElem& product)>;
 
+    /// @return false, with the reason, for a text that is no document
+    bool Read(std::string xml, const TakeProduct& takeProduct, DocumentProblems& problems, std::string& error);
+
+    /// @param product its element, indented by one level; empty for none
     /// @param templateIds looked at when all annotations are written
-    bool Write(std::string& out, const dg::Camera3D& camera, const WriteAnnotations& writeAnnotations,
-               const std::vector<std::string>& templateIds) const;
+    bool Write(std::string& out, const std::string& product, const dg::Camera3D& camera,
+               const WriteAnnotations& writeAnnotations, const std::vector<std::string>& templateIds) const;
 
     Part& GetPart(std::size_t part) { return part == 0 ? view : pages[part - 1]; }
 
@@ -104,6 +110,7 @@ struct DocumentFile {
 
     std::string version = "1";
     std::uint64_t nextId = 1;
+    std::uint64_t nextStructureId = 1;
     dg::Camera3D camera;
     Part view;
     std::vector<Part> pages;
