@@ -19,7 +19,7 @@ foreach(folder ${host_folders})
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/host/${folder}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/luhost
     FILES_MATCHING PATTERN "*.h" ${but_private})
 endforeach()
-foreach(folder plugin catalog xml annotations2d)
+foreach(folder plugin catalog xml annotations2d annotations3d)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lusymbols
     FILES_MATCHING PATTERN "*.h" ${but_private})
 endforeach()

@@ -1,6 +1,8 @@
 #include "plugin/EntryPoints.h"
 
 #include "annotations2d/Symbol2D.h"
+#include "annotations3d/SymbolAnnotation.h"
+#include "annotations3d/SymbolAnnotationFlattened.h"
 #include "plugin/ComponentSlot.h"
 #include "xml/SymbolTemplateLoader.h"
 
@@ -10,6 +12,17 @@ namespace
 {
 
 constexpr dp::TraceChannel kChannel{"lusymbols", "root"};
+
+bool CreateAnnotation(const std::string& type, du::SmartPtr<du::RefCounted>& slot)
+{
+    if (type == "symbol3d") {
+        return lusymbols::StoreComponent(slot, new luannotations::SymbolAnnotation);
+    }
+    if (type == "symbol2d") {
+        return lusymbols::StoreComponent(slot, new luannotations::Symbol2D);
+    }
+    return type == "symbol3dflattened" && lusymbols::StoreComponent(slot, new luannotations::SymbolAnnotationFlattened);
+}
 
 } // namespace
 
@@ -23,7 +36,7 @@ bool LUDllCreateComponent(const std::string& action, const std::string& category
                           du::SmartPtr<du::RefCounted>& slot)
 {
     if (action == "create" && category == "annotation") {
-        return type == "symbol2d" && lusymbols::StoreComponent(slot, new luannotations::Symbol2D);
+        return CreateAnnotation(type, slot);
     }
     if (action == "load" && category == "template" && type == "symbol") {
         dp::LUTracer(kChannel).Trace(dp::LUTracer::TraceType(0), "Create new template loader\n");

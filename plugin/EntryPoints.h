@@ -21,12 +21,13 @@ LUSYMBOLS_API void LUDllTerminate();
 
 /// Makes the component that the three words name and stores it in the slot.
 ///
-///   action     category       type         component                          memory
-///   "create"   "annotation"   "symbol2d"   luannotations::Symbol2D            the host's pool
-///   "load"     "template"     "symbol"     lusymbols::SymbolTemplateLoader    the global allocator
+///   action     category       type                  component                                   memory
+///   "create"   "annotation"   "symbol3d"            luannotations::SymbolAnnotation             the host's pool
+///   "create"   "annotation"   "symbol2d"            luannotations::Symbol2D                     the host's pool
+///   "create"   "annotation"   "symbol3dflattened"   luannotations::SymbolAnnotationFlattened    the host's pool
+///   "load"     "template"     "symbol"              lusymbols::SymbolTemplateLoader             the global allocator
 ///
-/// Words are compared whole and with case. Annotations in space ("symbol3d", "symbol3dflattened") are not part of this
-/// build: asking for them is an unknown request.
+/// Words are compared whole and with case.
 ///
 /// @return true for a known request; false, with the slot untouched, for any other
 LUSYMBOLS_API bool LUDllCreateComponent(const std::string& action, const std::string& category, const std::string& type,

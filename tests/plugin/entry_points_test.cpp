@@ -4,6 +4,8 @@
 #include "xml/SymbolTemplateLoader.h"
 
 #include <dp/LUTracer.h>
+#include <luk/Annotation.h>
+#include <luk/MemoryPoolAllocated.h>
 
 #include <gtest/gtest.h>
 
@@ -36,6 +38,8 @@ TEST_F(EntryPoints, UnknownRequestsLeaveTheSlotAlone)
         {"create", "annotation", "Symbol2D"},
         {"create", "annotation", "symbol3d "},
         {"create", "annotation", "symbol"},
+        {"create", "annotation", "symbol3dFlattened"},
+        {"create", "annotation", "symbol2d3d"},
         {"create", "template", "symbol"},
         {"load", "annotation", "symbol2d"},
         {"load", "annotation", "symbol"},
@@ -57,6 +61,20 @@ TEST_F(EntryPoints, UnknownRequestsLeaveTheSlotAlone)
         EXPECT_EQ(slot.get(), before);
     }
     EXPECT_EQ(deletions, 0);
+}
+
+TEST_F(EntryPoints, AnAnnotationIsMadeByItsClassWordFromThePool)
+{
+    for (const char* const word : {"symbol2d", "symbol3d", "symbol3dflattened"}) {
+        int deletions = 0;
+        du::SmartPtr<du::RefCounted> slot(new Witness(deletions));
+        const std::size_t blocks = luk::MemoryPoolAllocated::GetCounters().liveBlocks;
+        EXPECT_TRUE(LUDllCreateComponent("create", "annotation", word, slot));
+        EXPECT_GT(luk::MemoryPoolAllocated::GetCounters().liveBlocks, blocks);
+        EXPECT_EQ(deletions, 1);
+        ASSERT_EQ(slot->GetReferenceCount(), 1u);
+        EXPECT_EQ(du::DynamicCast<luk::Annotation>(slot)->GetClass().GetText(), word);
+    }
 }
 
 TEST_F(EntryPoints, ALoaderReplacesWhatTheSlotHeldAndIsTracedOnce)

@@ -20,11 +20,13 @@ for entry in LUDllInit LUDllTerminate LUDllCreateComponent; do
   grep -qx "$entry" <<<"$shown" || { echo "missing: $entry"; failed=1; }
 done
 for class in lusymbols::{PartslibraryItem,PartslibraryUIData,SymbolTemplateWriter,SymbolTemplateLoader} \
-             luannotations::Symbol2D; do
+             luannotations::{Symbol2D,SymbolAnnotationBase,SymbolAnnotation,SymbolAnnotationFlattened}; do
   grep -qx "vtable for $class" <<<"$shown" || { echo "not usable from outside: $class"; failed=1; }
 done
-grep -qx "luannotations::Symbol2DInfo::Symbol2DInfo()" <<<"$shown" || { echo "not usable from outside: the record"; failed=1; }
-inside=$(grep -E 'StampLoaderEvent|UpdateStampEvent|TemplateObserver|ContentVisitor' <<<"$shown" | grep -v '::Symbol2D::' || true)
+for record in Symbol2DInfo SymbolInfo; do
+  grep -qx "luannotations::$record::$record()" <<<"$shown" || { echo "not usable from outside: $record"; failed=1; }
+done
+inside=$(grep -E 'StampLoaderEvent|UpdateStampEvent|MyLoadEvent|LoadingConnectPartEvent|Observer|ContentVisitor|symbol_keys' <<<"$shown" | grep -vE '::(Symbol2D|SymbolAnnotation)::[A-Za-z0-9]*\(' || true)
 [ -z "$inside" ] || { echo "shown, but the plug-in's own business: $inside"; failed=1; }
 
 needed=$(readelf -d "$plugin" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
