@@ -5,16 +5,24 @@
 #include "Printable.h"
 #include "Progress.h"
 
+#include <dp/LUTracer.h>
+
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <fcntl.h>
+#include <functional>
 #include <iostream>
 #include <map>
+#include <memory>
+#include <mutex>
 #include <new>
 #include <unistd.h>
+#include <unordered_set>
+#include <utility>
 
 namespace lusym
 {
@@ -34,6 +42,25 @@ void FillStandardDescriptors()
         }
     }
 }
+
+/// Warnings that are traced, each once however many symbols it is true of.
+class TraceTeller
+{
+public:
+    void Tell(const dp::TraceMessage& message)
+    {
+        std::string_view text = message.text;
+        text.remove_suffix(text.ends_with('\n') ? 1 : 0);
+        const std::lock_guard lock(m_mutex);
+        if (message.type >= dp::LUTracer::WARNING && m_told.emplace(text).second) {
+            std::fputs((std::string(message.channel.channel) + ": " + Printable(text) + "\n").c_str(), stderr);
+        }
+    }
+
+private:
+    std::mutex m_mutex;
+    std::unordered_set<std::string> m_told;
+};
 
 /// Says what is wrong with the command line, or helps.
 ExitCode Explain(const CLI::App& program, const CLI::ParseError& error)
@@ -58,65 +85,143 @@ ExitCode Explain(const CLI::App& program, const CLI::ParseError& error)
     return ExitCode::Usage;
 }
 
-void AddVerbs(CLI::App& program, Invocation& invocation)
+constexpr const char* kExitCodes = "Results go to stdout, messages to stderr. Exit codes: 0 done; 1 failed; 2 usage; 3 "
+                                   "input unreadable;\n4 output not writable; 5 findings; 6 part of a batch failed.\n";
+
+CLI::App& AddNoun(CLI::App& program, const std::string& name, const std::string& words, const std::string& help)
 {
-    program.require_subcommand(1);
-    CLI::App& library = *program.add_subcommand("library", "Work on symbol libraries");
-    library.require_subcommand(1);
+    CLI::App& noun = *program.add_subcommand(name, words);
+    noun.require_subcommand(1);
+    noun.footer(help + "\n\"lusym " + name + " VERB --help\" tells more of each.\n\n" + kExitCodes);
+    return noun;
+}
+
+void AddLibraryVerbs(CLI::App& program, Invocation& invocation)
+{
+    CLI::App& library =
+        AddNoun(program, "library", "Work on symbol libraries",
+                "A library is an XML document that names pictures and shapes, with their texts, in categories.\n\n"
+                "Examples:\n"
+                "  lusym library check SymbolsLibrary/PartSymbolLibrary.xml\n"
+                "  lusym library gallery SymbolsLibrary/PartSymbolLibrary.xml -o gallery.html\n");
     AddLibraryCheck(library, invocation);
     AddLibraryList(library, invocation);
     AddLibraryFormat(library, invocation);
     AddLibraryMerge(library, invocation);
     AddLibraryGallery(library, invocation);
-    CLI::App& document = *program.add_subcommand("document", "Work on documents with pages and a view");
-    document.require_subcommand(1);
+}
+
+void AddDocumentVerbs(CLI::App& program, Invocation& invocation)
+{
+    CLI::App& document = AddNoun(
+        program, "document", "Work on documents with pages and a view",
+        "A document is one file (.luz) with pages, a view, symbols on both, their pictures and their entries.\n\n"
+        "Examples:\n"
+        "  lusym document new -o manual.luz --page a4 --library SymbolsLibrary/PartSymbolLibrary.xml\n"
+        "  lusym document update manual.luz --dry-run\n");
     AddDocumentNew(document, invocation);
     AddDocumentInfo(document, invocation);
     AddDocumentTree(document, invocation);
     AddDocumentCheck(document, invocation);
     AddDocumentUpdate(document, invocation);
-    CLI::App& symbol = *program.add_subcommand("symbol", "Work on the symbols of a document");
-    symbol.require_subcommand(1);
+}
+
+void AddSymbolVerbs(CLI::App& program, Invocation& invocation)
+{
+    CLI::App& symbol =
+        AddNoun(program, "symbol", "Work on the symbols of a document",
+                "A symbol is a library entry that stands on a page or over the view, and follows its entry.\n\n"
+                "Examples:\n"
+                "  lusym symbol place manual.luz --page 1 --entry img-warning-hot --at 40,250\n"
+                "  lusym symbol list manual.luz\n");
     AddSymbolPlace(symbol, invocation);
     AddSymbolList(symbol, invocation);
     AddSymbolRemove(symbol, invocation);
-    AddRender(program, invocation);
-    AddDemo(program, invocation);
+}
+
+void AddProductVerbs(CLI::App& program, Invocation& invocation)
+{
+    CLI::App& product = AddNoun(program, "product", "Work on the product in a document",
+                                "The product is what the view shows: parts in assemblies, read from a model.\n\n"
+                                "Example:\n"
+                                "  lusym product import gearbox.glb manual.luz\n");
+    AddProductImport(product, invocation);
+    CLI::App& part = AddNoun(program, "part", "Work on the parts of the product in a document",
+                             "A part is called by its path, from the outermost assembly to the part itself.\n\n"
+                             "Examples:\n"
+                             "  lusym part list manual.luz\n"
+                             "  lusym part move manual.luz /housing/cover --by 0,0,40\n");
+    AddPartList(part, invocation);
+    AddPartMove(part, invocation);
+    AddPartShow(part, invocation);
+}
+
+/// What a command line may say, and what it said once it has been parsed.
+class Program
+{
+public:
+    Program();
+
+    /// @param parse goes through the arguments
+    ExitCode Parse(const std::function<void(CLI::App&)>& parse)
+    {
+        try {
+            parse(m_app);
+        } catch (const CLI::ParseError& error) {
+            return Explain(m_app, error);
+        }
+        return ExitCode::Done;
+    }
+
+    /// Empty when nothing is left to do.
+    const Invocation& GetInvocation() const { return m_invocation; }
+    Progress::Mode GetProgressMode() const { return m_mode; }
+
+private:
+    CLI::App m_app{"Symbols for technical illustrations: check, merge and show symbol libraries, place symbols on "
+                   "pages and\nover views, keep them up to date, and draw them.",
+                   "lusym"};
+    Invocation m_invocation;
+    Progress::Mode m_mode = Progress::Mode::Automatic;
+};
+
+Program::Program()
+{
+    m_app.set_version_flag("--version", "lusym " LUSYM_VERSION);
+    m_app.fallthrough();
+    m_app.require_subcommand(1);
+    const std::map<std::string, Progress::Mode> modes = {
+        {"auto", Progress::Mode::Automatic}, {"json", Progress::Mode::Json}, {"off", Progress::Mode::Off}};
+    m_app
+        .add_option("--progress", m_mode,
+                    "How far the work is, on stderr: auto (on a terminal), json (one line each), off")
+        ->transform(CLI::CheckedTransformer(modes, CLI::ignore_case).description(""))
+        ->type_name("auto|json|off");
+    m_app.footer(std::string("Examples:\n"
+                             "  lusym demo -o /tmp/demo\n"
+                             "  lusym library check SymbolsLibrary/PartSymbolLibrary.xml\n"
+                             "  lusym document new -o manual.luz --page a4 --library "
+                             "SymbolsLibrary/PartSymbolLibrary.xml\n"
+                             "  lusym symbol place manual.luz --page 1 --entry img-warning-hot --at 40,250\n"
+                             "  lusym render manual.luz -o page.svg\n\n") +
+                 kExitCodes);
+    AddLibraryVerbs(m_app, m_invocation);
+    AddDocumentVerbs(m_app, m_invocation);
+    AddProductVerbs(m_app, m_invocation);
+    AddSymbolVerbs(m_app, m_invocation);
+    AddRender(m_app, m_invocation);
+    AddDemo(m_app, m_invocation);
 }
 
 ExitCode Run(int argc, char** argv)
 {
-    CLI::App program("Symbols for technical illustrations: check, merge and show symbol libraries, place symbols on "
-                     "pages and\nover views, keep them up to date, and draw them.",
-                     "lusym");
-    program.set_version_flag("--version", "lusym " LUSYM_VERSION);
-    program.fallthrough();
-    Progress::Mode mode = Progress::Mode::Automatic;
-    const std::map<std::string, Progress::Mode> modes = {
-        {"auto", Progress::Mode::Automatic}, {"json", Progress::Mode::Json}, {"off", Progress::Mode::Off}};
-    program
-        .add_option("--progress", mode,
-                    "How far the work is, on stderr: auto (on a terminal), json (one line each), off")
-        ->transform(CLI::CheckedTransformer(modes, CLI::ignore_case).description(""))
-        ->type_name("auto|json|off");
-    program.footer(
-        "Examples:\n"
-        "  lusym demo -o /tmp/demo\n"
-        "  lusym library check SymbolsLibrary/PartSymbolLibrary.xml\n"
-        "  lusym document new -o manual.luz --page a4 --library SymbolsLibrary/PartSymbolLibrary.xml\n"
-        "  lusym symbol place manual.luz --page 1 --entry img-warning-hot --at 40,250\n"
-        "  lusym render manual.luz -o page.svg\n\n"
-        "Results go to stdout, messages to stderr. Exit codes: 0 done; 1 failed; 2 usage; 3 input unreadable;\n"
-        "4 output not writable; 5 findings; 6 part of a batch failed.\n");
-    Invocation invocation;
-    AddVerbs(program, invocation);
-    try {
-        program.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return Explain(program, error);
+    Program program;
+    const ExitCode parsed = program.Parse([&](CLI::App& app) { app.parse(argc, argv); });
+    if (!program.GetInvocation() || parsed != ExitCode::Done) {
+        return parsed;
     }
-    Progress progress(mode);
-    return invocation(progress);
+    Progress progress(program.GetProgressMode());
+    return program.GetInvocation()(progress);
 }
 
 } // namespace
@@ -125,6 +230,8 @@ int RunCommandLine(int argc, char** argv)
 {
     FillStandardDescriptors();
     Interrupt::Install();
+    dp::LUTracer::SetSink(
+        [teller = std::make_shared<TraceTeller>()](const dp::TraceMessage& message) { teller->Tell(message); });
     ExitCode result = ExitCode::Failed;
     try {
         result = Run(argc, argv);
@@ -134,6 +241,15 @@ int RunCommandLine(int argc, char** argv)
         std::fprintf(stderr, "lusym: %s\n", Printable(error.what()).c_str());
     }
     return static_cast<int>(result);
+}
+
+ExitCode RunVerb(std::vector<std::string> arguments, Progress& progress)
+{
+    Program program;
+    // They are taken from the back.
+    std::ranges::reverse(arguments);
+    const ExitCode parsed = program.Parse([&](CLI::App& app) { app.parse(std::move(arguments)); });
+    return parsed == ExitCode::Done && program.GetInvocation() ? program.GetInvocation()(progress) : parsed;
 }
 
 } // namespace lusym

@@ -1,3 +1,5 @@
+#include "DemoDocument.h"
+#include "DemoFiles.h"
 #include "FileText.h"
 #include "Invocation.h"
 #include "JsonOutput.h"
@@ -36,14 +38,13 @@ struct DemoOptions {
     std::string language;
 };
 
-/// The whole road on the example library, step by step; a step that fails is told and the next one goes on.
-class Demo
+/// The road of the example library, step by step; a step that fails is told and the next one goes on.
+class LibraryRoad
 {
 public:
-    Demo(const DemoOptions& options, LibrarySource& source, Progress& progress)
-        : m_output(options.output), m_source(source), m_progress(progress)
+    LibraryRoad(const std::string& base, LibrarySource& source, DemoFiles& files, Progress& progress)
+        : m_source(source), m_files(files), m_progress(progress)
     {
-        const std::string base = options.libraryFolder.empty() ? FindExampleLibrary() : options.libraryFolder;
         const std::string file =
             std::string(format::kLibraryFileBaseName) + "." + std::string(format::kLibraryFileExtension);
         const std::string library = "/" + std::string(format::kLibraryFolder) + "/";
@@ -53,18 +54,15 @@ public:
         m_places.push_back(FindLibraryPlace(base + "/shared" + library + file, WithOrigin("shared")));
     }
 
-    bool Run()
+    bool Walk()
     {
-        Do("checking the example library", &Demo::Check);
-        Do("writing it back", &Demo::WriteBack);
-        Do("merging", &Demo::MergeTwo);
-        Do("making the gallery", &Demo::MakePage);
-        Do("listing", &Demo::List);
+        Do("checking the example library", &LibraryRoad::Check);
+        Do("writing it back", &LibraryRoad::WriteBack);
+        Do("merging", &LibraryRoad::MergeTwo);
+        Do("making the gallery", &LibraryRoad::MakePage);
+        Do("listing", &LibraryRoad::List);
         return m_isDone;
     }
-
-    /// One line for each file that was made.
-    const std::string& GetFiles() const { return m_files; }
 
 private:
     static constexpr const char* kNames[] = {"user", "delivered", "shared"};
@@ -76,7 +74,7 @@ private:
         return options;
     }
 
-    void Do(const char* what, bool (Demo::*step)())
+    void Do(const char* what, bool (LibraryRoad::*step)())
     {
         constexpr std::size_t kSteps = 5;
         m_progress.Step(what, m_step++, kSteps);
@@ -183,21 +181,28 @@ private:
                             "\n");
             return false;
         }
-        m_files += Printable(PathOf(name)) + ": " + what + "\n";
+        m_files.Add(name, what);
         return true;
     }
 
-    std::string PathOf(const std::string& name) const { return (std::filesystem::path(m_output) / name).string(); }
+    std::string PathOf(const std::string& name) const { return m_files.PathOf(name); }
 
-    const std::string m_output;
     LibrarySource& m_source;
+    DemoFiles& m_files;
     Progress& m_progress;
     std::vector<LibraryPlace> m_places;
     std::vector<LibraryReading> m_readings;
-    std::string m_files;
     std::size_t m_step = 0;
     bool m_isDone = true;
 };
+
+bool WalkLibraryRoad(const DemoStart& start, DemoFiles& files, Progress& progress)
+{
+    LibraryOptions options;
+    options.language = start.language;
+    LibrarySource source(options, progress);
+    return source.IsUsable() && LibraryRoad(start.library, source, files, progress).Walk();
+}
 
 ExitCode RunDemo(const DemoOptions& options, Progress& progress)
 {
@@ -207,15 +212,12 @@ ExitCode RunDemo(const DemoOptions& options, Progress& progress)
         progress.Tell("lusym: " + Printable(options.output) + ": is no folder and cannot be made one. Name another.\n");
         return ExitCode::OutputNotWritable;
     }
-    LibraryOptions library;
-    library.language = options.language;
-    LibrarySource source(library, progress);
-    if (!source.IsUsable()) {
-        return ExitCode::Failed;
-    }
-    Demo demo(options, source, progress);
-    const bool isDone = demo.Run();
-    const ExitCode told = PutResult(demo.GetFiles(), progress);
+    const DemoStart start = {options.libraryFolder.empty() ? FindExample("library") : options.libraryFolder,
+                             FindExample("manual"), options.language};
+    DemoFiles files(options.output);
+    bool isDone = WalkLibraryRoad(start, files, progress);
+    isDone = WalkDocumentRoad(start, files, progress) && isDone;
+    const ExitCode told = PutResult("\nThese files were made:\n" + files.GetText(), progress);
     if (told != ExitCode::Done) {
         return told;
     }
@@ -237,8 +239,10 @@ void AddDemo(CLI::App& program, Invocation& invocation)
         ->type_name("CODE");
     verb.footer(
         "Checks the three documents of the example, loads them together, writes each back and compares it byte\n"
-        "for byte, merges two of them, makes the gallery page and lists the entries. Files of the same names in\n"
-        "DIR are replaced, nothing else is touched. The files are named on stdout.\n\n"
+        "for byte, merges two of them, makes the gallery page and lists the entries. Then makes a document, places\n"
+        "symbols on its pages and over its view, changes a library, lets the symbols follow, and draws all of it;\n"
+        "each command of that part is shown before it runs, to be tried out and varied. Files of the same names in\n"
+        "DIR are replaced, nothing else is touched. All files are named at the end.\n\n"
         "Example:\n"
         "  lusym demo -o /tmp/demo --progress=json\n\n"
         "Exit codes: 0 done; 1 a step failed; 4 DIR cannot be made.\n");

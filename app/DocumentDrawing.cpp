@@ -1,5 +1,6 @@
 #include "DocumentDrawing.h"
 
+#include "annotations2d/Symbol2D.h"
 #include "SymbolState.h"
 
 #include <dg/Camera3D.h>
@@ -9,6 +10,7 @@
 #include <luk/Annotation.h>
 #include <luk/illustration2d/Scene2D.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace lusym
@@ -21,6 +23,7 @@ using luhost::render::Drawing;
 
 constexpr int kUsualWidth = 1280;
 constexpr int kUsualHeight = 800;
+constexpr double kMillimetresPerLineWidth = 0.35;
 
 /// The document's camera, with as many pixels as are asked for. A camera shows its whole width, so that another shape of
 /// the picture shows more or less above and below.
@@ -54,15 +57,27 @@ Drawing ViewDrawing(const luhost::Document& document, const DrawingOptions& opti
     return luhost::render::DrawView(*document.GetScene(), CameraFor(document, options), wordsOf);
 }
 
+/// A stamp of a page has neither frame nor fill; those of the symbol that it belongs to are drawn as they are over the view.
+Drawing PageDrawing(const luhost::Document& document, int page)
+{
+    Drawing drawing = luhost::render::DrawPage(*document.GetPage(static_cast<std::size_t>(page) - 1)->GetDocument());
+    for (luhost::render::DrawnPicture& picture : drawing.pictures) {
+        const du::SmartPtr<luk::Annotation> annotation = document.FindAnnotation(picture.id);
+        if (const luannotations::Symbol2D* const symbol = annotation ? AsPicture(*annotation) : nullptr) {
+            picture.fillColor = symbol->GetFillColor();
+            picture.lineColor = symbol->GetLineColor();
+            picture.lineWidth = std::max(symbol->GetLineWidth(), 0) * kMillimetresPerLineWidth;
+        }
+    }
+    return drawing;
+}
+
 } // namespace
 
 bool DrawDocument(const luhost::Document& document, const DrawingOptions& options, PictureFormat format,
                   std::string& bytes, std::string& error)
 {
-    Drawing drawing =
-        options.page == 0
-            ? ViewDrawing(document, options)
-            : luhost::render::DrawPage(*document.GetPage(static_cast<std::size_t>(options.page) - 1)->GetDocument());
+    Drawing drawing = options.page == 0 ? ViewDrawing(document, options) : PageDrawing(document, options.page);
     drawing.background = options.background;
     switch (format) {
     case PictureFormat::Svg:

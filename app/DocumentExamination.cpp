@@ -146,12 +146,12 @@ private:
 
     void LookAtPicture(const SymbolState& state)
     {
-        if (state.pictureProblem.empty()) {
+        if (state.fileProblem.empty()) {
             return;
         }
-        const bool isHeld = !state.pictureFile.empty() && state.pictureProblem != kPictureNotHeld;
+        const bool isHeld = !state.file.empty() && state.fileProblem != kFileNotHeld;
         Add(isHeld ? Code::PictureUnreadable : Code::PictureMissing, state.id,
-            "the picture " + Quote(state.pictureFile) + " cannot be shown: " + Printable(state.pictureProblem),
+            "the picture " + Quote(state.file) + " cannot be shown: " + Printable(state.fileProblem),
             isHeld ? "Mend the picture in its library, and run \"lusym document update\"."
                    : "Remove the symbol, and place it again from its library.");
     }

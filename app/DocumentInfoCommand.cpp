@@ -1,25 +1,27 @@
+#include "DocumentPlaces.h"
 #include "DocumentSource.h"
+#include "FileProbe.h"
 #include "FileText.h"
 #include "Finding.h"
 #include "Invocation.h"
 #include "JsonOutput.h"
-#include "PictureProbe.h"
 #include "Printable.h"
 #include "Progress.h"
 #include "SymbolState.h"
 #include "TextValues.h"
 
 #include <luk/illustration/SymbolTemplateCollection.h>
-#include <luk/illustration2d/Scene2D.h>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <set>
+#include <span>
 #include <system_error>
+#include <utility>
 
 namespace lusym
 {
@@ -34,8 +36,8 @@ struct InfoOptions {
     bool asJson = false;
 };
 
-/// The pictures that lie in the document, by name, each with its size in bytes.
-std::map<std::string, std::uintmax_t> EmbeddedPictures(const std::string& folder)
+/// The pictures and shapes that lie in the document, by name, each with its size in bytes.
+std::map<std::string, std::uintmax_t> EmbeddedFiles(const std::string& folder)
 {
     std::map<std::string, std::uintmax_t> pictures;
     std::error_code error;
@@ -46,49 +48,82 @@ std::map<std::string, std::uintmax_t> EmbeddedPictures(const std::string& folder
     return pictures;
 }
 
-ordered_json PicturesAsJson(DocumentSource& source)
+ordered_json PictureAsJson(const PictureFacts& picture)
+{
+    return picture.problem.empty()
+               ? ordered_json({{"width", picture.width}, {"height", picture.height}, {"vector", picture.isVector}})
+               : ordered_json({{"problem", picture.problem}});
+}
+
+/// What lies in the document: `{pictures, shapes}`. A shape is what a symbol shows as one.
+std::pair<ordered_json, ordered_json> FilesAsJson(DocumentSource& source, const std::vector<SymbolState>& symbols)
 {
     const std::string folder = source.GetPictureFolder();
-    const std::map<std::string, std::uintmax_t> pictures = EmbeddedPictures(folder);
-    std::vector<std::string> paths;
-    for (const auto& [name, bytes] : pictures) {
-        paths.push_back(folder + "/" + name);
-    }
-    const auto facts = ProbePictures(paths, source);
-    ordered_json list = ordered_json::array();
-    for (const auto& [name, bytes] : pictures) {
-        const PictureFacts& fact = facts.at(folder + "/" + name);
-        ordered_json json = {{"name", name}, {"bytes", bytes}};
-        if (fact.problem.empty()) {
-            json["width"] = fact.width;
-            json["height"] = fact.height;
-            json["vector"] = fact.isVector;
-        } else {
-            json["problem"] = fact.problem;
+    std::set<std::string> shapeNames;
+    for (const SymbolState& state : symbols) {
+        if (state.isShape) {
+            shapeNames.insert(state.file);
         }
-        list.push_back(std::move(json));
+    }
+    std::vector<std::string> pictures;
+    std::vector<std::string> shapes;
+    const std::map<std::string, std::uintmax_t> files = EmbeddedFiles(folder);
+    for (const auto& [name, bytes] : files) {
+        (shapeNames.contains(name) ? shapes : pictures).push_back(folder + "/" + name);
+    }
+    const auto facts = ProbePictures(pictures, source);
+    const auto problems = ProbeShapes(shapes, source);
+    std::pair<ordered_json, ordered_json> lists(ordered_json::array(), ordered_json::array());
+    for (const auto& [name, bytes] : files) {
+        ordered_json json = {{"name", name}, {"bytes", bytes}};
+        const auto problem = problems.find(folder + "/" + name);
+        if (problem == problems.end()) {
+            json.update(PictureAsJson(facts.at(folder + "/" + name)));
+            lists.first.push_back(std::move(json));
+            continue;
+        }
+        if (!problem->second.empty()) {
+            json["problem"] = problem->second;
+        }
+        lists.second.push_back(std::move(json));
+    }
+    return lists;
+}
+
+/// How many symbols are on parts, and how many on parts that are not there.
+ordered_json AttachmentsAsJson(const std::vector<SymbolState>& symbols)
+{
+    std::size_t attached = 0;
+    std::size_t lost = 0;
+    for (const SymbolState& state : symbols) {
+        attached += state.attachments.empty() ? 0U : 1U;
+        lost += state.lostAttachments.empty() ? 0U : 1U;
+    }
+    return {{"symbols", attached}, {"lost", lost}};
+}
+
+ordered_json PagesAsJson(std::span<const DocumentPlace> pages)
+{
+    ordered_json list = ordered_json::array();
+    for (const DocumentPlace& page : pages) {
+        list.push_back(PageAsJson(page));
+        list.back()["symbols"] = page.symbols.size();
     }
     return list;
 }
 
-ordered_json PagesAsJson(const luhost::Document& document, const std::vector<SymbolState>& states)
+ordered_json KindsAsJson(const std::vector<DocumentPlace>& places)
 {
-    std::vector<std::size_t> counts(document.GetPageCount() + 1);
-    for (const SymbolState& state : states) {
-        ++counts[static_cast<std::size_t>(state.page)];
+    ordered_json kinds = ordered_json::object();
+    for (const DocumentPlace& place : places) {
+        for (const SymbolState& state : place.symbols) {
+            kinds[state.kind] = kinds.value(state.kind, 0) + 1;
+        }
     }
-    ordered_json pages = ordered_json::array();
-    for (std::size_t page = 0; page < document.GetPageCount(); ++page) {
-        const auto& sheet = *document.GetPage(page)->GetDocument();
-        pages.push_back({{"page", page + 1},
-                         {"width", sheet.GetWidth()},
-                         {"height", sheet.GetHeight()},
-                         {"symbols", counts[page + 1]}});
-    }
-    return pages;
+    return kinds;
 }
 
-ordered_json ViewAsJson(const luhost::Document& document, const std::vector<SymbolState>& states)
+ordered_json ViewAsJson(const luhost::Document& document, std::size_t symbols)
 {
     const dg::Camera3D camera = document.GetCamera();
     ordered_json view = {{"projection", camera.IsOrthographic() ? "orthographic" : "perspective"}};
@@ -98,18 +133,15 @@ ordered_json ViewAsJson(const luhost::Document& document, const std::vector<Symb
         view["fieldOfView"] = camera.GetPerspectiveHFOV();
     }
     view["pixels"] = {camera.GetPixelWidth(), camera.GetPixelHeight()};
-    view["symbols"] = std::ranges::count(states, 0, &SymbolState::page);
+    view["symbols"] = symbols;
     return view;
 }
 
 ordered_json InfoAsJson(DocumentSource& source)
 {
     const luhost::Document& document = source.GetDocument();
-    const std::vector<SymbolState> states = StatesOf(document);
-    ordered_json kinds = ordered_json::object();
-    for (const SymbolState& state : states) {
-        kinds[state.kind] = kinds.value(state.kind, 0) + 1;
-    }
+    const std::vector<DocumentPlace> places = PlacesOf(document, source.GetLostAttachments());
+    auto [pictures, shapes] = FilesAsJson(source, places[0].symbols);
     ordered_json entries = ordered_json::array();
     const auto& collection = *luk::illustration::SymbolTemplateCollection::GetCollection();
     for (const auto& object : collection.GetAssociativeObjects()) {
@@ -122,11 +154,13 @@ ordered_json InfoAsJson(DocumentSource& source)
     std::vector<std::string> problems = source.GetEntryProblems();
     problems.insert(problems.end(), document.GetProblems().begin(), document.GetProblems().end());
     return {{"file", source.GetName()},
-            {"view", ViewAsJson(document, states)},
-            {"pages", PagesAsJson(document, states)},
-            {"symbols", std::move(kinds)},
+            {"view", ViewAsJson(document, places[0].symbols.size())},
+            {"pages", PagesAsJson(std::span(places).subspan(1))},
+            {"symbols", KindsAsJson(places)},
             {"unknown", document.GetUnknownAnnotationCount()},
-            {"pictures", PicturesAsJson(source)},
+            {"attachments", AttachmentsAsJson(places[0].symbols)},
+            {"pictures", std::move(pictures)},
+            {"shapes", std::move(shapes)},
             {"entries", std::move(entries)},
             {"libraries", std::move(libraries)},
             {"problems", problems}};
@@ -178,7 +212,19 @@ std::string InfoAsText(const ordered_json& info)
     if (info["unknown"] != 0) {
         text += "symbols of unknown kinds: " + info["unknown"].dump() + "\n";
     }
+    if (const ordered_json& attachments = info["attachments"];
+        attachments["symbols"] != 0 || attachments["lost"] != 0) {
+        text += "attached to parts: " + SymbolCount(attachments) +
+                "; to parts that are not there: " + attachments["lost"].dump() + "\n";
+    }
     AppendList(text, info["pictures"], "picture", "pictures", PictureLine);
+    if (!info["shapes"].empty()) {
+        AppendList(text, info["shapes"], "shape", "shapes", [](const ordered_json& shape) {
+            return TextOf(shape["name"]) + ": " +
+                   (shape.contains("problem") ? "cannot be read: " + TextOf(shape["problem"]) + ", " : std::string()) +
+                   shape["bytes"].dump() + " bytes";
+        });
+    }
     AppendList(text, info["entries"], "library entry", "library entries",
                [](const ordered_json& entry) { return TextOf(entry["id"]) + ": " + TextOf(entry["name"]); });
     AppendList(text, info["libraries"], "library", "libraries", TextOf);
@@ -188,16 +234,10 @@ std::string InfoAsText(const ordered_json& info)
 
 ExitCode RunInfo(const InfoOptions& options, Progress& progress)
 {
-    DocumentSource source({}, progress);
-    if (!source.IsUsable()) {
-        return source.GetFault();
-    }
-    const ExitCode opened = source.OpenWhole(options.name);
-    if (opened != ExitCode::Done) {
-        return opened;
-    }
-    const ordered_json info = InfoAsJson(source);
-    return PutResult(options.asJson ? JsonText(info) : InfoAsText(info), progress);
+    return WorkOnDocument({}, options.name, progress, [&](DocumentSource& source) {
+        const ordered_json info = InfoAsJson(source);
+        return PutResult(options.asJson ? JsonText(info) : InfoAsText(info), progress);
+    });
 }
 
 } // namespace

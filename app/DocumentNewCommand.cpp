@@ -2,6 +2,7 @@
 #include "Invocation.h"
 #include "OutputFile.h"
 #include "Printable.h"
+#include "ProductSource.h"
 #include "Progress.h"
 #include "TextValues.h"
 
@@ -19,6 +20,7 @@ namespace
 
 struct NewOptions {
     DocumentOptions document;
+    ProductOptions product;
     std::vector<std::string> pages;
     std::string output;
 };
@@ -56,6 +58,10 @@ ExitCode RunNew(const NewOptions& options, Progress& progress)
         }
     }
     source.GetDocument().SetCamera(FrontCamera());
+    if (!options.product.model.empty() && !PutProduct(options.product, source)) {
+        return ExitCode::InputUnreadable;
+    }
+    FitCamera(source);
     for (const std::string& page : options.pages) {
         const PaperSize size = *ParsePaperSize(page);
         source.GetDocument().AddPage({size.width, size.height});
@@ -67,21 +73,27 @@ ExitCode RunNew(const NewOptions& options, Progress& progress)
 
 void AddDocumentNew(CLI::App& document, Invocation& invocation)
 {
-    CLI::App& verb = *document.add_subcommand("new", "Make a document with a view and with pages");
+    CLI::App& verb = *document.add_subcommand("new", "Make a document with a product, a view of it, and pages");
     const auto options = std::make_shared<NewOptions>();
+    CLI::Option* const model =
+        verb.add_option("MODEL", options->product.model, "The product: a model as " + std::string(kModelFormats))
+            ->type_name("");
     AddOutputOption(verb, options->output, "DOC.luz");
     verb.add_option("--page", options->pages,
                     "A page: a4, a3-landscape and so on, or WxH in millimetres; may be repeated")
         ->allow_extra_args(false)
         ->check(FaultOfPaper)
         ->type_name("SIZE");
-    AddDocumentLibraryOptions(verb, options->document);
-    verb.footer("The document has one view, in which symbols stand in space, and as many pages as you ask for. It\n"
-                "remembers its libraries, by paths that are relative to it, so that later verbs find them.\n\n"
-                "Examples:\n"
-                "  lusym document new -o manual.luz --page a4 --page a4-landscape\n"
-                "  lusym document new -o manual.luz --page 210x297 --library SymbolsLibrary/PartSymbolLibrary.xml\n\n"
-                "Exit codes: 0 written; 3 a library is missing; 4 DOC.luz is not writable.\n");
+    AddProductOptions(verb, options->product, model);
+    AddDocumentLibraryOptions(verb, options->document, true);
+    verb.footer(
+        "The document has one view, in which the product and symbols stand in space, and as many pages as you\n"
+        "ask for. It remembers its libraries, by paths that are relative to it, so that later verbs find them.\n\n"
+        "Examples:\n"
+        "  lusym document new gearbox.glb -o manual.luz\n"
+        "  lusym document new -o manual.luz --page a4 --page a4-landscape\n"
+        "  lusym document new -o manual.luz --page 210x297 --library SymbolsLibrary/PartSymbolLibrary.xml\n\n"
+        "Exit codes: 0 written; 3 MODEL, TREE or a library is unreadable; 4 DOC.luz is not writable.\n");
     verb.callback(
         [options, &invocation] { invocation = [options](Progress& progress) { return RunNew(*options, progress); }; });
 }

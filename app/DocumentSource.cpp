@@ -1,15 +1,19 @@
 #include "DocumentSource.h"
 
-#include "catalog/PartslibraryImageItem.h"
+#include "catalog/PartslibraryItem.h"
+#include "EntryIndex.h"
 #include "FileText.h"
+#include "Finding.h"
 #include "LibraryWriting.h"
 #include "OutputFile.h"
 #include "Printable.h"
+#include "ProgramPaths.h"
 #include "Progress.h"
 
-#include <du/FileSpec.h>
 #include <luhost/io/PictureDecoders.h>
+#include <luhost/io/ProductImport.h>
 #include <luhost/io/ZipPackageFormat.h>
+#include <luhost/ProductMeshReader.h>
 #include <luhost/Session.h>
 #include <luk/illustration/SymbolTemplateCollection.h>
 #include <luloader/Loader.h>
@@ -31,12 +35,13 @@ namespace
 namespace fs = std::filesystem;
 
 using luk::illustration::SymbolTemplateCollection;
-using lusymbols::PartslibraryImageItem;
 
 luhost::SessionConfig ConfigOfDocuments()
 {
     luhost::SessionConfig config;
     config.loader.decoders = luhost::io::MakePictureDecoders();
+    config.loader.shapeReaders = {std::make_shared<luhost::ProductMeshReader>(),
+                                  std::make_shared<luhost::io::ModelReader>(FindImporter())};
     return config;
 }
 
@@ -50,6 +55,16 @@ std::string FolderOf(const std::string& file)
 void RefuseEmpty(CLI::Option& option)
 {
     option.check([](const std::string& name) { return name.empty() ? "needs the name of a file" : std::string(); });
+}
+
+void TellLost(const LostAttachments& lost, const std::string& name, Progress& progress)
+{
+    if (!lost.empty()) {
+        progress.Tell(Printable(name) + ": warning: " +
+                      CountOf(lost.size(), "symbol is attached to a part", "symbols are attached to parts") +
+                      " that the product does not have. \"lusym document check\" says which, and \"lusym document "
+                      "update --reattach\" mends it; another verb that writes DOC lets go of them.\n");
+    }
 }
 
 } // namespace
@@ -87,6 +102,7 @@ ExitCode DocumentSource::Open(const std::string& name, Entries entries)
     m_entryProblems.clear();
     SymbolTemplateCollection::GetCollection()->Clear();
     std::string error;
+    m_claim = std::make_unique<FileClaim>(name);
     m_document = luhost::Document::Open(name, MakeSetup(), error);
     if (!m_document) {
         m_progress.Tell(Printable(name) + ": error: the document cannot be opened: " + Printable(error) +
@@ -123,10 +139,10 @@ void DocumentSource::LoadOwnEntries()
         merge.PutCategory(category);
     }
     for (const auto& entry : reading.examination.templates) {
-        if (const auto image = du::DynamicCast<PartslibraryImageItem>(entry)) {
-            // Its picture is the one that the document holds, wherever the library has its own.
-            const std::string file = du::FileSpec(image->GetImageUrl()).GetFile();
-            image->SetImageUrl(file.empty() ? file : GetPictureFolder() + "/" + file);
+        if (const auto item = du::DynamicCast<lusymbols::PartslibraryItem>(entry)) {
+            // Its file is the one that the document holds, wherever the library has its own.
+            const std::string file = FileNameOf(*item);
+            SetFilePath(*item, file.empty() ? file : GetPictureFolder() + "/" + file);
         }
         merge.PutObject(entry);
     }
@@ -136,6 +152,7 @@ void DocumentSource::LoadOwnEntries()
 
 void DocumentSource::Attach()
 {
+    m_lost = FindLostAttachments(*m_document);
     {
         const InterruptHold hold;
         m_document->AttachAnnotations();
@@ -155,6 +172,7 @@ ExitCode DocumentSource::OpenWhole(const std::string& name)
     for (const std::string& problem : problems) {
         m_progress.Tell(Printable(name) + ": warning: " + Printable(problem) + "\n");
     }
+    TellLost(m_lost, name, m_progress);
     return ExitCode::Done;
 }
 
@@ -258,10 +276,12 @@ bool DocumentSource::WriteOwnEntries(const std::string& documentFolder, std::str
     return error.empty();
 }
 
-ExitCode DocumentSource::Save(const std::string& output)
+ExitCode DocumentSource::Save(const std::string& chosen)
 {
+    const std::string& output = chosen.empty() ? m_name : chosen;
     m_progress.Step("writing " + output);
     OutputFile file(output);
+    const bool isInPlace = m_claim && (output == m_name || OutputFile::IsFile(output, m_name));
     std::string error;
     if (!file.GetPathToFill().empty()) {
         // What goes to standard output is taken to stay where the document is.
@@ -271,6 +291,9 @@ ExitCode DocumentSource::Save(const std::string& output)
         if (WriteOwnEntries(FolderOf(target), error)) {
             m_document->Save(file.GetPathToFill(), error);
         }
+        if (error.empty() && isInPlace && !m_claim->Take()) {
+            error = "another program has changed it meanwhile. Run the command again";
+        }
     }
     m_progress.Clear();
     if (!error.empty()) {
@@ -278,17 +301,32 @@ ExitCode DocumentSource::Save(const std::string& output)
     } else if (!file.Commit()) {
         error = file.GetError();
     }
-    if (error.empty()) {
-        return ExitCode::Done;
+    if (!error.empty()) {
+        m_progress.Tell("lusym: " + error + "\n");
+        return ExitCode::OutputNotWritable;
     }
-    m_progress.Tell("lusym: " + error + "\n");
-    return ExitCode::OutputNotWritable;
+    if (isInPlace) {
+        m_claim = std::make_unique<FileClaim>(m_name);
+    }
+    return ExitCode::Done;
 }
 
-void AddDocumentLibraryOptions(CLI::App& verb, DocumentOptions& options)
+ExitCode WorkOnDocument(const DocumentOptions& options, const std::string& name, Progress& progress,
+                        const std::function<ExitCode(DocumentSource&)>& work)
 {
-    CLI::Option* const library = verb.add_option(
-        "--library", options.libraries, "The library; may be repeated (default: those that the document records)");
+    DocumentSource source(options, progress);
+    if (!source.IsUsable()) {
+        return source.GetFault();
+    }
+    const ExitCode opened = source.OpenWhole(name);
+    return opened == ExitCode::Done ? work(source) : opened;
+}
+
+void AddDocumentLibraryOptions(CLI::App& verb, DocumentOptions& options, bool isNew)
+{
+    const std::string remark = isNew ? "" : " (default: those that the document records)";
+    CLI::Option* const library =
+        verb.add_option("--library", options.libraries, "The library; may be repeated" + remark);
     library->allow_extra_args(false)->type_name("LIB.xml");
     RefuseEmpty(*library);
     verb.add_option("--root", options.library.root,

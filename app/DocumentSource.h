@@ -1,10 +1,13 @@
 #pragma once
 
+#include "FileClaim.h"
 #include "LibrarySource.h"
 #include "RecordedLibraries.h"
+#include "SymbolAttachment.h"
 
 #include <luhost/Document.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -65,7 +68,11 @@ public:
     /// What could not be read of the document's own entries, beside what the document itself tells.
     const std::vector<std::string>& GetEntryProblems() const { return m_entryProblems; }
 
-    /// The folder in which the pictures of the open document lie.
+    /// Attachments that the document in its file has, to parts that it has not got. Symbols let go of them when they are
+    /// made, so that the next Save does not have them any more.
+    const LostAttachments& GetLostAttachments() const { return m_lost; }
+
+    /// The folder in which the pictures and shapes of the open document lie.
     std::string GetPictureFolder() const;
 
     /// The libraries of the options, else those that the document records.
@@ -77,8 +84,8 @@ public:
     /// The same for these places alone. @return whether the next Save remembers others than before
     bool RecordOnly(const std::vector<LibraryPlace>& places);
 
-    /// @param output "-" for standard output
-    ExitCode Save(const std::string& output);
+    /// @param chosen "-" for standard output, empty for the file that was opened
+    ExitCode Save(const std::string& chosen);
 
 private:
     luhost::Document::Setup MakeSetup();
@@ -90,13 +97,21 @@ private:
     Progress& m_progress;
     LibrarySource m_library;
     std::unique_ptr<luhost::Document> m_document;
+    std::unique_ptr<FileClaim> m_claim; ///< on the file that was opened
     std::string m_name;
     std::vector<RecordedLibrary> m_recorded;
     std::vector<std::string> m_entryProblems;
+    LostAttachments m_lost;
 };
 
+/// Opens a document and does the work of a verb on it.
+/// @return what the work returns, or why there was none
+ExitCode WorkOnDocument(const DocumentOptions& options, const std::string& name, Progress& progress,
+                        const std::function<ExitCode(DocumentSource&)>& work);
+
 /// The options --library, --root, --messages and --lang.
-void AddDocumentLibraryOptions(CLI::App& verb, DocumentOptions& options);
+/// @param isNew whether there is no document yet that records libraries
+void AddDocumentLibraryOptions(CLI::App& verb, DocumentOptions& options, bool isNew = false);
 
 /// The option --output of a verb that otherwise changes the document in its place.
 void AddDocumentOutputOption(CLI::App& verb, std::string& output);

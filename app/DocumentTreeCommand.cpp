@@ -1,13 +1,12 @@
+#include "DocumentPlaces.h"
 #include "DocumentSource.h"
 #include "FileText.h"
 #include "Finding.h"
 #include "Invocation.h"
 #include "JsonOutput.h"
+#include "PartState.h"
 #include "Progress.h"
 #include "SymbolState.h"
-#include "TextValues.h"
-
-#include <luk/illustration2d/Scene2D.h>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -28,37 +27,30 @@ struct TreeOptions {
     bool asJson = false;
 };
 
-/// The symbols of the view, then those of each page.
-std::vector<std::vector<SymbolState>> StatesByPlace(const luhost::Document& document)
+ordered_json SymbolsAsJson(const DocumentPlace& place)
 {
-    std::vector<std::vector<SymbolState>> places(document.GetPageCount() + 1);
-    for (SymbolState& state : StatesOf(document)) {
-        places[static_cast<std::size_t>(state.page)].push_back(std::move(state));
+    ordered_json symbols = ordered_json::array();
+    for (const SymbolState& state : place.symbols) {
+        symbols.push_back(StateAsJson(state));
     }
-    return places;
+    return symbols;
 }
 
-ordered_json TreeAsJson(const DocumentSource& source, const luhost::Document& document)
+ordered_json TreeAsJson(DocumentSource& source)
 {
-    ordered_json pages = ordered_json::array();
-    ordered_json view;
-    const std::vector<std::vector<SymbolState>> places = StatesByPlace(document);
-    for (std::size_t place = 0; place < places.size(); ++place) {
-        ordered_json symbols = ordered_json::array();
-        for (const SymbolState& state : places[place]) {
-            symbols.push_back(StateAsJson(state));
-        }
-        if (place == 0) {
-            view = {{"symbols", std::move(symbols)}};
+    ordered_json tree = {{"file", source.GetName()}};
+    tree["product"] = ProductAsJson(source.GetDocument());
+    tree["service"] = ServiceAsJson(source.GetDocument());
+    for (const DocumentPlace& place : PlacesOf(source.GetDocument(), source.GetLostAttachments())) {
+        if (place.page == 0) {
+            tree["view"] = {{"symbols", SymbolsAsJson(place)}};
+            tree["pages"] = ordered_json::array();
             continue;
         }
-        const auto& sheet = *document.GetPage(place - 1)->GetDocument();
-        pages.push_back({{"page", place},
-                         {"width", sheet.GetWidth()},
-                         {"height", sheet.GetHeight()},
-                         {"symbols", std::move(symbols)}});
+        tree["pages"].push_back(PageAsJson(place));
+        tree["pages"].back()["symbols"] = SymbolsAsJson(place);
     }
-    return {{"file", source.GetName()}, {"view", std::move(view)}, {"pages", std::move(pages)}};
+    return tree;
 }
 
 std::string Indented(const std::string& table)
@@ -71,50 +63,41 @@ std::string Indented(const std::string& table)
     return text;
 }
 
-std::string TreeAsText(const luhost::Document& document)
+std::string TreeAsText(DocumentSource& source)
 {
-    std::string text;
-    const std::vector<std::vector<SymbolState>> places = StatesByPlace(document);
-    for (std::size_t place = 0; place < places.size(); ++place) {
-        text += PageText(static_cast<int>(place));
-        if (place != 0) {
-            const auto& sheet = *document.GetPage(place - 1)->GetDocument();
-            text += ", " + NumberText(sheet.GetWidth()) + " x " + NumberText(sheet.GetHeight()) + " mm";
-        }
-        text += ": " + CountOf(places[place].size(), "symbol", "symbols") + "\n";
-        text += places[place].empty() ? std::string() : Indented(StatesAsTable(places[place], false));
+    const luhost::Document& document = source.GetDocument();
+    std::string text = ProductAsText(document) + ServiceAsText(document);
+    for (const DocumentPlace& place : PlacesOf(document, source.GetLostAttachments())) {
+        text += PageText(place.page) + (place.page == 0 ? std::string() : ", " + PageSizeText(place)) + ": " +
+                CountOf(place.symbols.size(), "symbol", "symbols") + "\n";
+        text += place.symbols.empty() ? std::string() : Indented(StatesAsTable(place.symbols, false));
     }
     return text;
 }
 
 ExitCode RunTree(const TreeOptions& options, Progress& progress)
 {
-    DocumentSource source({}, progress);
-    if (!source.IsUsable()) {
-        return source.GetFault();
-    }
-    const ExitCode opened = source.OpenWhole(options.name);
-    if (opened != ExitCode::Done) {
-        return opened;
-    }
-    return PutResult(options.asJson ? JsonText(TreeAsJson(source, source.GetDocument()))
-                                    : TreeAsText(source.GetDocument()),
-                     progress);
+    return WorkOnDocument({}, options.name, progress, [&](DocumentSource& source) {
+        return PutResult(options.asJson ? JsonText(TreeAsJson(source)) : TreeAsText(source), progress);
+    });
 }
 
 } // namespace
 
 void AddDocumentTree(CLI::App& document, Invocation& invocation)
 {
-    CLI::App& verb = *document.add_subcommand("tree", "Show the view and the pages with their symbols");
+    CLI::App& verb =
+        *document.add_subcommand("tree", "Show the product, and the view and the pages with their symbols");
     const auto options = std::make_shared<TreeOptions>();
     AddDocumentArgument(verb, options->name);
     verb.add_flag("--json", options->asJson, "Every property, as JSON");
-    verb.footer("Symbols stand in the order in which they are drawn, the lowest first.\n\n"
-                "Examples:\n"
-                "  lusym document tree manual.luz\n"
-                "  lusym document tree manual.luz --json | jq '.pages[0].symbols[].title'\n\n"
-                "Exit codes: 0 done; 3 DOC is unreadable.\n");
+    verb.footer(
+        "Parts stand in their assemblies, and the nodes of the service tree with the parts that they stand for.\n"
+        "Symbols stand in the order in which they are drawn, the lowest first.\n\n"
+        "Examples:\n"
+        "  lusym document tree manual.luz\n"
+        "  lusym document tree manual.luz --json | jq '.pages[0].symbols[].title'\n\n"
+        "Exit codes: 0 done; 3 DOC is unreadable.\n");
     verb.callback(
         [options, &invocation] { invocation = [options](Progress& progress) { return RunTree(*options, progress); }; });
 }

@@ -1,14 +1,20 @@
 #include "DocumentUpdate.h"
 
 #include "annotations2d/Symbol2D.h"
-#include "catalog/PartslibraryImageItem.h"
+#include "annotations3d/SymbolAnnotation.h"
+#include "catalog/PartslibraryItem.h"
 #include "DocumentSource.h"
 #include "EntryIndex.h"
+#include "FileProbe.h"
 #include "FileText.h"
-#include "PictureProbe.h"
 #include "Printable.h"
 
 #include <du/FileSystem.h>
+#include <luk/ComponentNode.h>
+#include <luk/Shape.h>
+#include <luk/ShapeScene.h>
+#include <luk/ShapeSource.h>
+#include <luloader/Loader.h>
 
 #include <nlohmann/json.hpp>
 
@@ -24,7 +30,8 @@ namespace
 {
 
 using luannotations::Symbol2D;
-using lusymbols::PartslibraryImageItem;
+using luannotations::SymbolAnnotation;
+using lusymbols::PartslibraryItem;
 using nlohmann::ordered_json;
 
 class Updater
@@ -39,7 +46,7 @@ public:
     {
         CompareEntries();
         CheckNames();
-        CheckPictures();
+        CheckFiles();
         if (m_update.conflicts.empty() && !m_update.entries.empty()) {
             TakeOver();
         }
@@ -50,31 +57,32 @@ private:
     void CompareEntries()
     {
         for (const std::string& id : m_source.GetDocument().GetUsedTemplateIds()) {
-            const du::SmartPtr<PartslibraryImageItem> own = FindOwnEntry(id);
+            const du::SmartPtr<PartslibraryItem> own = FindOwnEntry(id);
             const EntryIndex::Entry* const found = m_index.Find(id);
-            const auto image = found ? du::DynamicCast<PartslibraryImageItem>(found->item) : nullptr;
             if (!own) {
                 continue;
             }
-            if (!image) {
+            if (!found || IsShape(*found->item) != IsShape(*own)) {
                 m_update.missing.push_back(id);
                 m_finalNames.emplace_back(own->GetName(), id);
                 continue;
             }
-            const std::string fault = FaultOfPicture(*found);
+            const PartslibraryItem& item = *found->item;
+            const std::string fault = FaultOfFile(*found);
             if (!fault.empty()) {
                 Refuse(id, fault);
                 continue;
             }
-            m_finalNames.emplace_back(image->GetName(), id);
-            m_sources.try_emplace(id, image->GetImageUrl());
-            const std::string differences = DifferencesOf(*own, *image);
-            const bool isNewPicture = !HasSameContent(image->GetImageUrl(), own->GetImageUrl());
-            if (!differences.empty() || isNewPicture) {
+            m_finalNames.emplace_back(item.GetName(), id);
+            m_sources.try_emplace(id, FilePathOf(item));
+            const std::string kind = FileKindOf(item);
+            const std::string differences = DifferencesOf(*own, item);
+            const bool hasNewFile = !HasSameContent(FilePathOf(item), FilePathOf(*own));
+            if (!differences.empty() || hasNewFile) {
                 m_changed.push_back(*found);
-                const bool isTold = differences.find("picture") != differences.npos || !isNewPicture;
+                const bool isTold = differences.find(kind) != differences.npos || !hasNewFile;
                 m_update.entries.push_back(
-                    {id, isTold ? differences : differences + (differences.empty() ? "picture" : ", picture")});
+                    {id, isTold ? differences : differences + (differences.empty() ? kind : ", " + kind)});
             }
         }
     }
@@ -97,48 +105,51 @@ private:
         }
     }
 
-    /// Pictures lie in one folder, so that a name stands for one of them.
-    void CheckPictures()
+    /// Pictures and shapes lie in one folder, so that a name stands for one of them.
+    void CheckFiles()
     {
-        std::map<std::string, std::pair<std::string, std::string>> byName;
+        std::map<std::string, du::SmartPtr<PartslibraryItem>> byName;
         std::vector<std::string> pictures;
+        std::vector<std::string> shapes;
         for (const EntryIndex::Entry& entry : m_changed) {
-            const auto image = du::DynamicCast<PartslibraryImageItem>(entry.item);
-            const auto [first, isNew] = byName.try_emplace(PictureNameOf(*image), image->GetImageUrl(), image->GetId());
+            const std::string& path = FilePathOf(*entry.item);
+            const auto [first, isNew] = byName.try_emplace(FileNameOf(*entry.item), entry.item);
             if (isNew) {
-                pictures.push_back(image->GetImageUrl());
-            } else if (!HasSameContent(first->second.first, image->GetImageUrl())) {
-                Refuse(image->GetId(), "and the entry " + Quote(first->second.second) +
-                                           " have different pictures of the name " + Quote(first->first) +
-                                           ". Rename one of them");
+                (IsShape(*entry.item) ? shapes : pictures).push_back(path);
+            } else if (!HasSameContent(FilePathOf(*first->second), path)) {
+                Refuse(entry.item->GetId(), "and the entry " + Quote(first->second->GetId()) +
+                                                " have different files of the name " + Quote(first->first) +
+                                                ". Rename one of them");
             }
         }
         const auto facts = ProbePictures(pictures, m_source);
-        for (const auto& [name, origin] : byName) {
-            const std::string& problem = facts.at(origin.first).problem;
+        const auto shapeProblems = ProbeShapes(shapes, m_source);
+        for (const auto& [name, item] : byName) {
+            const std::string& path = FilePathOf(*item);
+            const std::string problem = IsShape(*item) ? shapeProblems.at(path) : facts.at(path).problem;
             if (!problem.empty()) {
-                Refuse(origin.second, "has the picture " + Quote(origin.first) +
+                Refuse(item->GetId(), "has the " + FileKindOf(*item) + " " + Quote(path) +
                                           ", which cannot be shown: " + Printable(problem) + ". Mend the file");
             }
             const std::string held = PathInDocument(name);
-            if (du::FileSystem::FileExists(held) && !HasSameContent(held, origin.first)) {
-                CheckOtherUsers(name, origin);
-                m_replaced.emplace(name, origin.first);
+            if (du::FileSystem::FileExists(held) && !HasSameContent(held, path)) {
+                CheckOtherUsers(name, *item);
+                m_replaced.emplace(name, path);
             }
         }
     }
 
-    /// Symbols that show a picture of this name and are not to get the new one.
-    void CheckOtherUsers(const std::string& name, const std::pair<std::string, std::string>& origin)
+    /// Symbols that show a file of this name and are not to get the new one.
+    void CheckOtherUsers(const std::string& name, const PartslibraryItem& item)
     {
         for (const SymbolState& state : m_before) {
             const auto source = m_sources.find(state.entry);
             const bool follows =
                 !state.entry.empty() && source != m_sources.end() &&
-                (!source->second.ends_with("/" + name) || HasSameContent(source->second, origin.first));
-            if (state.pictureFile == name && !follows) {
-                Refuse(origin.second, "has a new picture " + Quote(name) + ", and the symbol " + Quote(state.id) +
-                                          " shows another one of that name. Rename the new one");
+                (!source->second.ends_with("/" + name) || HasSameContent(source->second, FilePathOf(item)));
+            if (state.file == name && !follows) {
+                Refuse(item.GetId(), "has a new " + FileKindOf(item) + " " + Quote(name) + ", and the symbol " +
+                                         Quote(state.id) + " shows another one of that name. Rename the new one");
                 return;
             }
         }
@@ -148,30 +159,39 @@ private:
 
     void TakeOver()
     {
-        const std::unordered_map<std::string, double> growth = ReplacePictures();
+        const std::unordered_map<std::string, double> growth = ReplaceFiles();
         PutIntoDocument(m_changed);
         m_source.WaitForLoads();
         const auto annotations = m_source.GetDocument().GetAnnotations();
         for (std::size_t index = 0; index < annotations.size(); ++index) {
-            Symbol2D* const symbol = AsPicture(*annotations[index]);
-            const auto grown = growth.find(m_before[index].pictureFile);
-            if (symbol && grown != growth.end() && symbol->GetImageFileName().GetText() == grown->first) {
-                ShowAnew(*symbol, m_before[index], grown->second);
-                m_reloaded.insert(m_before[index].id);
+            const SymbolState& before = m_before[index];
+            const auto grown = growth.find(before.file);
+            if (grown == growth.end()) {
+                continue;
+            }
+            Symbol2D* const picture = AsPicture(*annotations[index]);
+            SymbolAnnotation* const shape = AsShape(*annotations[index]);
+            if (picture && picture->GetImageFileName().GetText() == grown->first) {
+                ShowAnew(*picture, before, grown->second);
+                m_reloaded.insert(before.id);
+            } else if (shape && shape->GetFileName().GetText() == grown->first) {
+                ShowAnew(*shape);
+                m_reloaded.insert(before.id);
             }
         }
         m_source.WaitForLoads();
         Report();
     }
 
-    /// @return for each picture that is replaced under its name, how much higher it is now for its width
-    std::unordered_map<std::string, double> ReplacePictures()
+    /// @return for each file that is replaced under its name, how much higher the picture is now for its width
+    std::unordered_map<std::string, double> ReplaceFiles()
     {
         std::vector<std::string> paths;
         for (const auto& [name, path] : m_replaced) {
             paths.push_back(PathInDocument(name));
             paths.push_back(path);
         }
+        // A shape is no picture, and has no width.
         const auto facts = ProbePictures(paths, m_source);
         std::unordered_map<std::string, double> growth;
         for (const auto& [name, path] : m_replaced) {
@@ -184,7 +204,7 @@ private:
             // The plug-in keeps what lies there, so the new one is put there first.
             du::FileSystem::DeletePath(PathInDocument(name));
             if (!du::FileSystem::CopyFile(path, PathInDocument(name))) {
-                m_update.conflicts.push_back("the picture " + Quote(path) + " cannot be copied. Is the medium full?");
+                m_update.conflicts.push_back("the file " + Quote(path) + " cannot be copied. Is the medium full?");
             }
         }
         return growth;
@@ -202,13 +222,32 @@ private:
         symbol.Initialise();
     }
 
+    /// The same for a shape. The host keeps what it has read of a source, so that the node gets a new one.
+    static void ShowAnew(SymbolAnnotation& symbol)
+    {
+        const du::SmartPtr<luk::ShapeInstance> instance = symbol.GetShapeInstance();
+        const du::SmartPtr<luk::ShapeScene> scene = instance ? instance->GetShapeScene() : nullptr;
+        const auto node = scene ? instance->GetInstance()->GetNode() : nullptr;
+        const du::SmartPtr<luloader::Loader> loader = luloader::Loader::GetLoader();
+        if (!node || !node->GetShapeSource() || !loader) {
+            return;
+        }
+        du::SmartPtr<luk::ShapeSource> source;
+        luk::ShapeSource::Create(source, node->GetShapeSource()->GetPath(), dg::FBox::EMPTY, 0);
+        node->SetShapeSource(source);
+        scene->ReplaceShapeInstanceShape(instance, luk::Shape::Get(source));
+        const InterruptHold hold;
+        loader->LoadShape(instance->GetShape(), 0, nullptr, nullptr);
+    }
+
     void Report()
     {
         const std::vector<SymbolState> after = StatesOf(m_source.GetDocument());
         for (std::size_t index = 0; index < after.size(); ++index) {
             UpdatedSymbol symbol{after[index], CompareStates(m_before[index], after[index])};
             if (m_reloaded.contains(after[index].id)) {
-                symbol.changes.push_back({"picture", after[index].pictureFile, after[index].pictureFile + ", new"});
+                symbol.changes.push_back(
+                    {after[index].isShape ? "shape" : "picture", after[index].file, after[index].file + ", new"});
             }
             if (!symbol.changes.empty()) {
                 m_update.symbols.push_back(std::move(symbol));

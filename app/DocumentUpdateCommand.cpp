@@ -51,21 +51,16 @@ std::string Summary(const DocumentUpdate& update, bool isWritten)
     if (!update.conflicts.empty()) {
         return "nothing is taken over and nothing written";
     }
+    if (update.IsEmpty()) {
+        return std::string("no entry has changed") + (isWritten ? "" : "; nothing is written");
+    }
     return CountOf(update.symbols.size(), "symbol follows ", "symbols follow ") +
            CountOf(update.entries.size(), "changed entry", "changed entries") +
            (isWritten ? "" : "; nothing is written");
 }
 
-ExitCode RunUpdate(const UpdateOptions& options, Progress& progress)
+ExitCode UpdateOpened(const UpdateOptions& options, DocumentSource& source, Progress& progress)
 {
-    DocumentSource source(options.document, progress);
-    if (!source.IsUsable()) {
-        return source.GetFault();
-    }
-    const ExitCode opened = source.OpenWhole(options.name);
-    if (opened != ExitCode::Done) {
-        return opened;
-    }
     if (source.GetLibraryPlaces().empty()) {
         progress.Tell(Printable(options.name) + ": error: the document records no library. Name one with --library.\n");
         return ExitCode::Usage;
@@ -90,7 +85,13 @@ ExitCode RunUpdate(const UpdateOptions& options, Progress& progress)
     if (!update.conflicts.empty()) {
         return ExitCode::Findings;
     }
-    return isToWrite ? source.Save(options.output.empty() ? options.name : options.output) : ExitCode::Done;
+    return isToWrite ? source.Save(options.output) : ExitCode::Done;
+}
+
+ExitCode RunUpdate(const UpdateOptions& options, Progress& progress)
+{
+    return WorkOnDocument(options.document, options.name, progress,
+                          [&](DocumentSource& source) { return UpdateOpened(options, source, progress); });
 }
 
 } // namespace

@@ -1,7 +1,9 @@
 #include "EntryIndex.h"
 
 #include "catalog/PartslibraryImageItem.h"
+#include "catalog/PartslibraryOlItem.h"
 #include "DocumentSource.h"
+#include "LibraryRules.h"
 #include "Printable.h"
 #include "RealPath.h"
 
@@ -10,6 +12,7 @@
 #include <luk/illustration/SymbolTemplateCollection.h>
 
 #include <algorithm>
+#include <functional>
 #include <unordered_set>
 #include <utility>
 
@@ -23,6 +26,7 @@ using luk::illustration::SequencerTag;
 using luk::illustration::SymbolTemplateCollection;
 using lusymbols::PartslibraryImageItem;
 using lusymbols::PartslibraryItem;
+using lusymbols::PartslibraryOlItem;
 
 bool HaveSameTags(const PartslibraryItem& a, const PartslibraryItem& b)
 {
@@ -37,6 +41,56 @@ void Append(std::string& list, bool isDifferent, std::string_view what)
     }
 }
 
+/// An entry that gives no coordinate system is placed by the one of its shape.
+dg::Location CsysOf(const PartslibraryOlItem& shape)
+{
+    return shape.GetOlCsys().HasPosition() ? shape.GetOlCsys() : dg::Location::IDENTITY;
+}
+
+bool HaveSamePlacement(const PartslibraryImageItem& a, const PartslibraryImageItem& b)
+{
+    return a.GetIsBillboardImage() == b.GetIsBillboardImage() && a.GetImageScale() == b.GetImageScale() &&
+           a.GetFlipHorizontal() == b.GetFlipHorizontal() && a.GetFlipVertical() == b.GetFlipVertical() &&
+           a.GetRotateRight() == b.GetRotateRight() && a.GetRotateLeft() == b.GetRotateLeft();
+}
+
+bool HaveSamePlacement(const PartslibraryOlItem& a, const PartslibraryOlItem& b)
+{
+    const std::equal_to<double> isEqual;
+    return isEqual(a.GetOlScale(), b.GetOlScale()) && CsysOf(a) == CsysOf(b) &&
+           a.GetOlOrientation() == b.GetOlOrientation() && a.GetAxisId() == b.GetAxisId() &&
+           isEqual(a.GetDistanceFromCsys(), b.GetDistanceFromCsys()) &&
+           a.IsUseCurrentOrientation() == b.IsUseCurrentOrientation() &&
+           a.IsAnnotationSymbol() == b.IsAnnotationSymbol();
+}
+
+/// As the class of the entries compares them.
+bool IsSameButForFile(const PartslibraryImageItem& a, const PartslibraryImageItem& b)
+{
+    PartslibraryImageItem copy(a);
+    copy.SetImageUrl(b.GetImageUrl());
+    return copy == b;
+}
+
+bool IsSameButForFile(const PartslibraryOlItem& a, const PartslibraryOlItem& b)
+{
+    PartslibraryOlItem copy(a);
+    PartslibraryOlItem other(b);
+    copy.SetOlUrl(b.GetOlUrl());
+    copy.SetOlCsys(CsysOf(a));
+    other.SetOlCsys(CsysOf(b));
+    return copy == other;
+}
+
+template <class Item>
+void AppendOwnDifferences(std::string& differences, const Item& a, const PartslibraryItem& other)
+{
+    const auto* const b = dynamic_cast<const Item*>(&other);
+    Append(differences, b && !HaveSamePlacement(a, *b), "placement");
+    // Nothing else is left of what an entry says.
+    Append(differences, b && differences.empty() && !IsSameButForFile(a, *b), "tooltip");
+}
+
 } // namespace
 
 EntryIndex::EntryIndex(const std::vector<LibraryReading>& libraries)
@@ -49,6 +103,17 @@ EntryIndex::EntryIndex(const std::vector<LibraryReading>& libraries)
             }
         }
     }
+}
+
+std::string EntryIndex::FindLike(const std::string& id) const
+{
+    std::vector<std::string_view> ids;
+    for (const auto& [known, entry] : m_entries) {
+        ids.push_back(known);
+    }
+    // In their order, so that of two that are alike it is always the same.
+    std::ranges::sort(ids);
+    return std::string(NearestName(id, ids));
 }
 
 const EntryIndex::Entry* EntryIndex::Find(const std::string& id) const
@@ -69,10 +134,9 @@ ExitCode ReadLibraries(DocumentSource& source, std::vector<LibraryReading>& libr
     return JudgeReadings(libraries);
 }
 
-du::SmartPtr<PartslibraryImageItem> FindOwnEntry(const std::string& id)
+du::SmartPtr<PartslibraryItem> FindOwnEntry(const std::string& id)
 {
-    return du::DynamicCast<PartslibraryImageItem>(
-        SymbolTemplateCollection::GetCollection()->GetAssociativeObjectById(id));
+    return du::DynamicCast<PartslibraryItem>(SymbolTemplateCollection::GetCollection()->GetAssociativeObjectById(id));
 }
 
 void PutIntoDocument(const std::vector<EntryIndex::Entry>& entries)
@@ -97,7 +161,7 @@ void PutIntoDocument(const std::vector<EntryIndex::Entry>& entries)
     }
 }
 
-std::string DifferencesOf(const PartslibraryImageItem& a, const PartslibraryImageItem& b)
+std::string DifferencesOf(const PartslibraryItem& a, const PartslibraryItem& b)
 {
     std::string differences;
     Append(differences, a.GetName() != b.GetName(), "name");
@@ -107,37 +171,54 @@ std::string DifferencesOf(const PartslibraryImageItem& a, const PartslibraryImag
            a.ShowTooltipTitle() != b.ShowTooltipTitle() || a.ShowTooltipDescription() != b.ShowTooltipDescription(),
            "flags");
     Append(differences, !HaveSameTags(a, b), "tags");
-    Append(differences, PictureNameOf(a) != PictureNameOf(b), "picture");
+    Append(differences, FileNameOf(a) != FileNameOf(b), FileKindOf(a));
     Append(differences, a.GetCategoryId() != b.GetCategoryId(), "category");
-    Append(differences,
-           a.GetIsBillboardImage() != b.GetIsBillboardImage() || a.GetImageScale() != b.GetImageScale() ||
-               a.GetFlipHorizontal() != b.GetFlipHorizontal() || a.GetFlipVertical() != b.GetFlipVertical() ||
-               a.GetRotateRight() != b.GetRotateRight() || a.GetRotateLeft() != b.GetRotateLeft(),
-           "placement");
-    if (differences.empty()) {
-        PartslibraryImageItem sameFile(a);
-        sameFile.SetImageUrl(b.GetImageUrl());
-        // Nothing else is left of what an entry says.
-        Append(differences, !(sameFile == b), "tooltip");
+    if (const auto* const shape = dynamic_cast<const PartslibraryOlItem*>(&a)) {
+        AppendOwnDifferences(differences, *shape, b);
+    } else if (const auto* const image = dynamic_cast<const PartslibraryImageItem*>(&a)) {
+        AppendOwnDifferences(differences, *image, b);
     }
     return differences;
 }
 
-std::string PictureNameOf(const PartslibraryImageItem& entry) { return du::FileSpec(entry.GetImageUrl()).GetFile(); }
+bool IsShape(const PartslibraryItem& entry) { return dynamic_cast<const PartslibraryOlItem*>(&entry) != nullptr; }
 
-std::string FaultOfPicture(const EntryIndex::Entry& entry)
+std::string FileKindOf(const PartslibraryItem& entry) { return IsShape(entry) ? "shape" : "picture"; }
+
+const std::string& FilePathOf(const PartslibraryItem& entry)
 {
-    const auto image = du::DynamicCast<PartslibraryImageItem>(entry.item);
-    const std::string& path = image->GetImageUrl();
-    if (PictureNameOf(*image).empty()) {
-        return "names no picture. Name one in the library";
+    static const std::string none;
+    if (const auto* const shape = dynamic_cast<const PartslibraryOlItem*>(&entry)) {
+        return shape->GetOlUrl();
+    }
+    const auto* const image = dynamic_cast<const PartslibraryImageItem*>(&entry);
+    return image ? image->GetImageUrl() : none;
+}
+
+void SetFilePath(PartslibraryItem& entry, const std::string& path)
+{
+    if (auto* const shape = dynamic_cast<PartslibraryOlItem*>(&entry)) {
+        shape->SetOlUrl(path);
+    } else if (auto* const image = dynamic_cast<PartslibraryImageItem*>(&entry)) {
+        image->SetImageUrl(path);
+    }
+}
+
+std::string FileNameOf(const PartslibraryItem& entry) { return du::FileSpec(FilePathOf(entry)).GetFile(); }
+
+std::string FaultOfFile(const EntryIndex::Entry& entry)
+{
+    const std::string kind = FileKindOf(*entry.item);
+    const std::string& path = FilePathOf(*entry.item);
+    if (FileNameOf(*entry.item).empty()) {
+        return "names no " + kind + ". Name one in the library";
     }
     if (!du::FileSystem::FileReadable(path)) {
-        return "names the picture " + Quote(path) + ", which is missing or cannot be read. Put it there";
+        return "names the " + kind + " " + Quote(path) + ", which is missing or cannot be read. Put it there";
     }
     // A library from elsewhere must not carry files of this machine into a document that is handed on.
     if (!IsInside(RealPath(path), RealPath(entry.library->place.root))) {
-        return "names the picture " + Quote(path) +
+        return "names the " + kind + " " + Quote(path) +
                ", which lies outside the library's root. Move it there, or name "
                "another root with --root";
     }

@@ -10,9 +10,8 @@
 
 namespace lusymbols
 {
-class PartslibraryImageItem;
 class PartslibraryItem;
-} // namespace lusymbols
+}
 
 namespace lusym
 {
@@ -34,6 +33,9 @@ public:
     /// Null when no library has it.
     const Entry* Find(const std::string& id) const;
 
+    /// The id that was probably meant; empty when none is like it. Compares with every one.
+    std::string FindLike(const std::string& id) const;
+
 private:
     std::unordered_map<std::string, Entry> m_entries;
 };
@@ -42,20 +44,26 @@ private:
 /// @return Done when all of them were read
 ExitCode ReadLibraries(DocumentSource& source, std::vector<LibraryReading>& libraries);
 
-/// Null when the document has no picture entry of that id.
-du::SmartPtr<lusymbols::PartslibraryImageItem> FindOwnEntry(const std::string& id);
+/// Null when the document has no entry of that id.
+du::SmartPtr<lusymbols::PartslibraryItem> FindOwnEntry(const std::string& id);
 
 /// Puts an entry, and its category, into the collection of the session. One of that id is replaced, and the symbols that
 /// follow it are told.
 void PutIntoDocument(const std::vector<EntryIndex::Entry>& entries);
 
-/// In what two entries differ, wherever their files lie: "title, tags"; empty when they say the same.
-std::string DifferencesOf(const lusymbols::PartslibraryImageItem& a, const lusymbols::PartslibraryImageItem& b);
+/// In what two entries of one kind differ, wherever their files lie: "title, tags"; empty when they say the same.
+std::string DifferencesOf(const lusymbols::PartslibraryItem& a, const lusymbols::PartslibraryItem& b);
 
-/// The name of the picture's file.
-std::string PictureNameOf(const lusymbols::PartslibraryImageItem& entry);
+/// Whether an entry is a shape that stands in the product; else it is a picture.
+bool IsShape(const lusymbols::PartslibraryItem& entry);
+/// "shape" or "picture"
+std::string FileKindOf(const lusymbols::PartslibraryItem& entry);
+/// The file of the shape or the picture, as the entry names it.
+const std::string& FilePathOf(const lusymbols::PartslibraryItem& entry);
+void SetFilePath(lusymbols::PartslibraryItem& entry, const std::string& path);
+std::string FileNameOf(const lusymbols::PartslibraryItem& entry);
 
-/// @return why the picture of a library's entry cannot be taken; empty when it can
-std::string FaultOfPicture(const EntryIndex::Entry& entry);
+/// @return why the file of a library's entry cannot be taken; empty when it can
+std::string FaultOfFile(const EntryIndex::Entry& entry);
 
 } // namespace lusym

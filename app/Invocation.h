@@ -31,6 +31,11 @@ void AddDocumentUpdate(CLI::App& document, Invocation& invocation);
 void AddSymbolPlace(CLI::App& symbol, Invocation& invocation);
 void AddSymbolList(CLI::App& symbol, Invocation& invocation);
 void AddSymbolRemove(CLI::App& symbol, Invocation& invocation);
+void AddProductImport(CLI::App& product, Invocation& invocation);
+void AddPartList(CLI::App& part, Invocation& invocation);
+void AddPartMove(CLI::App& part, Invocation& invocation);
+/// And the verb that hides.
+void AddPartShow(CLI::App& part, Invocation& invocation);
 void AddRender(CLI::App& program, Invocation& invocation);
 void AddDemo(CLI::App& program, Invocation& invocation);
 

@@ -60,7 +60,8 @@ bool SetPage(PlacementOrder& order, const std::string& value)
     return isPage && std::floor(page) == page;
 }
 
-bool SetSide(double& side, const std::string& value) { return SetNumber(side, value) && side > 0.0; }
+/// A size that a document, in its single precision, can tell from none.
+bool SetSide(double& side, const std::string& value) { return SetNumber(side, value) && side >= 1.0 / kLargest; }
 
 bool SetWidth(PlacementOrder& order, const std::string& value) { return SetSide(order.width, value); }
 
@@ -78,11 +79,36 @@ bool SetSize(PlacementOrder& order, const std::string& value)
 
 bool SetRotate(PlacementOrder& order, const std::string& value)
 {
+    order.turn = ParseTurn(value);
+    if (order.turn) {
+        return true;
+    }
     double degrees = 0.0;
     const bool isTurn = SetNumber(degrees, value) && std::abs(degrees) <= 360.0 && std::fmod(degrees, 90.0) == 0.0;
     // Symbols turn clockwise only.
     order.rotate = isTurn ? (static_cast<int>(degrees) + 360) % 360 : 0;
     return isTurn;
+}
+
+bool SetScale(PlacementOrder& order, const std::string& value)
+{
+    double scale = 0.0;
+    const bool isScale = SetSide(scale, value);
+    order.scale = scale;
+    return isScale && static_cast<float>(scale) > 0.0F;
+}
+
+bool SetSymbolColor(PlacementOrder& order, const std::string& value)
+{
+    order.color = ParseColor(value);
+    // A shape without a colour would be none.
+    return order.color && order.color->alpha > 0.0F;
+}
+
+bool SetAttach(PlacementOrder& order, const std::string& value)
+{
+    order.attach.push_back(value);
+    return !value.empty();
 }
 
 bool SetFlip(PlacementOrder& order, const std::string& value)
@@ -140,13 +166,16 @@ constexpr FieldKind kFields[] = {
     {"size", &SetSize, "W,H, W or ,H, over 0"},
     {"width", &SetWidth, "a number over 0"},
     {"height", &SetHeight, "a number over 0"},
-    {"rotate", &SetRotate, "a multiple of 90, from -360 to 360"},
+    {"rotate", &SetRotate, "a multiple of 90 from -360 to 360, nor an axis with degrees such as z,30"},
     {"flip", &SetFlip, "h, v or hv"},
     {"fixed", &SetFixed, "true or false"},
     {"screen-space", &SetScreenSpace, "true or false"},
     {"title", &SetText<&PlacementOrder::title>, "a text"},
     {"description", &SetText<&PlacementOrder::description>, "a text"},
     {"frame", &SetColor<&PlacementOrder::frame>, "#rrggbb, #rrggbbaa, none, or a colour such as red"},
+    {"scale", &SetScale, "a number over 0"},
+    {"color", &SetSymbolColor, "#rrggbb or a colour such as red"},
+    {"attach", &SetAttach, "a part"},
     {"fill", &SetColor<&PlacementOrder::fill>, "#rrggbb, #rrggbbaa, none, or a colour such as red"},
 };
 
@@ -156,7 +185,11 @@ const FieldKind* FindField(std::string_view name)
     return field == std::end(kFields) ? nullptr : field;
 }
 
-std::string FieldNames()
+} // namespace
+
+bool IsPlacementField(std::string_view name) { return FindField(name) != nullptr; }
+
+std::string PlacementFieldNames()
 {
     std::string names;
     for (const FieldKind& field : kFields) {
@@ -165,185 +198,11 @@ std::string FieldNames()
     return names;
 }
 
-/// One row of a table, and the line on which it begins.
-struct TableLine {
-    std::vector<std::string> cells;
-    std::size_t line = 0;
-};
-
-/// Comma-separated values as spreadsheets write them: cells in double quotes may hold separators, line feeds, and quotes
-/// that stand twice.
-class TableReader
-{
-public:
-    TableReader(std::string_view text, char separator) : m_text(text), m_separator(separator) {}
-
-    /// Blank lines are passed over. @return false at the end
-    bool Next(TableLine& row)
-    {
-        do {
-            if (m_at == m_text.size()) {
-                return false;
-            }
-            row = {{}, m_line};
-            ReadRow(row.cells);
-        } while (row.cells.size() == 1 && row.cells[0].empty());
-        return true;
-    }
-
-private:
-    void ReadRow(std::vector<std::string>& cells)
-    {
-        std::string cell;
-        bool isQuoted = false;
-        for (; m_at < m_text.size(); ++m_at) {
-            const char letter = m_text[m_at];
-            m_line += letter == '\n' ? 1 : 0;
-            if (letter == '"' && isQuoted && m_text.substr(m_at + 1, 1) == "\"") {
-                cell += letter;
-                ++m_at;
-            } else if (letter == '"' && (isQuoted || cell.empty())) {
-                isQuoted = !isQuoted;
-            } else if (letter == m_separator && !isQuoted) {
-                cells.push_back(std::exchange(cell, {}));
-            } else if (letter == '\n' && !isQuoted) {
-                ++m_at;
-                break;
-            } else if (letter != '\r' || isQuoted) {
-                cell += letter;
-            }
-        }
-        cells.push_back(std::move(cell));
-    }
-
-    std::string_view m_text;
-    char m_separator;
-    std::size_t m_at = 0;
-    std::size_t m_line = 1;
-};
-
-void CheckComplete(PlacementLine& line)
-{
-    if (line.error.empty()) {
-        IsComplete(line.order, line.error);
-    }
-}
-
-PlacementLine ReadTableLine(const TableLine& row, const std::vector<std::string>& columns)
-{
-    PlacementLine line;
-    line.order.line = row.line;
-    if (row.cells.size() > columns.size()) {
-        line.error = "the line has " + std::to_string(row.cells.size()) + " cells, and there are " +
-                     std::to_string(columns.size()) +
-                     " columns; put a cell that holds the separator into double quotes";
-    }
-    for (std::size_t index = 0; index < row.cells.size() && line.error.empty(); ++index) {
-        if (!row.cells[index].empty()) {
-            SetPlacement(line.order, columns[index], row.cells[index], line.error);
-        }
-    }
-    CheckComplete(line);
-    return line;
-}
-
-std::vector<PlacementLine> ReadTable(std::string_view text, std::string& error)
-{
-    const std::string_view heading = text.substr(0, text.find('\n'));
-    const bool hasSemicolons = heading.find(';') != heading.npos && heading.find(',') == heading.npos;
-    TableReader reader(text, hasSemicolons ? ';' : ',');
-    TableLine row;
-    std::vector<PlacementLine> lines;
-    if (!reader.Next(row)) {
-        error = "it is empty; begin with a line that names the columns, such as entry,x,y";
-        return lines;
-    }
-    const std::vector<std::string> columns = row.cells;
-    for (const std::string& column : columns) {
-        if (!FindField(column)) {
-            error = "there is no column " + Quote(column) + "; there are " + FieldNames();
-            return lines;
-        }
-    }
-    while (reader.Next(row)) {
-        lines.push_back(ReadTableLine(row, columns));
-    }
-    return lines;
-}
-
-/// The text that an option would have: "20,30" of an array, "true", "12.5".
-std::string OptionText(const nlohmann::json& value)
-{
-    if (value.is_string()) {
-        return value.get<std::string>();
-    }
-    if (value.is_object()) {
-        return "{...}";
-    }
-    if (!value.is_array()) {
-        return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    }
-    std::string text;
-    for (const nlohmann::json& part : value) {
-        const bool isNumber = part.is_number();
-        text.append(text.empty() ? "" : ",").append(isNumber ? part.dump() : "?");
-    }
-    return text;
-}
-
-PlacementLine ReadObject(const nlohmann::json& object, std::size_t number)
-{
-    PlacementLine line;
-    line.order.line = number;
-    if (!object.is_object()) {
-        line.error = "it is no JSON object; write {\"entry\": \"...\", \"at\": [X, Y]}";
-        return line;
-    }
-    for (const auto& [name, value] : object.items()) {
-        if (line.error.empty() && !value.is_null()) {
-            SetPlacement(line.order, name, OptionText(value), line.error);
-        }
-    }
-    CheckComplete(line);
-    return line;
-}
-
-std::vector<PlacementLine> ReadJsonLines(std::string_view text)
-{
-    std::vector<PlacementLine> lines;
-    for (std::size_t number = 1; !text.empty(); ++number) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        const std::string_view line = text.substr(0, end);
-        if (line.find_first_not_of(" \t\r") != line.npos) {
-            lines.push_back(ReadObject(nlohmann::json::parse(line, nullptr, false), number));
-        }
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return lines;
-}
-
-std::vector<PlacementLine> ReadJsonArray(std::string_view text, std::string& error)
-{
-    std::vector<PlacementLine> lines;
-    const nlohmann::json array = nlohmann::json::parse(text, nullptr, false);
-    if (array.is_discarded()) {
-        error = "it is no JSON document; write an array of objects, or an object on each line";
-        return lines;
-    }
-    for (const nlohmann::json& object : array) {
-        // Elements have no lines of their own; their number is what a reader can count.
-        lines.push_back(ReadObject(object, lines.size() + 1));
-    }
-    return lines;
-}
-
-} // namespace
-
 bool SetPlacement(PlacementOrder& order, std::string_view name, const std::string& value, std::string& error)
 {
     const FieldKind* const field = FindField(name);
     if (!field) {
-        error = "there is no field " + Quote(name) + "; there are " + FieldNames();
+        error = "there is no field " + Quote(name) + "; there are " + PlacementFieldNames();
     } else if (!field->set(order, value)) {
         error = std::string(name) + ": " + Quote(value) + " is not " + field->expected;
     }
@@ -354,7 +213,7 @@ bool IsComplete(const PlacementOrder& order, std::string& error)
 {
     if (order.entry.empty()) {
         error = "entry: the id of a library entry is missing";
-    } else if (!order.at) {
+    } else if (!order.at && order.attach.empty()) {
         error = "at: where to place it is missing";
     } else if (order.page != 0 && order.hasZ) {
         error = "at: a page has no Z";
@@ -364,17 +223,6 @@ bool IsComplete(const PlacementOrder& order, std::string& error)
         error = "fixed: a symbol on the screen has no place of its own in space";
     }
     return error.empty();
-}
-
-std::vector<PlacementLine> ReadPlacements(std::string_view text, std::string& error)
-{
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    if (text.starts_with(kByteOrderMark)) {
-        text.remove_prefix(kByteOrderMark.size());
-    }
-    const std::size_t start = std::min(text.find_first_not_of(" \t\r\n"), text.size());
-    const std::string_view first = text.substr(start, 1);
-    return first == "[" ? ReadJsonArray(text, error) : first == "{" ? ReadJsonLines(text) : ReadTable(text, error);
 }
 
 } // namespace lusym

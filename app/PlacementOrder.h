@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Turn.h"
+
 #include <dg/Color.h>
 #include <dg/DPoint3D.h>
 
@@ -15,12 +17,16 @@ namespace lusym
 /// What a user wants of one symbol, as an option, a cell of a table or a field of an object says it.
 struct PlacementOrder {
     std::string entry;
-    std::optional<dg::DPoint3D> at; ///< of the centre
+    std::optional<dg::DPoint3D> at; ///< of the centre of a picture, of the origin of a shape
     bool hasZ = false;
-    int page = 0;        ///< from 1; 0 for the view
-    double width = 0.0;  ///< as it is seen; 0 when it follows
-    double height = 0.0; ///< as it is seen; 0 when it follows
-    int rotate = 0;      ///< clockwise, in degrees
+    int page = 0;             ///< from 1; 0 for the view
+    double width = 0.0;       ///< as it is seen; 0 when it follows
+    double height = 0.0;      ///< as it is seen; 0 when it follows
+    int rotate = 0;           ///< of a picture, clockwise, in degrees
+    std::optional<Turn> turn; ///< of a shape
+    std::optional<double> scale;
+    std::optional<dg::Color> color;
+    std::vector<std::string> attach; ///< parts, by path, id or name
     bool flipHorizontally = false;
     bool flipVertically = false;
     std::optional<bool> isFixed; ///< as the entry says when it is empty
@@ -33,9 +39,13 @@ struct PlacementOrder {
 };
 
 /// Sets what the word names: entry, at, x, y, z, page, size, width, height, rotate, flip, fixed, screen-space, title,
-/// description, frame, fill. An empty value leaves the default, but for texts.
+/// description, frame, fill, scale, color, attach. The last one adds a part each time. An empty value leaves the default, but for texts.
 /// @param[out] error what is wrong with the value, with its name
 bool SetPlacement(PlacementOrder& order, std::string_view name, const std::string& value, std::string& error);
+
+bool IsPlacementField(std::string_view name);
+/// "entry, at, x", for messages
+std::string PlacementFieldNames();
 
 /// Whether nothing is missing and nothing contradicts. @param[out] error the first thing that does
 bool IsComplete(const PlacementOrder& order, std::string& error);

@@ -37,9 +37,17 @@ std::string FindPlugin()
     return folder.parent_path() / "lib" / name;
 }
 
-std::string FindExampleLibrary()
+std::string FindImporter()
 {
-    return ProgramFolder().parent_path() / "share" / "lusymbols" / "examples" / "library";
+    if (const char* const named = std::getenv("LUSYM_IMPORT"); named && *named != '\0') {
+        return named;
+    }
+    return ProgramFolder() / "lusym-import";
+}
+
+std::string FindExample(const std::string& name)
+{
+    return ProgramFolder().parent_path() / "share" / "lusymbols" / "examples" / name;
 }
 
 } // namespace lusym

@@ -9,7 +9,10 @@ namespace lusym
 /// installed and in the build tree alike.
 std::string FindPlugin();
 
-/// The folder of the example library.
-std::string FindExampleLibrary();
+/// The program that reads models: the one that LUSYM_IMPORT names, else the one beside this program.
+std::string FindImporter();
+
+/// The folder of one of the examples, such as "library".
+std::string FindExample(const std::string& name);
 
 } // namespace lusym

@@ -48,9 +48,9 @@ std::optional<PictureFormat> FormatOfName(const std::string& name)
 void TellPictureProblems(const std::vector<SymbolState>& states, const std::string& name, Progress& progress)
 {
     for (const SymbolState& state : states) {
-        if (!state.pictureProblem.empty()) {
-            progress.Tell(Printable(name) + ":" + Printable(state.id) + ": warning: the picture " +
-                          Quote(state.pictureFile) + " cannot be shown: " + Printable(state.pictureProblem) +
+        if (!state.fileProblem.empty()) {
+            progress.Tell(Printable(name) + ":" + Printable(state.id) + ": warning: the picture " + Quote(state.file) +
+                          " cannot be shown: " + Printable(state.fileProblem) +
                           ". The symbol is drawn as a crossed box.\n");
         }
     }
@@ -136,12 +136,8 @@ ExitCode RunRender(const RenderOptions& options, Progress& progress)
                       " is the document, which the picture would replace. Name another file with -o.\n");
         return ExitCode::Usage;
     }
-    DocumentSource source({}, progress);
-    if (!source.IsUsable()) {
-        return source.GetFault();
-    }
-    const ExitCode opened = source.OpenWhole(options.name);
-    return opened == ExitCode::Done ? Renderer(options, source, progress).Run() : opened;
+    return WorkOnDocument({}, options.name, progress,
+                          [&](DocumentSource& source) { return Renderer(options, source, progress).Run(); });
 }
 
 /// "800x600", "800" or "x600"
@@ -208,7 +204,7 @@ void AddRender(CLI::App& program, Invocation& invocation)
     const CLI::Option* const page =
         verb.add_option("--page", options->drawing.page,
                         "This page, from 1 (default: the view, or page 1 when nothing stands over the view)")
-            ->check(CLI::Range(1, 1000000))
+            ->check(CLI::Range(1, 1000000).description(""))
             ->type_name("N");
     AddDrawingOptions(verb, options);
     verb.footer(

@@ -28,36 +28,43 @@ struct SymbolListOptions {
 std::string TextsOf(const SymbolState& state)
 {
     std::string texts = state.id + "\n" + state.title + "\n" + state.description + "\n" + state.entry + "\n" +
-                        state.entryName + "\n" + state.pictureFile;
+                        state.entryName + "\n" + state.file;
     for (const std::string& tag : state.tags) {
         texts.append("\n").append(tag);
+    }
+    for (const auto* const attachments : {&state.attachments, &state.lostAttachments}) {
+        for (const SymbolAttachment& attachment : *attachments) {
+            texts.append("\n").append(attachment.path).append("\n").append(attachment.partName);
+        }
     }
     return texts;
 }
 
-ExitCode RunSymbolList(const SymbolListOptions& options, Progress& progress)
+std::vector<SymbolState> ChooseStates(const SymbolListOptions& options, DocumentSource& source)
 {
-    DocumentSource source({}, progress);
-    if (!source.IsUsable()) {
-        return source.GetFault();
-    }
-    const ExitCode opened = source.OpenWhole(options.name);
-    if (opened != ExitCode::Done) {
-        return opened;
-    }
     const TextSearch search(options.words);
-    std::vector<SymbolState> states = StatesOf(source.GetDocument());
+    std::vector<SymbolState> states = StatesOf(source.GetDocument(), source.GetLostAttachments());
     std::erase_if(states, [&](const SymbolState& state) {
         return (options.page != 0 && state.page != options.page) || !search.Matches(TextsOf(state));
     });
-    if (!options.asJson) {
-        return PutResult(StatesAsTable(states, true), progress);
-    }
+    return states;
+}
+
+std::string ListAsJson(const SymbolListOptions& options, const std::vector<SymbolState>& states)
+{
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const SymbolState& state : states) {
         list.push_back(StateAsJson(state));
     }
-    return PutResult(JsonText({{"file", options.name}, {"symbols", std::move(list)}}), progress);
+    return JsonText({{"file", options.name}, {"symbols", std::move(list)}});
+}
+
+ExitCode RunSymbolList(const SymbolListOptions& options, Progress& progress)
+{
+    return WorkOnDocument({}, options.name, progress, [&](DocumentSource& source) {
+        const std::vector<SymbolState> states = ChooseStates(options, source);
+        return PutResult(options.asJson ? ListAsJson(options, states) : StatesAsTable(states, true), progress);
+    });
 }
 
 } // namespace
@@ -72,11 +79,12 @@ void AddSymbolList(CLI::App& symbol, Invocation& invocation)
                     "Only symbols in whose texts every one of these words occurs, upper and lower case being one")
         ->type_name("TEXT");
     verb.add_option("--page", options->page, "Only symbols on this page")
-        ->check(CLI::Range(1, 1000000))
+        ->check(CLI::Range(1, 1000000).description(""))
         ->type_name("N");
     verb.footer(
-        "AT is the centre. ENTRY is \"-\" for a symbol that follows no entry. (!) marks a picture that cannot be\n"
-        "shown; \"lusym document check\" tells why.\n\n"
+        "AT is the centre of a picture and the origin of a shape. ENTRY is \"-\" for a symbol that follows no entry.\n"
+        "ATTACHED TO is a part, and how far from it the symbol is. (!) marks a file that cannot be shown, and a part\n"
+        "that is not there; \"lusym document check\" tells more.\n\n"
         "Examples:\n"
         "  lusym symbol list manual.luz --page 1\n"
         "  lusym symbol list manual.luz --find \"hot warning\"\n"

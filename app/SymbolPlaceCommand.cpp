@@ -1,6 +1,7 @@
 #include "DocumentSource.h"
 #include "EntryIndex.h"
 #include "FileText.h"
+#include "Finding.h"
 #include "Invocation.h"
 #include "OutputFile.h"
 #include "Printable.h"
@@ -24,6 +25,7 @@ struct PlaceOptions {
     std::string name;
     std::string output;
     std::string from;
+    bool isQuiet = false;
     PlacementLine single;
 };
 
@@ -62,33 +64,28 @@ ExitCode Judge(const std::vector<PlacementResult>& results)
 }
 
 /// The new ids; where the document itself goes to standard output they must not.
-ExitCode PutIds(const std::vector<PlacementResult>& results, const std::string& output, Progress& progress)
+ExitCode PutIds(const std::vector<PlacementResult>& results, const PlaceOptions& options, Progress& progress)
 {
     std::string ids;
+    std::size_t placed = 0;
     for (const PlacementResult& result : results) {
         ids += result.error.empty() ? Printable(result.id) + "\n" : std::string();
+        placed += result.error.empty() ? 1U : 0U;
     }
-    if (OutputFile::IsStandardOutput(output)) {
+    if (options.isQuiet) {
+        progress.Tell(Printable(options.name) + ": " + CountOf(placed, "symbol", "symbols") + " placed.\n");
+        return ExitCode::Done;
+    }
+    if (OutputFile::IsStandardOutput(options.output)) {
         progress.Tell(ids);
         return ExitCode::Done;
     }
     return PutResult(ids, progress);
 }
 
-ExitCode RunPlace(const PlaceOptions& options, Progress& progress)
+ExitCode PlaceInto(DocumentSource& source, const PlaceOptions& options, const std::vector<PlacementLine>& lines)
 {
-    std::vector<PlacementLine> lines;
-    if (!ReadOrders(options, lines, progress)) {
-        return ExitCode::InputUnreadable;
-    }
-    DocumentSource source(options.document, progress);
-    if (!source.IsUsable()) {
-        return source.GetFault();
-    }
-    const ExitCode opened = source.OpenWhole(options.name);
-    if (opened != ExitCode::Done) {
-        return opened;
-    }
+    Progress& progress = source.GetProgress();
     std::vector<LibraryReading> libraries;
     const ExitCode read = ReadLibraries(source, libraries);
     if (read != ExitCode::Done && source.AreLibrariesChosen()) {
@@ -105,10 +102,19 @@ ExitCode RunPlace(const PlaceOptions& options, Progress& progress)
     if (judgement == ExitCode::Failed || results.empty()) {
         return judgement;
     }
-    const std::string& output = options.output.empty() ? options.name : options.output;
-    const ExitCode saved = source.Save(output);
-    const ExitCode told = saved == ExitCode::Done ? PutIds(results, output, progress) : saved;
+    const ExitCode saved = source.Save(options.output);
+    const ExitCode told = saved == ExitCode::Done ? PutIds(results, options, progress) : saved;
     return told == ExitCode::Done ? judgement : told;
+}
+
+ExitCode RunPlace(const PlaceOptions& options, Progress& progress)
+{
+    std::vector<PlacementLine> lines;
+    if (!ReadOrders(options, lines, progress)) {
+        return ExitCode::InputUnreadable;
+    }
+    return WorkOnDocument(options.document, options.name, progress,
+                          [&](DocumentSource& source) { return PlaceInto(source, options, lines); });
 }
 
 /// The options of one symbol, each of which is a field of an order too.
@@ -120,25 +126,35 @@ public:
         Add(verb, "entry", "ID", "The library entry; \"lusym library list\" lists them");
         Add(verb, "at", "X,Y[,Z]",
             "Centre: on a page in millimetres from its lower left corner; over the view in its units; in pixels "
-            "with --screen-space");
+            "with --screen-space. The origin of a shape (default: the middle of the first part of --attach)");
+        m_attachOption = verb.add_option("--attach", *m_attach,
+                                         "Attach a shape to this part, by path, id or name; may be repeated. It moves "
+                                         "and hides with the part")
+                             ->allow_extra_args(false)
+                             ->type_name("PART");
         Add(verb, "page", "N", "On this page, from 1 (default: over the view)");
         Add(verb, "size", "W,H",
             "Size that is seen; W or ,H alone keep the picture's shape (default: the picture's own, at 96 pixels "
             "an inch on a page and pixel by pixel over the view)");
-        Add(verb, "rotate", "DEGREES", "Turn clockwise, by a multiple of 90");
+        Add(verb, "rotate", "DEGREES",
+            "Turn a picture clockwise, by a multiple of 90; a shape around an axis: z,30 or 0,0,1,30");
+        Add(verb, "scale", "S", "Size of a shape, times that of its entry");
+        Add(verb, "color", "COLOR", "Colour of a shape: #rrggbb, or a name such as red (default: its own)");
         Add(verb, "flip", "h|v|hv", "Flip horizontally, vertically, or both");
         Add(verb, "title", "TEXT", "A title of its own; the symbol then follows no entry");
         Add(verb, "description", "TEXT", "A description of its own; the symbol then follows no entry");
         Add(verb, "frame", "COLOR", "Colour of the frame: #rrggbb, #rrggbbaa, or a name such as red (default: none)");
         Add(verb, "fill", "COLOR", "Colour behind the picture (default: none)");
-        AddFlag(verb, "fixed", "--fixed{true},--billboard{false}",
-                "Stand in space, or keep facing the viewer (default: as the entry says)");
-        AddFlag(verb, "screen-space", "--screen-space{true}", "Stay on the screen, whatever the camera");
+        AddFlag(verb, "fixed", "--fixed", "true", "Over the view: stand in space (default: as the entry says)");
+        AddFlag(verb, "fixed", "--billboard", "false", "Over the view: keep facing the viewer");
+        AddFlag(verb, "screen-space", "--screen-space", "true",
+                "Over the view: stay on the screen, whatever the camera");
     }
 
     bool IsAnyGiven() const
     {
-        return std::ranges::any_of(m_fields, [](const Field& field) { return field.option->count() != 0; });
+        return m_attachOption->count() != 0 ||
+               std::ranges::any_of(m_fields, [](const Field& field) { return field.option->count() != 0; });
     }
 
     PlacementOrder Parse() const
@@ -148,6 +164,11 @@ public:
         for (const Field& field : m_fields) {
             if (field.option->count() != 0 && !SetPlacement(order, field.name, *field.value, error)) {
                 break;
+            }
+        }
+        for (const std::string& part : *m_attach) {
+            if (error.empty()) {
+                SetPlacement(order, "attach", part, error);
             }
         }
         if (!error.empty() || !IsComplete(order, error)) {
@@ -169,13 +190,15 @@ private:
         m_fields.push_back({name, value, verb.add_option("--" + name, *value, help)->type_name(typeName)});
     }
 
-    void AddFlag(CLI::App& verb, const std::string& name, const std::string& flags, const std::string& help)
+    void AddFlag(CLI::App& verb, const std::string& name, const std::string& flag, const std::string& value,
+                 const std::string& help)
     {
-        const auto value = std::make_shared<std::string>();
-        m_fields.push_back({name, value, verb.add_flag(flags, *value, help)});
+        m_fields.push_back({name, std::make_shared<std::string>(value), verb.add_flag(flag, help)});
     }
 
     std::vector<Field> m_fields;
+    std::shared_ptr<std::vector<std::string>> m_attach = std::make_shared<std::vector<std::string>>();
+    CLI::Option* m_attachOption = nullptr;
 };
 
 } // namespace
@@ -189,6 +212,7 @@ void AddSymbolPlace(CLI::App& symbol, Invocation& invocation)
     const CLI::Option* const from =
         verb.add_option("--from", options->from, "Several symbols, one on each line of a file; - for standard input")
             ->type_name("FILE");
+    verb.add_flag("-q,--quiet", options->isQuiet, "Tell how many were placed instead of their ids");
     AddDocumentLibraryOptions(verb, options->document);
     AddDocumentOutputOption(verb, options->output);
     verb.footer(

@@ -21,31 +21,32 @@ struct RemoveOptions {
     std::string output;
 };
 
-ExitCode RunRemove(const RemoveOptions& options, Progress& progress)
+/// @return how many there were to remove
+std::size_t RemoveAll(const RemoveOptions& options, DocumentSource& source)
 {
-    DocumentSource source({}, progress);
-    if (!source.IsUsable()) {
-        return source.GetFault();
-    }
-    const ExitCode opened = source.OpenWhole(options.name);
-    if (opened != ExitCode::Done) {
-        return opened;
-    }
     std::size_t removed = 0;
     for (const std::string& id : options.ids) {
         const du::SmartPtr<luk::Annotation> annotation = source.GetDocument().FindAnnotation(id);
         if (annotation && source.GetDocument().RemoveAnnotation(annotation)) {
             ++removed;
         } else {
-            progress.Tell(Printable(options.name) + ": error: there is no symbol " + Quote(id) +
-                          ". List those that there are with \"lusym symbol list\".\n");
+            source.GetProgress().Tell(Printable(options.name) + ": error: there is no symbol " + Quote(id) +
+                                      ". List those that there are with \"lusym symbol list\".\n");
         }
     }
-    if (removed == 0) {
-        return ExitCode::Failed;
-    }
-    const ExitCode saved = source.Save(options.output.empty() ? options.name : options.output);
-    return saved == ExitCode::Done && removed < options.ids.size() ? ExitCode::PartOfBatchFailed : saved;
+    return removed;
+}
+
+ExitCode RunRemove(const RemoveOptions& options, Progress& progress)
+{
+    return WorkOnDocument({}, options.name, progress, [&](DocumentSource& source) {
+        const std::size_t removed = RemoveAll(options, source);
+        if (removed == 0) {
+            return ExitCode::Failed;
+        }
+        const ExitCode saved = source.Save(options.output);
+        return saved == ExitCode::Done && removed < options.ids.size() ? ExitCode::PartOfBatchFailed : saved;
+    });
 }
 
 } // namespace

@@ -1,13 +1,20 @@
 #include "SymbolState.h"
 
 #include "annotations2d/Symbol2D.h"
+#include "annotations3d/SymbolAnnotation.h"
 #include "Printable.h"
 #include "TextTable.h"
 #include "TextValues.h"
 
+#include <du/FileSystem.h>
+#include <lug/Appearance.h>
 #include <luhost/Document.h>
+#include <luk/Shape.h>
+#include <luk/ShapeInstance.h>
 
 #include <nlohmann/json.hpp>
+
+#include <algorithm>
 
 namespace lusym
 {
@@ -16,6 +23,7 @@ namespace
 {
 
 using luannotations::Symbol2D;
+using luannotations::SymbolAnnotation;
 using luk::illustration::SequencerTag;
 using nlohmann::ordered_json;
 
@@ -44,9 +52,18 @@ std::string ProblemOf(const Symbol2D& symbol)
         return "it names none";
     }
     if (!image || image->GetURL().GetText().empty()) {
-        return std::string(kPictureNotHeld);
+        return std::string(kFileNotHeld);
     }
     return image->GetProblem().empty() ? "it cannot be read" : image->GetProblem();
+}
+
+void TakeTags(SymbolState& state, const std::vector<du::SmartPtr<SequencerTag>>& tags)
+{
+    for (const auto& tag : tags) {
+        if (tag) {
+            state.tags.push_back(TagText(*tag));
+        }
+    }
 }
 
 void FillFrom(SymbolState& state, const Symbol2D& symbol)
@@ -57,8 +74,8 @@ void FillFrom(SymbolState& state, const Symbol2D& symbol)
     state.showsDescription = symbol.ShowTooltipDescription();
     state.entry = symbol.GetTemplateHolder().HasRelation() ? symbol.GetTemplateHolder().GetRelatedId() : std::string();
     state.entryName = symbol.GetImageName().GetText();
-    state.pictureFile = symbol.GetImageFileName().GetText();
-    state.pictureProblem = ProblemOf(symbol);
+    state.file = symbol.GetImageFileName().GetText();
+    state.fileProblem = ProblemOf(symbol);
     state.center = symbol.GetMarkupLocation(0).GetPosition();
     const dg::FVec3 halfSize = symbol.GetMarkupSize(0);
     state.width = 2.0 * static_cast<double>(halfSize.x);
@@ -74,11 +91,53 @@ void FillFrom(SymbolState& state, const Symbol2D& symbol)
     state.fill = symbol.GetFillColor();
     Symbol2D::SequencerTags tags;
     symbol.GetSequencerTags(tags);
-    for (const auto& tag : tags) {
-        if (tag) {
-            state.tags.push_back(TagText(*tag));
+    TakeTags(state, tags);
+}
+
+bool IsFileThere(const std::string& pathOrUrl)
+{
+    constexpr std::string_view kScheme = "file:///";
+    return du::FileSystem::FileExists(pathOrUrl.starts_with(kScheme) ? pathOrUrl.substr(kScheme.size()) : pathOrUrl);
+}
+
+std::string ProblemOf(SymbolAnnotation& symbol)
+{
+    const du::SmartPtr<luk::ShapeInstance> instance = symbol.GetShapeInstance();
+    const du::SmartPtr<luk::Shape> shape = instance ? instance->GetShape() : nullptr;
+    if (shape && shape->IsLoaded()) {
+        return {};
+    }
+    if (symbol.GetFileName().IsEmpty()) {
+        return "it names none";
+    }
+    if (!shape || !IsFileThere(shape->GetPath())) {
+        return std::string(kFileNotHeld);
+    }
+    return shape->GetProblem().empty() ? "it cannot be read" : shape->GetProblem();
+}
+
+void FillFrom(SymbolState& state, const luhost::Document& document, SymbolAnnotation& symbol)
+{
+    state.title = symbol.GetTitle();
+    state.description = symbol.GetDescription();
+    state.showsTitle = symbol.ShowTooltipTitle();
+    state.showsDescription = symbol.ShowTooltipDescription();
+    state.entry = symbol.GetTemplateHolder().HasRelation() ? symbol.GetTemplateHolder().GetRelatedId() : std::string();
+    state.entryName = symbol.GetName().GetText();
+    state.file = symbol.GetFileName().GetText();
+    state.fileProblem = ProblemOf(symbol);
+    state.isVisible = symbol.IsVisible();
+    if (const du::SmartPtr<luk::ShapeInstance> instance = symbol.GetShapeInstance()) {
+        instance->GetLocation().Get(state.center, state.orientation, state.scale);
+        const auto& appearance = instance->GetAppearanceOverride();
+        if (appearance && appearance->GetMaterial()) {
+            state.color = appearance->GetMaterial()->GetDiffuse();
         }
     }
+    SymbolAnnotation::SequencerTags tags;
+    symbol.GetSequencerTags(tags);
+    TakeTags(state, tags);
+    state.attachments = AttachmentsOf(document, symbol);
 }
 
 std::string YesOrNo(bool value) { return value ? "yes" : "no"; }
@@ -94,7 +153,71 @@ std::string JoinedTags(const SymbolState& state)
     return text;
 }
 
+ordered_json PictureAsJson(const SymbolState& state)
+{
+    ordered_json json = {{"size", {state.width, state.height}},
+                         {"rotate", state.rotate},
+                         {"flipHorizontally", state.flipHorizontally},
+                         {"flipVertically", state.flipVertically},
+                         {"fixed", state.isFixed},
+                         {"screenSpace", state.isScreenSpace},
+                         {"frame", ColorText(state.frame)},
+                         {"fill", ColorText(state.fill)},
+                         {"picture", state.file}};
+    if (!state.fileProblem.empty()) {
+        json["pictureProblem"] = state.fileProblem;
+    }
+    return json;
+}
+
+ordered_json AttachmentsAsJson(const std::vector<SymbolAttachment>& attachments)
+{
+    ordered_json list = ordered_json::array();
+    for (const SymbolAttachment& attachment : attachments) {
+        const auto& [path, assembly, partName, partPath, last, offset] = attachment;
+        list.push_back({{"path", path},
+                        {"part", partPath.empty() ? ordered_json() : ordered_json(partPath)},
+                        {"name", partName},
+                        {"assembly", assembly.empty() ? ordered_json() : ordered_json(assembly)},
+                        {"offset", {offset.x, offset.y, offset.z}},
+                        {"lastPosition", {last.x, last.y, last.z}}});
+    }
+    return list;
+}
+
+ordered_json ShapeAsJson(const SymbolState& state)
+{
+    const auto& [w, x, y, z] = state.orientation;
+    ordered_json json = {{"scale", state.scale},
+                         {"orientation", {w, x, y, z}},
+                         {"color", state.color ? ordered_json(ColorText(*state.color)) : ordered_json()},
+                         {"visible", state.isVisible},
+                         {"attachments", AttachmentsAsJson(state.attachments)},
+                         {"lostAttachments", AttachmentsAsJson(state.lostAttachments)},
+                         {"shape", state.file}};
+    if (!state.fileProblem.empty()) {
+        json["shapeProblem"] = state.fileProblem;
+    }
+    return json;
+}
+
+/// "/cover by 0,0,12"
+std::string AttachmentsText(const SymbolState& state)
+{
+    std::string text;
+    for (const SymbolAttachment& attachment : state.attachments) {
+        text.append(text.empty() ? "" : "; ").append(Printable(attachment.path));
+        text.append(" by ").append(PointText(dg::DPoint3D::ORIGIN + attachment.offset, true));
+    }
+    for (const SymbolAttachment& attachment : state.lostAttachments) {
+        text.append(text.empty() ? "" : "; ").append(Printable(attachment.path)).append(" (!)");
+    }
+    return text;
+}
+
 } // namespace
+
+SymbolAnnotation* AsShape(luk::Annotation& annotation) { return dynamic_cast<SymbolAnnotation*>(&annotation); }
 
 Symbol2D* AsPicture(luk::Annotation& annotation) { return dynamic_cast<Symbol2D*>(&annotation); }
 
@@ -107,15 +230,21 @@ SymbolState StateOf(const luhost::Document& document, luk::Annotation& annotatio
     if (const Symbol2D* const symbol = AsPicture(annotation)) {
         state.isPicture = true;
         FillFrom(state, *symbol);
+    } else if (SymbolAnnotation* const shape = AsShape(annotation)) {
+        state.isShape = true;
+        FillFrom(state, document, *shape);
     }
     return state;
 }
 
-std::vector<SymbolState> StatesOf(const luhost::Document& document)
+std::vector<SymbolState> StatesOf(const luhost::Document& document, const LostAttachments& lost)
 {
     std::vector<SymbolState> states;
     for (const du::SmartPtr<luk::Annotation>& annotation : document.GetAnnotations()) {
-        states.push_back(StateOf(document, *annotation));
+        SymbolState& state = states.emplace_back(StateOf(document, *annotation));
+        if (const auto found = lost.find(state.id); found != lost.end()) {
+            state.lostAttachments = found->second;
+        }
     }
     return states;
 }
@@ -134,7 +263,7 @@ std::vector<StateChange> CompareStates(const SymbolState& before, const SymbolSt
     compare("description", before.description, after.description);
     compare("description in the tooltip", YesOrNo(before.showsDescription), YesOrNo(after.showsDescription));
     compare("tags", JoinedTags(before), JoinedTags(after));
-    compare("picture", before.pictureFile, after.pictureFile);
+    compare(before.isShape ? "shape" : "picture", before.file, after.file);
     compare("size", SizeText(before), SizeText(after));
     return changes;
 }
@@ -156,7 +285,7 @@ ordered_json StateAsJson(const SymbolState& state)
 {
     ordered_json json = {{"id", state.id}, {"kind", state.kind}};
     json["page"] = state.page == 0 ? ordered_json() : ordered_json(state.page);
-    if (!state.isPicture) {
+    if (!state.isPicture && !state.isShape) {
         return json;
     }
     json["entry"] = state.entry.empty() ? ordered_json() : ordered_json(state.entry);
@@ -166,39 +295,42 @@ ordered_json StateAsJson(const SymbolState& state)
     json["description"] = state.description;
     json["showDescription"] = state.showsDescription;
     json["at"] = {state.center.x, state.center.y, state.center.z};
-    json["size"] = {state.width, state.height};
-    json["rotate"] = state.rotate;
-    json["flipHorizontally"] = state.flipHorizontally;
-    json["flipVertically"] = state.flipVertically;
-    json["fixed"] = state.isFixed;
-    json["screenSpace"] = state.isScreenSpace;
-    json["frame"] = ColorText(state.frame);
-    json["fill"] = ColorText(state.fill);
-    json["picture"] = state.pictureFile;
-    if (!state.pictureProblem.empty()) {
-        json["pictureProblem"] = state.pictureProblem;
-    }
+    json.update(state.isShape ? ShapeAsJson(state) : PictureAsJson(state));
     json["tags"] = state.tags;
     return json;
 }
 
 std::string StatesAsTable(const std::vector<SymbolState>& states, bool withPage)
 {
-    std::vector<std::vector<std::string>> rows = {{"ID", "PAGE", "AT", "SIZE", "ENTRY", "PICTURE", "TITLE"}};
+    std::vector<std::vector<std::string>> rows = {{"ID", "PAGE", "AT", "SIZE", "ENTRY", "FILE", "TITLE"}};
+    const bool withParts = std::ranges::any_of(
+        states, [](const SymbolState& state) { return !state.attachments.empty() || !state.lostAttachments.empty(); });
+    if (withParts) {
+        rows[0].emplace_back("ATTACHED TO");
+    }
     for (const SymbolState& state : states) {
         const std::string entry = state.entry.empty() ? "-" : Printable(state.entry);
-        rows.push_back({Printable(state.id), state.page == 0 ? "view" : std::to_string(state.page), "-", "-", entry,
-                        Printable(state.pictureFile) + (state.pictureProblem.empty() ? "" : " (!)"),
-                        Printable(state.title)});
-        if (state.isPicture) {
-            rows.back()[2] = PointText(state.center, state.page == 0);
-            rows.back()[3] = SizeText(state);
+        std::vector<std::string>& row = rows.emplace_back();
+        row = {Printable(state.id),
+               state.page == 0 ? "view" : std::to_string(state.page),
+               "-",
+               "-",
+               entry,
+               Printable(state.file) + (state.fileProblem.empty() ? "" : " (!)"),
+               Printable(state.title)};
+        if (state.isPicture || state.isShape) {
+            row[2] = PointText(state.center, state.page == 0);
+            row[3] = state.isShape ? "x " + NumberText(state.scale) : SizeText(state);
         }
-    }
-    for (std::vector<std::string>& row : rows) {
+        if (withParts) {
+            row.push_back(AttachmentsText(state) + (state.isVisible ? "" : " (hidden)"));
+        }
         if (!withPage) {
             row.erase(row.begin() + 1);
         }
+    }
+    if (!withPage) {
+        rows[0].erase(rows[0].begin() + 1);
     }
     return TableText(rows);
 }

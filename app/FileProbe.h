@@ -21,4 +21,7 @@ struct PictureFacts {
 std::unordered_map<std::string, PictureFacts> ProbePictures(const std::vector<std::string>& paths,
                                                             DocumentSource& source);
 
+/// The same for files of shapes. @return for each why it could not be read; empty when it could
+std::unordered_map<std::string, std::string> ProbeShapes(const std::vector<std::string>& paths, DocumentSource& source);
+
 } // namespace lusym

@@ -1,0 +1,159 @@
+#include "SymbolAttachment.h"
+
+#include "annotations3d/SymbolAnnotation.h"
+#include "PartState.h"
+#include "Printable.h"
+
+#include <luannotations/ConstStrings.h>
+#include <luhost/Document.h>
+#include <luk/illustration/Illustration3dScene.h>
+#include <luk/illustration/SbomInstance.h>
+#include <luk/illustration/SbomTree.h>
+#include <luk/Instance.h>
+#include <luk/SerializedContentElement.h>
+#include <luk/ShapeScene.h>
+
+#include <utility>
+
+namespace lusym
+{
+
+namespace
+{
+
+using luannotations::ConnectedPartInfo;
+using luannotations::SymbolAnnotation;
+
+/// The words of an attachment in saved content.
+struct SavedWords {
+    du::Symbol part{"attachedToPart"};
+    du::Symbol id{"attachedToPartId"};
+    du::Symbol assembly{"attachedToAssemblyPartId"};
+    du::Symbol lastPosition{"attachedToPartLastPos"};
+    du::Symbol offset{"attachedToPartOffset"};
+    du::Symbol isAnnotationSymbol{"isAnnotationSymbol"};
+};
+
+/// A property of that name and type; `value` stays as it is when there is none.
+template <class Value>
+void Take(const luk::SerializedContentElement& element, const du::Symbol& name, Value& value)
+{
+    for (const luk::SerializedContentElement::Property& property : element.GetProperties()) {
+        const Value* const held = std::get_if<Value>(&property.value);
+        if (held && property.key == name) {
+            value = *held;
+        }
+    }
+}
+
+std::vector<SymbolAttachment> SavedAttachmentsOf(const luk::SerializedContentElement& content, const SavedWords& words)
+{
+    std::vector<SymbolAttachment> attachments;
+    bool counts = false;
+    Take(content, words.isAnnotationSymbol, counts);
+    for (std::size_t index = 0; counts && index < content.GetChildCount(); ++index) {
+        const luk::SerializedContentElement& child = content.GetChild(index);
+        if (child.GetName() != words.part) {
+            continue;
+        }
+        SymbolAttachment& attachment = attachments.emplace_back();
+        du::Symbol path;
+        du::Symbol assembly;
+        Take(child, words.id, path);
+        Take(child, words.assembly, assembly);
+        Take(child, words.lastPosition, attachment.lastPosition);
+        Take(child, words.offset, attachment.offset);
+        attachment.path = path.GetText();
+        attachment.assembly = assembly.GetText();
+    }
+    return attachments;
+}
+
+void KeepLost(const luhost::Document& document, const std::string& id, std::vector<SymbolAttachment> attachments,
+              LostAttachments& lost)
+{
+    std::erase_if(attachments, [&](const SymbolAttachment& attachment) {
+        // A symbol that others are attached to has no node yet while the document is being opened.
+        return FindAttachedPart(document, attachment.path) ||
+               attachment.path.starts_with("/" + luk::Instance::s_content_symbolPrefix.GetText());
+    });
+    if (!attachments.empty()) {
+        lost.emplace(id, std::move(attachments));
+    }
+}
+
+} // namespace
+
+PartLookup::Part FindAttachedPart(const luhost::Document& document, const std::string& path)
+{
+    const luk::ShapeScene& scene = *document.GetShapeScene();
+    const du::Symbol idPath(path);
+    const auto* const withService = dynamic_cast<const luk::illustration::Illustration3dScene*>(&scene);
+    const auto node = withService ? withService->GetSbomTree()->FindInstance(idPath) : nullptr;
+    return scene.GetShapeInstance(node ? node->GetEbomInstance() : scene.GetTree()->FindInstance(idPath));
+}
+
+std::vector<SymbolAttachment> AttachmentsOf(const luhost::Document& document, SymbolAnnotation& symbol)
+{
+    std::vector<ConnectedPartInfo> parts;
+    symbol.GetConnectedPartInfo(parts);
+    std::vector<SymbolAttachment> attachments;
+    for (const ConnectedPartInfo& info : parts) {
+        const PartLookup::Part part = FindAttachedPart(document, info.partId.GetText());
+        attachments.push_back(
+            {info.partId.GetText(), info.assemblyPartId.GetText(), part ? NameOf(*part) : std::string(),
+             part ? part->GetInstance()->GetIdPath().GetText() : std::string(), info.lastPos, info.offset});
+    }
+    return attachments;
+}
+
+LostAttachments FindLostAttachments(const luhost::Document& document)
+{
+    LostAttachments lost;
+    const SavedWords words;
+    document.ForEachUnmade([&](const du::Symbol& idPath, const luk::SerializedContentElement& content) {
+        if (content.GetName() == luannotations::ConstStrings::luSymbol3D) {
+            KeepLost(document, idPath.GetText(), SavedAttachmentsOf(content, words), lost);
+        }
+    });
+    return lost;
+}
+
+LostAttachments FindLostAttachmentsOfLiving(const luhost::Document& document)
+{
+    LostAttachments lost;
+    for (const du::SmartPtr<luk::Annotation>& annotation : document.GetAnnotations()) {
+        if (auto* const symbol = dynamic_cast<SymbolAnnotation*>(annotation.get())) {
+            KeepLost(document, annotation->GetIDPath().GetText(), AttachmentsOf(document, *symbol), lost);
+        }
+    }
+    return lost;
+}
+
+std::string AttachSymbol(const luhost::Document& document, SymbolAnnotation& symbol, const PartLookup::Part& part)
+{
+    const std::string path = AttachmentPathOf(*part);
+    if (FindAttachedPart(document, path) != part) {
+        return "the part " + Quote(path) + " cannot be told from the node of the service tree that has the same path";
+    }
+    if (!symbol.isConnectedPart(part)) {
+        // Only such a symbol keeps its parts when it is saved and read again.
+        symbol.SetAnnotationSymbol(true);
+        symbol.AddSelectedPart(part, document.GetShapeScene(), part->GetInstance(), dg::DPoint3D::BAD);
+    }
+    return symbol.isConnectedPart(part) ? std::string() : "the part " + Quote(path) + " takes no symbol";
+}
+
+void Settle(const luhost::Document& document, SymbolAnnotation& symbol)
+{
+    std::vector<ConnectedPartInfo> parts;
+    symbol.GetConnectedPartInfo(parts);
+    for (const ConnectedPartInfo& info : parts) {
+        if (const PartLookup::Part part = FindAttachedPart(document, info.partId.GetText())) {
+            symbol.UpdateSymbolLocationByOffset(part, dg::Location());
+        }
+    }
+    symbol.GetConnectedPartInfo(parts);
+}
+
+} // namespace lusym
