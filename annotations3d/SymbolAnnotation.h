@@ -207,7 +207,7 @@ private:
                        double& scale) const;
     void HideWithParts();
     bool HasHiddenPart() const;
-    void ApplyAppearance();
+    void ApplyAppearance(luk::ShapeInstance& shapeInstance) const;
     void LoadSymbolShape();
     void FollowPresentParts();
     void PlaceWithoutParts();

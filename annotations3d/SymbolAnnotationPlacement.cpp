@@ -187,7 +187,12 @@ bool SymbolAnnotation::CreateSymbol(const du::SmartPtr<luk::ShapeScene>& shapeSc
         CalculateSymbolLocation(m_initLocation, m_partCsys, m_selectedCsys);
     }
     PlaceNode(*instance);
-    m_shapeInstance = shapeScene->GetShapeInstance(instance);
+    const du::SmartPtr<luk::ShapeInstance> shapeInstance = shapeScene->GetShapeInstance(instance);
+    if (shapeInstance && !m_nodeIsForeign) {
+        // Not yet as the symbol's own, whose change of appearance brings the annotation in line with what is seen of it.
+        ApplyAppearance(*shapeInstance);
+    }
+    m_shapeInstance = shapeInstance;
     RefreshInterest();
     if (!m_shapeInstance) {
         return false;
@@ -195,8 +200,6 @@ bool SymbolAnnotation::CreateSymbol(const du::SmartPtr<luk::ShapeScene>& shapeSc
     if (!m_nodeIsForeign) {
         m_shapeInstance->SetUserData(GetUserDataId(), m_interest);
         PlaceShapeInstance();
-        ApplyAppearance();
-        // Last: a change of the appearance brings the annotation in line with what is seen of the shape.
         HideWithParts();
     }
     LoadSymbolShape();
@@ -316,15 +319,15 @@ void SymbolAnnotation::HideWithParts()
     }
 }
 
-void SymbolAnnotation::ApplyAppearance()
+void SymbolAnnotation::ApplyAppearance(luk::ShapeInstance& shapeInstance) const
 {
     if (!m_hasAppearanceOverride) {
-        m_shapeInstance->RestoreAppearanceOverride(true, false);
+        shapeInstance.RestoreAppearanceOverride(true, false);
         return;
     }
     const lug::Material* const material = m_overrideAppearance ? m_overrideAppearance->GetMaterial() : nullptr;
     if (material && m_hasColorOverride) {
-        m_shapeInstance->SetColor(material->GetDiffuse());
+        shapeInstance.SetColor(material->GetDiffuse());
     }
 }
 

@@ -57,12 +57,12 @@ TEST_P(SymbolAttachment, FollowsTheTranslationOfAPartAndNothingElse)
         EXPECT_EQ(Where(symbol), dg::DPoint3D(22.0, 6.0, 0.0));
         EXPECT_EQ(PartsOf(symbol)[0].lastPos, dg::DPoint3D(20.0, 5.0, 0.0));
         symbol->ApplyDeltaByConnectedPart(PartAt(part));
+        Move(part, {kQuarterTurn, {20.0, 5.0, 0.0}});
+        Move(std::string(part) == "/b" ? "/a/y" : "/b", At(70));
         const auto elsewhere = du::MakeCounted<luk::ShapeScene>(m_tree);
         elsewhere->GetShapeInstance(Find(part))->SetLocation(At(500), true);
         symbol->ApplyDeltaByConnectedPart(elsewhere->GetShapeInstance(Find(part)));
-        Move(part, {kQuarterTurn, {20.0, 5.0, 0.0}});
-        Move(std::string(part) == "/b" ? "/a/y" : "/b", At(70));
-        EXPECT_EQ(Where(symbol), dg::DPoint3D(22.0, 6.0, 0.0)) << "a turn in place, and another part";
+        EXPECT_EQ(Where(symbol), dg::DPoint3D(22.0, 6.0, 0.0)) << "a turn in place, another part, another scene";
 
         // A part that is nowhere, or flat, says nothing.
         Move(part, {dg::FMat33::IDENTITY, dg::DPoint3D::BAD});
@@ -163,7 +163,10 @@ TEST_P(SymbolAttachment, HidesAndFadesWithItsParts)
         {"part faded in", fade(PartAt("/b"), 1.0F), true, true, 1.0F},
         {"own shape hidden", show(own, false), false, false, 1.0F},
         {"own shape shown", show(own, true), true, true, 1.0F},
-        {"part unloaded", [&] { m_scene->UnloadShapeInstance(Find("/b")); }, true, true, 1.0F},
+        {"part hidden again", show(PartAt("/b"), false), false, true, 1.0F},
+        {"part unloaded", [&] { m_scene->UnloadShapeInstance(Find("/b")); }, false, true, 1.0F},
+        {"shown without it", [&] { symbol->Show(true, nullptr); }, true, true, 1.0F},
+        {"part back, as hidden as before", [&] { m_scene->LoadShapeInstance(Find("/b")); }, false, true, 1.0F},
     };
     for (const auto& [what, deed, shapeIsShown, annotationIsShown, fraction] : steps) {
         deed();

@@ -250,8 +250,8 @@ TEST_P(SymbolLife, WhateverHappensToAPartBeforeOrAfterItHasLoaded)
         {"unloaded and back",
          [&] {
              m_scene->UnloadShapeInstance(Find("/b"));
+             m_root->FindChild(Text("b"))->SetLocation(At(20));
              m_scene->LoadShapeInstance(Find("/b"));
-             Move("/b", At(20));
          },
          22.0, true},
         {"replaced by a new one elsewhere",
