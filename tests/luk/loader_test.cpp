@@ -248,6 +248,26 @@ TEST_F(LoaderTest, SeesThatAFileHasChanged)
     EXPECT_EQ(TextOf(*after), "Pnew") << "asked for while the old file was being decoded";
 }
 
+TEST_F(LoaderTest, AnImageShowsWhatItAskedForLast)
+{
+    m_decoder->SetOpen(false);
+    std::string order;
+    const auto image = Load(m_folder.Write("slow.png", "Pslow"), [&](int status) { order += std::to_string(status); });
+    m_decoder->WaitUntilBegun(1);
+    image->SetURL(du::Symbol(m_folder.Path("missing")));
+    const auto note = [&](int status) { order += std::to_string(status); };
+    Loader::GetLoader()->LoadImage(image, du::MakeCounted<LoadEvent>(note), {});
+    while (luk::Kernel::GetKernel()->ProcessEvents() == 0) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(order, "") << "the second one has been read and waits for the first";
+    EXPECT_EQ(Loader::GetLoader()->GetPendingCount(), 2u);
+    m_decoder->SetOpen(true);
+    EXPECT_TRUE(Wait());
+    EXPECT_EQ(order, "01");
+    EXPECT_EQ(image->GetImageData(), nullptr);
+}
+
 TEST_F(LoaderTest, LetsPicturesGoThatNobodyAskedForLately)
 {
     m_config.loader.maximumCachedBytes = 5000;

@@ -70,6 +70,12 @@ struct Request {
     }
 };
 
+/// One who waits for a file to be read.
+struct Waiting {
+    Request request;
+    std::shared_ptr<const Job> result; ///< null until it has been read
+};
+
 /// The file of a shape. A name without a folder is one of the files that belong to the document.
 std::string PathOfShape(const luk::Shape& shape, const luk::Anchor* anchor)
 {
@@ -120,7 +126,9 @@ private:
     bool IsCutOff() const noexcept { return m_stopped || m_kernelClosed; }
     std::shared_ptr<Job> JoinOrEnqueue(Job wanted);
     bool HaveWorker();
-    void Deliver(const Job& job);
+    void Deliver(const std::shared_ptr<const Job>& job);
+    void DeliverInTurn(const std::shared_ptr<Waiting>& waiting);
+    void DeliverOne(Waiting& waiting);
     bool DeliverSome();
     void DropRequests();
 
@@ -142,7 +150,9 @@ private:
     // Of the host thread; the kernel is set before the first worker starts and stays until the last has ended.
     const std::thread::id m_hostThread = std::this_thread::get_id();
     du::SmartPtr<luk::Kernel> m_kernel;
-    std::unordered_map<const Job*, std::vector<Request>> m_requests;
+    std::unordered_map<const Job*, std::vector<std::shared_ptr<Waiting>>> m_requests;
+    /// In the order in which they were asked for, which decides what an image shows in the end.
+    std::unordered_map<const luk::Image*, std::deque<std::shared_ptr<Waiting>>> m_requestsOfImage;
     std::size_t m_pending = 0;
     std::size_t m_deliveries = 0;
     bool m_isDelivering = false;
@@ -179,7 +189,7 @@ public:
     Parcel(const Parcel&) = delete;
     Parcel& operator=(const Parcel&) = delete;
 
-    void Deliver() { m_work->Deliver(*std::exchange(m_job, nullptr)); }
+    void Deliver() { m_work->Deliver(std::exchange(m_job, nullptr)); }
 
 private:
     std::shared_ptr<Work> m_work;
@@ -219,7 +229,11 @@ void Loader::Work::Load(Request request, Job wanted)
         m_kernel = kernel;
     }
     const std::shared_ptr<Job> job = JoinOrEnqueue(std::move(wanted));
-    m_requests[job.get()].push_back(std::move(request));
+    const auto waiting = std::make_shared<Waiting>(Waiting{std::move(request), nullptr});
+    m_requests[job.get()].push_back(waiting);
+    if (waiting->request.image) {
+        m_requestsOfImage[waiting->request.image.get()].push_back(waiting);
+    }
     ++m_pending;
 }
 
@@ -265,24 +279,52 @@ bool Loader::Work::HaveWorker()
     return !m_workers.empty();
 }
 
-void Loader::Work::Deliver(const Job& job)
+void Loader::Work::Deliver(const std::shared_ptr<const Job>& job)
 {
-    const auto found = m_requests.find(&job);
+    const auto found = m_requests.find(job.get());
     if (found == m_requests.end()) {
         return;
     }
-    std::vector<Request> requests = std::move(found->second);
+    const std::vector<std::shared_ptr<Waiting>> requests = std::move(found->second);
     m_requests.erase(found);
     m_isDelivering = true;
-    for (Request& request : requests) {
+    for (const std::shared_ptr<Waiting>& waiting : requests) {
         if (IsCutOff()) {
             break;
         }
-        --m_pending;
-        ++m_deliveries;
-        std::exchange(request, {}).Deliver(job);
+        waiting->result = job;
+        DeliverInTurn(waiting);
     }
     m_isDelivering = false;
+}
+
+/// What an image asked for later waits for what it asked for before.
+void Loader::Work::DeliverInTurn(const std::shared_ptr<Waiting>& waiting)
+{
+    const du::SmartPtr<luk::Image> image = waiting->request.image;
+    if (!image) {
+        DeliverOne(*waiting);
+        return;
+    }
+    while (!IsCutOff()) {
+        const auto queue = m_requestsOfImage.find(image.get());
+        if (queue == m_requestsOfImage.end() || !queue->second.front()->result) {
+            return;
+        }
+        const std::shared_ptr<Waiting> first = std::move(queue->second.front());
+        queue->second.pop_front();
+        if (queue->second.empty()) {
+            m_requestsOfImage.erase(queue);
+        }
+        DeliverOne(*first);
+    }
+}
+
+void Loader::Work::DeliverOne(Waiting& waiting)
+{
+    --m_pending;
+    ++m_deliveries;
+    std::exchange(waiting.request, {}).Deliver(*waiting.result);
 }
 
 bool Loader::Work::Wait(const std::function<bool(std::size_t)>& onProgress)
@@ -345,7 +387,8 @@ void Loader::Work::Stop()
 void Loader::Work::DropRequests()
 {
     m_pending = 0;
-    std::exchange(m_requests, {}).clear();
+    const auto requests = std::exchange(m_requests, {});
+    const auto requestsOfImages = std::exchange(m_requestsOfImage, {});
 }
 
 void Loader::Work::RunWorker()

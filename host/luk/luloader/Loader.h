@@ -57,6 +57,7 @@ public:
     /// [host thread] For the session, and for tests that stand in for one.
     static void SetLoader(const du::SmartPtr<Loader>& loader);
 
+    /// Loads of one image are delivered in the order in which they were asked for, so that the last one stays.
     /// @param image its URL says what to load: "file:///" and a path of this system, or a plain path
     /// @param event completed when the load is done; null when nobody waits
     /// @param type word for the kind of picture, empty for any; what the file holds decides
