@@ -180,7 +180,7 @@ bool SymbolAnnotation::CreateSymbol(const du::SmartPtr<luk::ShapeScene>& shapeSc
         return false;
     }
     du::SmartPtr<luk::Instance> instance;
-    if (!InsertSymbolToTree(instance)) {
+    if (!InsertSymbolToTree(instance) || !instance) {
         return false;
     }
     if (!m_legacy) {

@@ -79,7 +79,7 @@ std::string_view SkipProlog(std::string_view text)
         } else if (text.starts_with("<!DOCTYPE")) {
             const std::size_t end = text.find_first_of("[>");
             const bool hasSubset = end != kNowhere && text[end] == '[';
-            text = From(text, hasSubset ? text.find("]", end) : end);
+            text = From(text, hasSubset ? text.find(']', end) : end);
             text = From(From(text, text.find('>')), 1);
         } else {
             return text;
