@@ -179,6 +179,10 @@ TEST_P(SymbolAttachment, HidesAndFadesWithItsParts)
     symbol->DetachScene();
     symbol->AttachScene(m_scene);
     EXPECT_FALSE(symbol->GetShapeInstance()->IsVisible()) << "comes up as hidden as its part";
+    SymbolInfo coloured = Record({}, PartsOf(symbol));
+    coloured.hasAppearanceOverride = true;
+    const Symbol other = Attached(coloured);
+    EXPECT_TRUE(!other->GetShapeInstance()->IsVisible() && other->luk::Annotation::IsVisible()) << "by its part alone";
 }
 
 TEST_P(SymbolAttachment, RingsEndAndMoveNothingTwice)
