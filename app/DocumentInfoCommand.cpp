@@ -58,7 +58,7 @@ ordered_json PictureAsJson(const PictureFacts& picture)
 /// What lies in the document: `{pictures, shapes}`. A shape is what a symbol shows as one.
 std::pair<ordered_json, ordered_json> FilesAsJson(DocumentSource& source, const std::vector<SymbolState>& symbols)
 {
-    const std::string folder = source.GetPictureFolder();
+    const auto pathOf = [folder = source.GetPictureFolder() + "/"](const std::string& name) { return folder + name; };
     std::set<std::string> shapeNames;
     for (const SymbolState& state : symbols) {
         if (state.isShape) {
@@ -67,18 +67,18 @@ std::pair<ordered_json, ordered_json> FilesAsJson(DocumentSource& source, const 
     }
     std::vector<std::string> pictures;
     std::vector<std::string> shapes;
-    const std::map<std::string, std::uintmax_t> files = EmbeddedFiles(folder);
+    const std::map<std::string, std::uintmax_t> files = EmbeddedFiles(source.GetPictureFolder());
     for (const auto& [name, bytes] : files) {
-        (shapeNames.contains(name) ? shapes : pictures).push_back(folder + "/" + name);
+        (shapeNames.contains(name) ? shapes : pictures).push_back(pathOf(name));
     }
     const auto facts = ProbePictures(pictures, source);
     const auto problems = ProbeShapes(shapes, source);
     std::pair<ordered_json, ordered_json> lists(ordered_json::array(), ordered_json::array());
     for (const auto& [name, bytes] : files) {
         ordered_json json = {{"name", name}, {"bytes", bytes}};
-        const auto problem = problems.find(folder + "/" + name);
+        const auto problem = problems.find(pathOf(name));
         if (problem == problems.end()) {
-            json.update(PictureAsJson(facts.at(folder + "/" + name)));
+            json.update(PictureAsJson(facts.at(pathOf(name))));
             lists.first.push_back(std::move(json));
             continue;
         }

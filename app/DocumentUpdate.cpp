@@ -76,13 +76,14 @@ private:
             m_finalNames.emplace_back(item.GetName(), id);
             m_sources.try_emplace(id, FilePathOf(item));
             const std::string kind = FileKindOf(item);
-            const std::string differences = DifferencesOf(*own, item);
+            std::string differences = DifferencesOf(*own, item);
             const bool hasNewFile = !HasSameContent(FilePathOf(item), FilePathOf(*own));
             if (!differences.empty() || hasNewFile) {
                 m_changed.push_back(*found);
-                const bool isTold = differences.find(kind) != differences.npos || !hasNewFile;
-                m_update.entries.push_back(
-                    {id, isTold ? differences : differences + (differences.empty() ? kind : ", " + kind)});
+                if (hasNewFile && differences.find(kind) == differences.npos) {
+                    differences.append(differences.empty() ? "" : ", ").append(kind);
+                }
+                m_update.entries.push_back({id, std::move(differences)});
             }
         }
     }
