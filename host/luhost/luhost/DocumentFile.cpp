@@ -169,8 +169,8 @@ private:
                 continue;
             }
             const auto tell = [&](const std::string& problem) {
-                m_problems.Add("annotation " + std::to_string(part.annotations.size()) + " of " + where + ": " +
-                               problem);
+                std::string text = "annotation " + std::to_string(part.annotations.size());
+                m_problems.Add(text.append(" of ").append(where).append(": ").append(problem));
             };
             slot.content = std::make_unique<SerializedContentElement>(SerializedContentXml::Read(child, tell));
         }

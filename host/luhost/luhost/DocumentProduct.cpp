@@ -22,7 +22,6 @@ namespace
 using luk::SerializedContentElement;
 using luk::SerializedContentXml;
 using luk::ShapeInstance;
-using luk::illustration::SbomInstance;
 using NodePtr = du::SmartPtr<luk::ComponentNode>;
 
 constexpr std::string_view kProduct = "product";

@@ -16,7 +16,11 @@ namespace
 
 std::unique_ptr<SerializedContentElement> CopyOf(const std::unique_ptr<SerializedContentElement>& content)
 {
-    return content ? std::make_unique<SerializedContentElement>(*content) : nullptr;
+    std::unique_ptr<SerializedContentElement> copy;
+    if (content) {
+        copy = std::make_unique<SerializedContentElement>(*content);
+    }
+    return copy;
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <dg/Location.h>
 
 #include <algorithm>
+#include <cmath>
 #include <concepts>
 
 namespace luk
@@ -12,12 +13,12 @@ namespace luk
 /// Whether a value was only set again; for the sources of the host alone. Unlike equality, something that is not a number
 /// is the same as itself here: setting a missing position again is no change that anybody has to hear of.
 template <std::floating_point Number>
-constexpr bool IsSame(Number a, Number b) noexcept
+bool IsSame(Number a, Number b) noexcept
 {
-    return a == b || (a != a && b != b);
+    return a == b || (std::isnan(a) && std::isnan(b));
 }
 
-constexpr bool IsSame(const dg::Color& a, const dg::Color& b) noexcept
+inline bool IsSame(const dg::Color& a, const dg::Color& b) noexcept
 {
     return IsSame(a.red, b.red) && IsSame(a.green, b.green) && IsSame(a.blue, b.blue) && IsSame(a.alpha, b.alpha);
 }
