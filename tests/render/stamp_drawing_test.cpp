@@ -1,3 +1,4 @@
+#include "Baselines.h"
 #include "Pictures.h"
 #include "support/SessionTest.h"
 
@@ -243,46 +244,9 @@ TEST_F(StampDrawingTest, PagesTurnTheirYAxis)
     EXPECT_EQ(drawing.pictures[1].title + drawing.pictures[1].description, "shown");
 }
 
-/// Writes what a test has made beside the build's other results, with the difference to what was expected.
-void Keep(const std::string& name, const std::string& bytes)
-{
-    std::ofstream(std::string(RENDER_RESULTS "/") + name, std::ios::binary) << bytes;
-    ADD_FAILURE() << "see " RENDER_RESULTS "/" << name;
-}
-
-void ExpectBaseline(const Drawing& drawing, const std::string& name)
-{
-    std::string svg;
-    std::string png;
-    std::string error;
-    ASSERT_TRUE(WriteSvg(drawing, svg, error) && WritePng(drawing, 0, 0, png, error)) << error;
-    const std::string baselines = RENDER_BASELINES "/";
-    if (svg != test::TemporaryFolder::ReadFile(baselines + name + ".svg")) {
-        Keep(name + ".svg", svg);
-    }
-    const test::Pixels expected = test::DecodePng(test::TemporaryFolder::ReadFile(baselines + name + ".png"));
-    const test::Pixels got = test::DecodePng(png);
-    std::vector<std::uint32_t> difference(got.words.size(), 0xFF);
-    bool isSame = got.width == expected.width && got.height == expected.height;
-    for (std::size_t i = 0; isSame && i < got.words.size(); ++i) {
-        for (const unsigned shift : {0U, 8U, 16U, 24U}) {
-            const auto level = [shift](std::uint32_t word) { return static_cast<int>((word >> shift) & 0xFF); };
-            difference[i] |= std::abs(level(got.words[i]) - level(expected.words[i])) > 1 ? 0xFF0000FF : 0;
-        }
-    }
-    if (!isSame || std::count(difference.begin(), difference.end(), 0xFF) != std::ssize(difference)) {
-        Keep(name + ".png", png);
-        Drawing red = drawing;
-        red.pictures = {
-            test::PutInto(0, 0, drawing.width, drawing.height, test::MakePicture(got.width, got.height, difference))};
-        ASSERT_TRUE(WritePng(red, got.width, got.height, png, error));
-        Keep(name + "-difference.png", png);
-    }
-}
-
 TEST_F(StampDrawingTest, LooksAsItDid)
 {
-    ExpectBaseline(DrawPage(*MakePage()), "page");
+    test::ExpectBaseline(DrawPage(*MakePage()), "page");
 
     Add({-7, 2, 0}, 2, 2, false, 0, 4).SetFillColor({1.0F, 0.9F, 0.5F, 1.0F});
     lumk::Stamp& faded = Add({-3, 2, 0}, 2.4F, 1.6F, false, 1, 6);
@@ -297,8 +261,8 @@ TEST_F(StampDrawingTest, LooksAsItDid)
     vectors.SetImage(test::MakeVectorQuarters());
     Add({25, 80, 0}, 20, 15, true).SetImage(nullptr);
     const auto wordsOf = [](const luk::Annotation&) { return Words(); };
-    ExpectBaseline(DrawView(*m_scene, MakeCamera(true), wordsOf), "view-orthographic");
-    ExpectBaseline(DrawView(*m_scene, MakeCamera(false), wordsOf), "view-perspective");
+    test::ExpectBaseline(DrawView(*m_scene, MakeCamera(true), wordsOf), "view-orthographic");
+    test::ExpectBaseline(DrawView(*m_scene, MakeCamera(false), wordsOf), "view-perspective");
 }
 
 } // namespace

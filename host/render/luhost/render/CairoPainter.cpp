@@ -21,6 +21,38 @@ void CairoPainter::PaintBackground(const dg::Color& color)
     cairo_paint(m_context);
 }
 
+void CairoPainter::PaintUnderlay(Raster* raster)
+{
+    if (!raster || raster->pixels.empty()) {
+        return;
+    }
+    const CairoSurface surface = WrapPixels(*raster);
+    cairo_save(m_context);
+    cairo_scale(m_context, m_sheet.width / raster->width, m_sheet.height / raster->height);
+    cairo_set_source_surface(m_context, surface.get(), 0.0, 0.0);
+    // Stretched, its border must not fade.
+    cairo_pattern_set_extend(cairo_get_source(m_context), CAIRO_EXTEND_PAD);
+    cairo_rectangle(m_context, 0.0, 0.0, raster->width, raster->height);
+    cairo_fill(m_context);
+    cairo_restore(m_context);
+}
+
+void CairoPainter::Paint(const PlacedStrokes& strokes)
+{
+    cairo_save(m_context);
+    SetColor(strokes.color);
+    cairo_set_line_width(m_context, strokes.width);
+    cairo_set_line_cap(m_context, CAIRO_LINE_CAP_ROUND);
+    cairo_set_line_join(m_context, CAIRO_LINE_JOIN_ROUND);
+    cairo_set_dash(m_context, strokes.dashes.data(), static_cast<int>(strokes.dashes.size()), 0.0);
+    // One by one: what a line costs must not depend on the others.
+    for (const Line& line : strokes.lines) {
+        AddPath(line.points, line.closed);
+        cairo_stroke(m_context);
+    }
+    cairo_restore(m_context);
+}
+
 void CairoPainter::Paint(const Placement& placement)
 {
     if (placement.opacity >= 1.0) {

@@ -2,6 +2,7 @@
 
 #include <luhost/render/CairoHandles.h>
 #include <luhost/render/Placement.h>
+#include <luhost/render/StrokePlacement.h>
 
 namespace luhost::render
 {
@@ -17,6 +18,9 @@ public:
     }
 
     void PaintBackground(const dg::Color& color);
+    /// @param raster over all of the sheet; may be null
+    void PaintUnderlay(Raster* raster);
+    void Paint(const PlacedStrokes& strokes);
     void Paint(const Placement& placement);
 
 private:

@@ -6,11 +6,14 @@
 #include <luk/ImageData.h>
 
 #include <array>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace luhost::render
 {
+
+struct Raster;
 
 /// One picture of a drawing, with its box and its frame.
 struct DrawnPicture {
@@ -27,7 +30,24 @@ struct DrawnPicture {
     std::string description; ///< below the title; may be empty
 };
 
-/// What is to be put on paper or screen: a sheet and the pictures on it, the lowest first.
+/// Lines of one kind that belong to one thing, drawn alike.
+struct DrawnStrokes {
+    struct Stroke {
+        std::vector<dg::DPoint2D> points;
+        bool closed = false;
+    };
+
+    std::vector<Stroke> strokes;
+    double width = 1.0;         ///< in units of the drawing
+    std::vector<double> dashes; ///< on and off by turns, in units of the drawing; empty for whole lines
+    dg::Color color = dg::Color::BLACK;
+    std::string lineClass; ///< words that say what lines they are: "visible silhouette"; may be empty
+    std::string part;      ///< what people address it by; may be empty
+    std::string title;     ///< shown as a tooltip where the output knows such; may be empty
+};
+
+/// What is to be put on paper or screen: a sheet and what lies on it: pixels over all of it, then lines, then pictures, each
+/// list's first one lowest.
 ///
 /// Frames: x to the right and y down from the upper left corner of the sheet.
 struct Drawing {
@@ -38,6 +58,8 @@ struct Drawing {
     Unit unit = Unit::Pixel;
     dg::Color background{1.0F, 1.0F, 1.0F, 0.0F}; ///< alpha 0 for none
     std::string title;                            ///< of the document; may be empty
+    std::shared_ptr<Raster> underlay;             ///< stretched over the sheet; null for none. No output changes it
+    std::vector<DrawnStrokes> strokes;
     std::vector<DrawnPicture> pictures;
 };
 

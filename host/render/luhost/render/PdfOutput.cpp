@@ -34,6 +34,10 @@ void PaintPage(const Drawing& drawing, cairo_surface_t* page, double pointsPerUn
     if (drawing.background.alpha > 0.0F) {
         painter.PaintBackground(drawing.background);
     }
+    painter.PaintUnderlay(drawing.underlay.get());
+    for (const DrawnStrokes& strokes : drawing.strokes) {
+        painter.Paint(PlaceStrokes(strokes, sheet, 1.0, 1.0));
+    }
     for (const DrawnPicture& picture : drawing.pictures) {
         if (const auto placement = Place(picture, sheet, 1.0, 1.0, store)) {
             painter.Paint(*placement);

@@ -52,6 +52,10 @@ void PaintSheet(const Drawing& drawing, cairo_surface_t* surface, const PixelWin
     CairoPainter painter(context.get(), sheet, 1.0, kMaximumPixels);
     PictureStore store;
     painter.PaintBackground(drawing.background);
+    painter.PaintUnderlay(drawing.underlay.get());
+    for (const DrawnStrokes& strokes : drawing.strokes) {
+        painter.Paint(PlaceStrokes(strokes, sheet, scaleX, scaleY));
+    }
     for (const DrawnPicture& picture : drawing.pictures) {
         if (auto placement = Place(picture, sheet, scaleX, scaleY, store)) {
             if (placement->content == Placement::Content::Whole) {
@@ -63,11 +67,19 @@ void PaintSheet(const Drawing& drawing, cairo_surface_t* surface, const PixelWin
     }
 }
 
+/// Whatever is in the pixels, as a surface with alpha.
+CairoSurface WrapAsTransparent(Raster& raster)
+{
+    constexpr int kBytesPerPixel = 4;
+    return CairoSurface(cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(raster.pixels.data()),
+                                                            CAIRO_FORMAT_ARGB32, raster.width, raster.height,
+                                                            raster.width * kBytesPerPixel));
+}
+
 } // namespace
 
-bool WritePng(const Drawing& drawing, int pixelWidth, int pixelHeight, std::string& png, std::string& error)
+bool DrawPixels(const Drawing& drawing, int pixelWidth, int pixelHeight, Raster& pixels, std::string& error)
 {
-    png.clear();
     if (!CheckSheet(drawing, error)) {
         return false;
     }
@@ -77,10 +89,28 @@ bool WritePng(const Drawing& drawing, int pixelWidth, int pixelHeight, std::stri
         return false;
     }
     try {
-        const CairoSurface surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(size.width),
-                                                              static_cast<int>(size.height)));
+        pixels = Raster(static_cast<int>(size.width), static_cast<int>(size.height));
+        const CairoSurface surface = WrapAsTransparent(pixels);
         PaintSheet(drawing, surface.get(), FitSheet(drawing, size));
-        if (cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS && EncodePng(surface.get(), png)) {
+        cairo_surface_finish(surface.get());
+        if (cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS) {
+            return true;
+        }
+    } catch (const std::bad_alloc&) {
+    }
+    error = "out of memory";
+    return false;
+}
+
+bool WritePng(const Drawing& drawing, int pixelWidth, int pixelHeight, std::string& png, std::string& error)
+{
+    png.clear();
+    Raster pixels;
+    if (!DrawPixels(drawing, pixelWidth, pixelHeight, pixels, error)) {
+        return false;
+    }
+    try {
+        if (EncodePng(WrapAsTransparent(pixels).get(), png)) {
             return true;
         }
     } catch (const std::bad_alloc&) {

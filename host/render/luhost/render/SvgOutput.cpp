@@ -1,6 +1,7 @@
 #include <dg/FormatNumber.h>
 #include <luhost/render/DrawingOutput.h>
 #include <luhost/render/Placement.h>
+#include <luhost/render/StrokePlacement.h>
 #include <luhost/render/XmlText.h>
 
 #include <array>
@@ -62,6 +63,8 @@ public:
         PlacePictures();
         OpenDocument();
         WriteSymbols();
+        WriteUnderlay();
+        WriteAllStrokes();
         for (const auto& [picture, placement] : m_placed) {
             WritePicture(*picture, placement);
         }
@@ -127,6 +130,83 @@ private:
             WriteImage(*picture, "");
             m_out += "</symbol>\n";
         }
+    }
+
+    void WriteUnderlay()
+    {
+        if (!m_drawing.underlay || m_drawing.underlay->pixels.empty()) {
+            return;
+        }
+        WriteNumber("<image width=\"", m_sheet.width);
+        WriteNumber("\" height=\"", m_sheet.height);
+        m_out += "\" preserveAspectRatio=\"none\" xlink:href=\"";
+        m_complete = AppendPng(m_out, *m_drawing.underlay) && m_complete;
+        m_out += "\"/>\n";
+    }
+
+    /// Neighbours that are drawn alike share a group.
+    void WriteAllStrokes()
+    {
+        std::string group;
+        for (const DrawnStrokes& strokes : m_drawing.strokes) {
+            const PlacedStrokes placed = PlaceStrokes(strokes, m_sheet, 1.0, 1.0);
+            if (placed.lines.empty()) {
+                continue;
+            }
+            std::string opening = OpeningOf(placed);
+            if (opening != group) {
+                m_out.append(group.empty() ? "" : "</g>\n").append(opening);
+                group = std::move(opening);
+            }
+            WriteStrokes(strokes, placed);
+        }
+        m_out += group.empty() ? "" : "</g>\n";
+    }
+
+    std::string OpeningOf(const PlacedStrokes& placed)
+    {
+        std::string before = std::exchange(m_out, "<g fill=\"none\"");
+        WriteColor("stroke", placed.color);
+        WriteNumber(" stroke-width=\"", placed.width);
+        m_out += "\" stroke-linecap=\"round\" stroke-linejoin=\"round\"";
+        for (std::size_t i = 0; i < placed.dashes.size(); ++i) {
+            WriteNumber(i == 0 ? " stroke-dasharray=\"" : " ", placed.dashes[i]);
+        }
+        m_out += placed.dashes.empty() ? ">\n" : "\">\n";
+        return std::exchange(m_out, std::move(before));
+    }
+
+    void WriteStrokes(const DrawnStrokes& strokes, const PlacedStrokes& placed)
+    {
+        m_out += "<path";
+        for (const auto& [before, text] :
+             {std::pair(" class=\"", &strokes.lineClass), std::pair(" data-part=\"", &strokes.part)}) {
+            if (!text->empty()) {
+                WriteText(before, *text);
+                m_out += "\"";
+            }
+        }
+        m_out += " d=\"";
+        for (const Line& line : placed.lines) {
+            WritePath(line);
+        }
+        if (strokes.title.empty()) {
+            m_out += "\"/>\n";
+        } else {
+            m_out += "\">";
+            WriteWords("title", strokes.title);
+            m_out.back() = '<';
+            m_out += "/path>\n";
+        }
+    }
+
+    void WritePath(const Line& line)
+    {
+        for (std::size_t i = 0; i < line.points.size(); ++i) {
+            WriteNumber(i == 0 ? "M" : i == 1 ? "L" : " ", line.points[i].x);
+            WriteNumber(" ", line.points[i].y);
+        }
+        m_out += line.closed ? "Z" : "";
     }
 
     void WritePicture(const DrawnPicture& picture, const Placement& placement)

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <luhost/render/CornerNormals.h>
+#include <luhost/render/MeshEdges.h>
+#include <luhost/render/RayScene.h>
+#include <luhost/render/SceneGeometry.h>
+#include <luhost/render/WeldedMesh.h>
+#include <luhost/render/Workers.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace luhost::render
+{
+
+/// A scene ready to be drawn from any number of cameras.
+///
+/// Threads: prepared by several, read by any.
+///
+/// Errors: preparing answers null with the reason.
+///
+/// Cost: linear in the triangles of the distinct meshes, and in the shapes; about 250 bytes for such a triangle.
+struct PreparedScene {
+    struct Options {
+        double creaseAngleDegrees =
+            30.0; ///< faces that meet at more have a line between them and are not shaded as one
+        RayScene::Limits limits;
+    };
+
+    /// What pictures need of one mesh.
+    struct Mesh {
+        std::unique_ptr<MeshEdges> edges;
+        std::unique_ptr<CornerNormals> normals;
+    };
+
+    static std::unique_ptr<PreparedScene> Prepare(SceneGeometry geometry, const Options& options,
+                                                  const Workers& workers, std::string& error);
+
+    SceneGeometry geometry;
+    std::vector<std::unique_ptr<WeldedMesh>> welded; ///< as in the geometry's meshes
+    std::vector<Mesh> meshes;                        ///< the same
+    std::vector<RayScene::Shape> shapes;             ///< as in the geometry's shapes
+    std::unique_ptr<RayScene> rays;
+};
+
+} // namespace luhost::render

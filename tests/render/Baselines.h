@@ -1,0 +1,15 @@
+#pragma once
+
+#include <luhost/render/Drawing.h>
+
+#include <string>
+
+namespace test
+{
+
+/// Compares a drawing with what it looked like: the SVG byte by byte, the PNG within one level. What differs is written beside
+/// the build's other results, with the difference.
+/// @param hasExactSvg false for drawings with pixels in their SVG
+void ExpectBaseline(const luhost::render::Drawing& drawing, const std::string& name, bool hasExactSvg = true);
+
+} // namespace test
