@@ -134,7 +134,7 @@ public:
             const aiMesh& read = *m_scene.mMeshes[number];
             const std::size_t first = indices.size() / 3;
             if (!AddTriangles(read, places, positions, indices, problem)) {
-                problem = "the mesh \"" + NameOf(read.mName) + "\": " + problem;
+                problem.insert(0, "the mesh \"" + NameOf(read.mName) + "\": ");
                 return false;
             }
             AddParts(read, first, indices, parts);
@@ -269,7 +269,7 @@ std::string KeyOf(const Component& component)
 {
     std::string key = component.name;
     key.push_back('\0');
-    AppendBytes(key, component.mesh.get());
+    AppendBytes(key, reinterpret_cast<std::uintptr_t>(component.mesh.get()));
     for (const Use& use : component.uses) {
         key.append(use.id).push_back('/');
         AppendBytes(key, use.component);

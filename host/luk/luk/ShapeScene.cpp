@@ -362,7 +362,7 @@ bool ShapeScene::UnloadShapeInstance(const du::SmartPtr<Instance>& instance)
 
 du::SmartPtr<ShapeInstance> ShapeScene::LoadShapeInstance(const du::SmartPtr<Instance>& instance)
 {
-    const du::SmartPtr<ShapeInstance> part(m_content->Find(instance.get()));
+    du::SmartPtr<ShapeInstance> part(m_content->Find(instance.get()));
     if (part && !part->m_isPart) {
         m_content->Load(part);
     }

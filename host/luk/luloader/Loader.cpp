@@ -240,7 +240,7 @@ void Loader::Work::Load(Request request, Job wanted)
 /// A job that runs already may have read the file before it last changed, so that it is too late to join it.
 std::shared_ptr<Job> Loader::Work::JoinOrEnqueue(Job wanted)
 {
-    const auto job = std::make_shared<Job>(std::move(wanted));
+    auto job = std::make_shared<Job>(std::move(wanted));
     if (job->IsDone()) {
         Post(job);
         return job;

@@ -5,13 +5,13 @@
 #include <luk/Mesh.h>
 #include <luloader/RegularFile.h>
 
-#include <compare>
 #include <cstddef>
 #include <functional>
 #include <list>
 #include <map>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 namespace luloader
 {
@@ -34,7 +34,10 @@ public:
         std::size_t digest = 0;
 
         explicit Content(const std::string& bytes);
-        auto operator<=>(const Content&) const = default;
+        bool operator<(const Content& other) const
+        {
+            return std::pair(size, digest) < std::pair(other.size, other.digest);
+        }
     };
 
     explicit ShapeCache(std::size_t maximumBytes) : m_maximumBytes(maximumBytes), m_sweepAt(maximumBytes) {}

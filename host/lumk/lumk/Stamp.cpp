@@ -1,7 +1,8 @@
 #include <lumk/Stamp.h>
 
-#include <cstring>
-#include <type_traits>
+#include <array>
+#include <bit>
+#include <cstddef>
 
 namespace lumk
 {
@@ -13,8 +14,8 @@ namespace
 template <class T>
 bool IsSame(const T& a, const T& b)
 {
-    static_assert(std::is_trivially_copyable_v<T>);
-    return std::memcmp(&a, &b, sizeof(T)) == 0;
+    using Bytes = std::array<std::byte, sizeof(T)>;
+    return std::bit_cast<Bytes>(a) == std::bit_cast<Bytes>(b);
 }
 
 template <class T>

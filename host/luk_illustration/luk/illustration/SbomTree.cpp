@@ -56,7 +56,7 @@ du::SmartPtr<SbomInstance> SbomTree::AddInstance(const du::SmartPtr<SbomInstance
         FindInstance(du::Symbol::Find(IdPath::Join(above.m_idPath, id)))) {
         return {};
     }
-    const du::SmartPtr<SbomInstance> made(new SbomInstance(&above, id, name));
+    du::SmartPtr<SbomInstance> made(new SbomInstance(&above, id, name));
     made->m_previous = above.m_lastChild;
     (above.m_lastChild ? above.m_lastChild->m_next : above.m_firstChild) = made.get();
     above.m_lastChild = made.get();
