@@ -360,7 +360,7 @@ private:
 
     bool FindMesh(const aiNode& node, du::SmartPtr<luk::Mesh>& mesh, std::string& name)
     {
-        std::vector<unsigned int> numbers(node.mMeshes, node.mMeshes + node.mNumMeshes);
+        const std::vector<unsigned int> numbers(node.mMeshes, node.mMeshes + node.mNumMeshes);
         if (numbers.empty()) {
             return true;
         }
@@ -374,7 +374,7 @@ private:
             mesh = found->second;
             return true;
         }
-        return m_meshMaker.Make(numbers, mesh, m_problem) && m_meshes.emplace(std::move(numbers), mesh).second;
+        return m_meshMaker.Make(numbers, mesh, m_problem) && m_meshes.emplace(numbers, mesh).second;
     }
 
     bool AddUse(Step& step, const aiNode& node, std::size_t component, const aiMatrix4x4& place)

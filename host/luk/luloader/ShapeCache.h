@@ -34,6 +34,7 @@ public:
         std::size_t digest = 0;
 
         explicit Content(const std::string& bytes);
+        bool operator==(const Content&) const = default;
         bool operator<(const Content& other) const
         {
             return std::pair(size, digest) < std::pair(other.size, other.digest);
