@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <tuple>
 #include <vector>
 
 namespace luhost::render
@@ -29,7 +30,10 @@ private:
         bool isSteep;
         std::int32_t first;
         std::int32_t second;
-        auto operator<=>(const Key&) const = default;
+        bool operator<(const Key& other) const
+        {
+            return std::tie(isSteep, first, second) < std::tie(other.isSteep, other.first, other.second);
+        }
     };
     /// Along x, or along y for a steep line.
     struct Stretch {

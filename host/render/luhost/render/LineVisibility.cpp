@@ -248,10 +248,10 @@ private:
             m_samples.push_back({number, 0.5});
             return;
         }
-        const double count = std::min(std::ceil(length / kSampleStepPixels), kMostSamples);
+        const auto count = static_cast<int>(std::min(std::ceil(length / kSampleStepPixels), kMostSamples));
         const double inset = kInsetPixels / length;
-        for (double i = 0.0; i <= count; i += 1.0) {
-            m_samples.push_back({number, inset + (1.0 - 2.0 * inset) * (i / count)});
+        for (int i = 0; i <= count; ++i) {
+            m_samples.push_back({number, inset + (1.0 - 2.0 * inset) * (static_cast<double>(i) / count)});
         }
     }
 

@@ -36,7 +36,7 @@ std::uint32_t Join(const Channels& sum, float weight) noexcept
 {
     std::uint32_t pixel = 0;
     for (const float channel : sum) {
-        pixel = (pixel << 8) | static_cast<std::uint32_t>(channel * weight + 0.5F);
+        pixel = (pixel << 8) | static_cast<std::uint32_t>(std::lround(channel * weight));
     }
     return pixel;
 }
@@ -90,8 +90,9 @@ public:
         Channels sum{};
         int count = 0;
         for (int i = 0; i < samples * samples; ++i) {
+            const int line = i / samples;
             dg::DPoint2D point;
-            if (MapToPicture(column + (i % samples + 0.5) / samples, row + (i / samples + 0.5) / samples, point)) {
+            if (MapToPicture(column + (i % samples + 0.5) / samples, row + (line + 0.5) / samples, point)) {
                 Add(sum, Interpolate(raster, point.x * scale - 0.5, point.y * scale - 0.5), 1.0F);
                 ++count;
             }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <tuple>
 #include <utility>
 
 namespace luhost::render
@@ -60,7 +61,10 @@ private:
         std::uint32_t vertex;
         LineKind kind;
         LineEnd end;
-        auto operator<=>(const Meeting&) const = default;
+        bool operator<(const Meeting& other) const
+        {
+            return std::tie(vertex, kind, end) < std::tie(other.vertex, other.kind, other.end);
+        }
     };
     struct Pair {
         double straightness; ///< -1 for straight on

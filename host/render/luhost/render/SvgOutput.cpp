@@ -348,7 +348,7 @@ private:
         constexpr std::string_view kDigits = "0123456789abcdef";
         m_out.append(" ").append(attribute).append("=\"#");
         for (const float channel : {color.red, color.green, color.blue}) {
-            const auto level = static_cast<std::size_t>(channel * 255.0F + 0.5F);
+            const auto level = static_cast<std::size_t>(std::lround(channel * 255.0F));
             m_out += kDigits[level / 16];
             m_out += kDigits[level % 16];
         }
