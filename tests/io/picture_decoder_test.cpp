@@ -255,7 +255,10 @@ TEST(PictureDecoders, RefuseDrawingsThatCostTooMuch)
          "neither a picture"},
         {"<!DOCTYPE svg [<!ENTITY a 'x'><!ENTITY a 'data'>]>" + open + "</svg>", "entities"},
         {"<!DOCTYPE svg [" + repeat("<!ENTITY", 200000) + "]>" + open + "</svg>", "entities"},
-        {open + "<text>" + repeat("href=url(data:x", 200000), "neither a picture"},
+        {open + "<desc>" + repeat("href=url(data:x", 200000), "neither a picture"},
+        {open + "<svg:text a='/>'>" + repeat("a<!--</text>-->", 5000), "longer than 65536"},
+        {"<!DOCTYPE svg [<!ENTITY a '" + repeat("much ", 1000) + "'>]>" + open + "<text>" + repeat("&a;", 20),
+         "longer"},
         {open + "<filter id='f'><feConvolveMatrix order='21' kernelMatrix='" + repeat("1 ", 441) + "'/></filter></svg>",
          "filters"},
         {open + "<filter id='f'><feTurbulence numOctaves='9999'/></filter></svg>", "filters"},
@@ -267,6 +270,7 @@ TEST(PictureDecoders, RefuseDrawingsThatCostTooMuch)
         EXPECT_FALSE(result.picture) << reason;
         EXPECT_TRUE(Contains(result.problem, reason));
     }
+    EXPECT_TRUE(Decode(open + "<text/><desc>" + repeat("much ", 20000) + "</desc><text>a</text></svg>").picture);
     EXPECT_TRUE(
         Decode(open + "<g id='a'><use xlink:href='#b'/></g><g id='b'><use xlink:href='#a'/></g></svg>").picture);
 }

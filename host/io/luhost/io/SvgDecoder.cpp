@@ -147,8 +147,8 @@ du::SmartPtr<luk::ImageData> SvgDecoder::Decode(std::string_view bytes, std::str
 {
     SvgGuard guard(bytes);
     // Some filters the library does not survive, so that it must not even parse them; their size is not known yet.
-    if (!guard.HasHarmlessEntities(problem) || !guard.HasHarmlessData(m_embedded, m_limits.maximumPixels, problem) ||
-        !guard.HasHarmlessFilters(1, problem)) {
+    if (!guard.HasHarmlessEntities(problem) || !guard.HasHarmlessTexts(problem) ||
+        !guard.HasHarmlessData(m_embedded, m_limits.maximumPixels, problem) || !guard.HasHarmlessFilters(1, problem)) {
         return nullptr;
     }
     const Handle handle = ParseDocument(bytes, problem);

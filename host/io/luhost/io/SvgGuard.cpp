@@ -242,6 +242,39 @@ private:
     }
 };
 
+/// Behind a comment, a section of letters or an instruction at the front of a text; the text itself where there is none.
+std::string_view SkipUnread(std::string_view text)
+{
+    constexpr std::pair<std::string_view, std::string_view> kKinds[] = {
+        {"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}};
+    for (const auto& [begin, end] : kKinds) {
+        if (text.starts_with(begin)) {
+            return From(text, text.find(end, begin.size()));
+        }
+    }
+    return text;
+}
+
+/// Whether a tag, without its '<', ends with its element.
+bool IsEmptyTag(std::string_view tag)
+{
+    std::size_t end = tag.find_first_of("\"'>");
+    while (end != kNowhere && tag[end] != '>') {
+        end = tag.find(tag[end], end + 1);
+        end = end == kNowhere ? end : tag.find_first_of("\"'>", end + 1);
+    }
+    return end != kNowhere && end > 0 && tag[end - 1] == '/';
+}
+
+/// @param tag without its '<' or "</"
+bool IsTextTag(std::string_view tag)
+{
+    constexpr std::size_t kLongest = 256;
+    const std::string_view start = tag.substr(0, kLongest);
+    const std::string_view name = start.substr(0, start.find_first_of(" \t\r\n/>"));
+    return name == "text" || name.ends_with(":text");
+}
+
 /// Where a scheme that ends at this colon begins; line ends and tabs inside do not count. @return kNowhere for another
 std::size_t BeginningOfData(std::string_view text, std::size_t colon)
 {
@@ -330,7 +363,6 @@ bool SvgGuard::HasHarmlessEntities(std::string& problem)
         problem = "its encoding is not read";
         return false;
     }
-    std::size_t longest = 0;
     const bool arePlain = ForEach(m_text, "<!ENTITY", [&](std::size_t, std::string_view rest) {
         // Either ends before the next declaration begins, so that the text is passed over once.
         const std::string_view name = rest.substr(0, rest.find_first_of("\"'<"));
@@ -341,17 +373,40 @@ bool SvgGuard::HasHarmlessEntities(std::string& problem)
             return false;
         }
         const std::string_view value = quoted.substr(1, end - 1);
-        longest = std::max(longest, value.size());
+        m_longestEntity = std::max(m_longestEntity, value.size());
         const auto [known, isNew] = m_entities.try_emplace(Trimmed(name), value);
         return (isNew || known->second == value) && value.find("data:") == kNowhere && name.find('%') == kNowhere &&
                name.find("SYSTEM") == kNowhere && name.find("PUBLIC") == kNowhere;
     });
     const auto references = static_cast<std::size_t>(std::count(m_text.begin(), m_text.end(), '&'));
-    if (!arePlain || (longest > 0 && references > kMostExpandedBytes / longest)) {
+    if (!arePlain || (m_longestEntity > 0 && references > kMostExpandedBytes / m_longestEntity)) {
         problem = "its entities stand for more than short texts";
         return false;
     }
     return true;
+}
+
+bool SvgGuard::HasHarmlessTexts(std::string& problem) const
+{
+    constexpr std::size_t kMostBytes = std::size_t{1} << 16;
+    bool isInside = false;
+    std::size_t length = 0;
+    for (std::string_view rest = m_text; !rest.empty() && length <= kMostBytes;) {
+        const std::string_view behind = SkipUnread(rest);
+        const std::size_t step = behind.size() < rest.size() ? rest.size() - behind.size() : 1;
+        const std::string_view piece = rest.substr(0, std::min(rest.find('<', step), rest.size()));
+        const bool isClosing = rest.starts_with("</");
+        if (rest.starts_with('<') && IsTextTag(rest.substr(isClosing ? 2 : 1))) {
+            isInside = !isClosing && (isInside || !IsEmptyTag(rest.substr(1)));
+        }
+        const auto references = static_cast<std::size_t>(std::count(piece.begin(), piece.end(), '&'));
+        length = isInside ? length + piece.size() + references * m_longestEntity : 0;
+        rest.remove_prefix(piece.size());
+    }
+    if (length > kMostBytes) {
+        problem = "a text in it is longer than " + std::to_string(kMostBytes) + " bytes";
+    }
+    return length <= kMostBytes;
 }
 
 bool SvgGuard::HasHarmlessData(const SvgDecoder::Decoders& decoders, std::uint64_t maximumPixels,

@@ -27,6 +27,9 @@ public:
     /// Entities must be short plain texts, in an encoding that keeps ASCII.
     bool HasHarmlessEntities(std::string& problem);
 
+    /// The library takes some thousand bytes for each letter of one text. Comes after HasHarmlessEntities, as the next does.
+    bool HasHarmlessTexts(std::string& problem) const;
+
     /// What is embedded must be a picture that one of the decoders takes, or a font. Comes after HasHarmlessEntities, since
     /// an address may be spelled with entities.
     /// @param maximumPixels of all embedded pictures together
@@ -40,6 +43,7 @@ private:
 
     std::string_view m_text;
     std::unordered_map<std::string_view, std::string_view> m_entities;
+    std::size_t m_longestEntity = 0;
 };
 
 } // namespace luhost::io
