@@ -210,6 +210,7 @@ Program::Program()
     AddProductVerbs(m_app, m_invocation);
     AddSymbolVerbs(m_app, m_invocation);
     AddRender(m_app, m_invocation);
+    AddFlatten(m_app, m_invocation);
     AddDemo(m_app, m_invocation);
 }
 

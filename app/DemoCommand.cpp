@@ -213,10 +213,11 @@ ExitCode RunDemo(const DemoOptions& options, Progress& progress)
         return ExitCode::OutputNotWritable;
     }
     const DemoStart start = {options.libraryFolder.empty() ? FindExample("library") : options.libraryFolder,
-                             FindExample("manual"), options.language};
+                             FindExample("manual"), FindExample("product"), options.language};
     DemoFiles files(options.output);
     bool isDone = WalkLibraryRoad(start, files, progress);
     isDone = WalkDocumentRoad(start, files, progress) && isDone;
+    isDone = isDone && WalkProductRoad(start, files, progress);
     const ExitCode told = PutResult("\nThese files were made:\n" + files.GetText(), progress);
     if (told != ExitCode::Done) {
         return told;
@@ -240,7 +241,8 @@ void AddDemo(CLI::App& program, Invocation& invocation)
     verb.footer(
         "Checks the three documents of the example, loads them together, writes each back and compares it byte\n"
         "for byte, merges two of them, makes the gallery page and lists the entries. Then makes a document, places\n"
-        "symbols on its pages and over its view, changes a library, lets the symbols follow, and draws all of it;\n"
+        "symbols on its pages and over its view, changes a library, lets the symbols follow, and draws all of it; and\n"
+        "attaches 3D symbols to the parts of a product, moves and hides parts, and bakes the view into a page;\n"
         "each command of that part is shown before it runs, to be tried out and varied. Files of the same names in\n"
         "DIR are replaced, nothing else is touched. All files are named at the end.\n\n"
         "Example:\n"

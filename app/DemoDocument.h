@@ -1,23 +1,16 @@
 #pragma once
 
-#include <string>
+#include "DemoRoad.h"
 
 namespace lusym
 {
 
-class DemoFiles;
-class Progress;
-
-/// What the road of a document starts from.
-struct DemoStart {
-    std::string library;  ///< folder of the example library
-    std::string manual;   ///< folder with the table of symbols and the new picture of one of them
-    std::string language; ///< as the user wants it; may be empty
-};
-
-/// The road of a document, in the verbs that anybody may type: each is told, run, and lets its result be seen. Ends at the
-/// first step that fails, which has told why.
+/// The road of a document: symbols on pages and over the view. Makes the copy of the example library.
 /// @return whether all of it was walked
 bool WalkDocumentRoad(const DemoStart& start, DemoFiles& files, Progress& progress);
+
+/// The road of a product: 3D symbols on its parts. Goes after the other one, whose copy of the library it uses.
+/// @return whether all of it was walked
+bool WalkProductRoad(const DemoStart& start, DemoFiles& files, Progress& progress);
 
 } // namespace lusym

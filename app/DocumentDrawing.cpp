@@ -1,6 +1,7 @@
 #include "DocumentDrawing.h"
 
 #include "annotations2d/Symbol2D.h"
+#include "annotations3d/SymbolAnnotationFlattened.h"
 #include "SymbolState.h"
 
 #include <dg/Camera3D.h>
@@ -61,6 +62,11 @@ Drawing ViewDrawing(const luhost::Document& document, const DrawingOptions& opti
 Drawing PageDrawing(const luhost::Document& document, int page)
 {
     Drawing drawing = luhost::render::DrawPage(*document.GetPage(static_cast<std::size_t>(page) - 1)->GetDocument());
+    // What a flattened 3D symbol looks like is drawn by its lines.
+    std::erase_if(drawing.pictures, [&](const luhost::render::DrawnPicture& picture) {
+        const du::SmartPtr<luk::Annotation> annotation = document.FindAnnotation(picture.id);
+        return annotation && dynamic_cast<luannotations::SymbolAnnotationFlattened*>(annotation.get()) != nullptr;
+    });
     for (luhost::render::DrawnPicture& picture : drawing.pictures) {
         const du::SmartPtr<luk::Annotation> annotation = document.FindAnnotation(picture.id);
         if (const luannotations::Symbol2D* const symbol = annotation ? AsPicture(*annotation) : nullptr) {
@@ -73,6 +79,19 @@ Drawing PageDrawing(const luhost::Document& document, int page)
 }
 
 } // namespace
+
+const std::map<std::string, PictureFormat>& PictureFormats()
+{
+    static const std::map<std::string, PictureFormat> formats = {
+        {"svg", PictureFormat::Svg}, {"pdf", PictureFormat::Pdf}, {"png", PictureFormat::Png}};
+    return formats;
+}
+
+std::optional<PictureFormat> FindPictureFormat(const std::string& ending)
+{
+    const auto known = PictureFormats().find(ending);
+    return known == PictureFormats().end() ? std::nullopt : std::optional(known->second);
+}
 
 bool DrawDocument(const luhost::Document& document, const DrawingOptions& options, PictureFormat format,
                   std::string& bytes, std::string& error)

@@ -2,6 +2,8 @@
 
 #include <luhost/render/Drawing.h>
 
+#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,6 +16,10 @@ namespace lusym
 {
 
 enum class PictureFormat { Svg, Pdf, Png };
+
+/// By the ending of the names of such files, in lower case.
+const std::map<std::string, PictureFormat>& PictureFormats();
+std::optional<PictureFormat> FindPictureFormat(const std::string& ending);
 
 /// What a picture of a document shows, and how.
 struct DrawingOptions {

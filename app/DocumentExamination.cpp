@@ -1,17 +1,20 @@
 #include "DocumentExamination.h"
 
 #include "catalog/PartslibraryImageItem.h"
+#include "catalog/PartslibraryOlItem.h"
 #include "DocumentSource.h"
 #include "DocumentUpdate.h"
 #include "EntryIndex.h"
 #include "Printable.h"
+#include "Reattachment.h"
 #include "SymbolState.h"
 
+#include <luannotations/ConstStrings.h>
 #include <luk/illustration/SymbolTemplateCollection.h>
 #include <luk/illustration2d/Scene2D.h>
+#include <luk/SerializedContentElement.h>
 
 #include <algorithm>
-#include <cassert>
 #include <cmath>
 #include <unordered_map>
 #include <unordered_set>
@@ -26,28 +29,8 @@ namespace
 using Code = DocumentFindingCode;
 using luk::illustration::SymbolTemplateCollection;
 using lusymbols::PartslibraryImageItem;
-
-constexpr DocumentFindingKind kKinds[] = {
-    {Code::PictureMissing, "picture-missing", Severity::Error,
-     "The document does not hold the picture that a symbol names; the symbol is shown as a crossed box."},
-    {Code::PictureUnreadable, "picture-unreadable", Severity::Error,
-     "The picture of a symbol is damaged, or of no format that can be read; the symbol is shown as a crossed box."},
-    {Code::EntryGone, "entry-gone", Severity::Warning,
-     "The document has not got the entry that a symbol follows; the symbol stays as it is."},
-    {Code::EntryDiffers, "entry-differs", Severity::Warning,
-     "The document's own entry says something else than the symbol; opening the document lets the symbol follow."},
-    {Code::EntryNotInLibrary, "entry-not-in-library", Severity::Note,
-     "No library has an entry of the document any more; its symbols stay as they are."},
-    {Code::LibraryDiffers, "library-differs", Severity::Warning,
-     "An entry has changed in its library since the document took it over."},
-    {Code::LibraryUnreadable, "library-unreadable", Severity::Warning,
-     "A library that the document records cannot be read, so that nothing can be compared with it."},
-    {Code::OffPage, "off-page", Severity::Warning, "A symbol lies outside its page, so that nobody sees it."},
-    {Code::OverPageEdge, "over-page-edge", Severity::Note, "A symbol reaches over the edge of its page."},
-    {Code::NoSize, "no-size", Severity::Warning, "A symbol has no size or no place, so that nobody sees it."},
-    {Code::NotUnderstood, "not-understood", Severity::Warning,
-     "Something in the document is not understood; it is kept and written again as it is."},
-};
+using lusymbols::PartslibraryItem;
+using lusymbols::PartslibraryOlItem;
 
 /// Opens the document several times, since a symbol takes over what its entry says as soon as it meets it.
 class Examiner
@@ -78,6 +61,7 @@ public:
         for (std::size_t index = 0; index < states.size(); ++index) {
             LookAtSymbol(states[index], index < asSaved.size() ? asSaved[index] : states[index]);
         }
+        LookAtAttachments();
         return LookAtLibraries();
     }
 
@@ -92,14 +76,20 @@ private:
     {
         const auto& collection = SymbolTemplateCollection::GetCollection();
         luk::illustration::AssociativeObjectCollection::Merge merge(*collection);
-        for (const std::string& id : m_source.GetDocument().GetUsedTemplateIds()) {
-            if (!collection->GetAssociativeObjectById(id)) {
-                const auto standIn = du::MakeCounted<PartslibraryImageItem>();
+        const auto put = [&](const std::string& id, const du::SmartPtr<PartslibraryItem>& standIn) {
+            if (!id.empty() && !collection->GetAssociativeObjectById(id)) {
                 standIn->SetId(id);
                 merge.PutObject(standIn);
                 m_gone.insert(id);
             }
-        }
+        };
+        m_source.GetDocument().ForEachUnmade([&](const auto&, const auto& content, const std::string& id) {
+            if (content.GetName() == luannotations::ConstStrings::luSymbol3D) {
+                put(id, du::MakeCounted<PartslibraryOlItem>());
+            } else {
+                put(id, du::MakeCounted<PartslibraryImageItem>());
+            }
+        });
     }
 
     void TellProblems()
@@ -121,11 +111,11 @@ private:
 
     void LookAtSymbol(const SymbolState& state, const SymbolState& asSaved)
     {
-        if (!state.isPicture) {
+        if (!state.isPicture && !state.isShape) {
             return;
         }
         // What a stand-in or a changed entry has brought is nothing that the document holds.
-        LookAtPicture(asSaved);
+        LookAtFile(asSaved);
         LookAtPlace(asSaved);
         if (m_gone.contains(state.entry)) {
             Add(Code::EntryGone, state.id,
@@ -144,16 +134,32 @@ private:
         }
     }
 
-    void LookAtPicture(const SymbolState& state)
+    void LookAtFile(const SymbolState& state)
     {
         if (state.fileProblem.empty()) {
             return;
         }
         const bool isHeld = !state.file.empty() && state.fileProblem != kFileNotHeld;
-        Add(isHeld ? Code::PictureUnreadable : Code::PictureMissing, state.id,
-            "the picture " + Quote(state.file) + " cannot be shown: " + Printable(state.fileProblem),
-            isHeld ? "Mend the picture in its library, and run \"lusym document update\"."
-                   : "Remove the symbol, and place it again from its library.");
+        const Code code = state.isShape ? isHeld ? Code::ShapeUnreadable : Code::ShapeMissing
+                          : isHeld      ? Code::PictureUnreadable
+                                        : Code::PictureMissing;
+        const std::string kind = state.isShape ? "shape" : "picture";
+        Add(code, state.id,
+            "the " + kind + " " + Quote(state.file) + " cannot be shown: " + Printable(state.fileProblem),
+            isHeld ? "Mend the " + kind + " in its library, and run \"lusym document update\"."
+                   : std::string("Remove the symbol, and place it again from its library."));
+    }
+
+    void LookAtAttachments()
+    {
+        for (const Heir& heir : FindHeirs(m_source.GetDocument(), m_source.GetLostAttachments())) {
+            const std::string likeliest =
+                heir.part ? "the likeliest heir is " + Quote(AttachmentPathOf(*heir.part)) : "no part is called alike";
+            Add(Code::PartGone, heir.symbol,
+                "the symbol is attached to the part " + Quote(heir.path) + ", which is not there; " + likeliest,
+                heir.part ? "Run \"lusym document update --reattach\" to put it on the heir."
+                          : "Place it again with --attach, or leave it where it is.");
+        }
     }
 
     void LookAtPlace(const SymbolState& state)
@@ -161,9 +167,11 @@ private:
         const bool isPlaced = std::isfinite(state.center.x) && std::isfinite(state.center.y) &&
                               std::isfinite(state.center.z) && std::isfinite(state.width) &&
                               std::isfinite(state.height);
-        if (!isPlaced || state.width <= 0.0 || state.height <= 0.0) {
+        const bool hasSize = state.isShape ? std::isfinite(state.scale) && std::abs(state.scale) > 0.0
+                                           : state.width > 0.0 && state.height > 0.0;
+        if (!isPlaced || !hasSize) {
             Add(Code::NoSize, state.id, "the symbol has no size or no place",
-                "Remove it, and place it again with --size.");
+                state.isShape ? "Remove it, and place it again." : "Remove it, and place it again with --size.");
             return;
         }
         if (state.page != 0) {
@@ -240,38 +248,6 @@ private:
 };
 
 } // namespace
-
-std::span<const DocumentFindingKind> AllDocumentFindingKinds() { return kKinds; }
-
-const DocumentFindingKind& KindOf(DocumentFindingCode code)
-{
-    const DocumentFindingKind& kind = kKinds[static_cast<std::size_t>(code)];
-    assert(kind.code == code);
-    return kind;
-}
-
-std::string FormatFinding(std::string_view document, const DocumentFinding& finding)
-{
-    const DocumentFindingKind& kind = KindOf(finding.code);
-    std::string line = Printable(document);
-    if (!finding.symbol.empty()) {
-        line.append(":").append(Printable(finding.symbol));
-    }
-    line.append(": ").append(NameOf(kind.severity)).append(": ").append(finding.text).append(". ");
-    return line.append(finding.mend).append(" [").append(kind.name).append("]\n");
-}
-
-FindingCounts CountFindings(const std::vector<DocumentFinding>& findings)
-{
-    FindingCounts counts;
-    for (const DocumentFinding& finding : findings) {
-        const Severity severity = KindOf(finding.code).severity;
-        ++(severity == Severity::Error     ? counts.errors
-           : severity == Severity::Warning ? counts.warnings
-                                           : counts.notes);
-    }
-    return counts;
-}
 
 ExitCode ExamineDocument(DocumentSource& source, const std::string& name, DocumentExamination& examination)
 {

@@ -57,16 +57,6 @@ void RefuseEmpty(CLI::Option& option)
     option.check([](const std::string& name) { return name.empty() ? "needs the name of a file" : std::string(); });
 }
 
-void TellLost(const LostAttachments& lost, const std::string& name, Progress& progress)
-{
-    if (!lost.empty()) {
-        progress.Tell(Printable(name) + ": warning: " +
-                      CountOf(lost.size(), "symbol is attached to a part", "symbols are attached to parts") +
-                      " that the product does not have. \"lusym document check\" says which, and \"lusym document "
-                      "update --reattach\" mends it; another verb that writes DOC lets go of them.\n");
-    }
-}
-
 } // namespace
 
 DocumentSource::DocumentSource(const DocumentOptions& options, Progress& progress)
@@ -78,6 +68,7 @@ DocumentSource::~DocumentSource() = default;
 
 void DocumentSource::Create()
 {
+    m_document = nullptr;
     m_document = luhost::Document::Create(MakeSetup());
     for (const LibraryPlace& place : GetLibraryPlaces()) {
         RecordLibrary(place);
@@ -143,6 +134,7 @@ void DocumentSource::LoadOwnEntries()
             // Its file is the one that the document holds, wherever the library has its own.
             const std::string file = FileNameOf(*item);
             SetFilePath(*item, file.empty() ? file : GetPictureFolder() + "/" + file);
+            DropFolderThumbnail(*item);
         }
         merge.PutObject(entry);
     }

@@ -8,10 +8,12 @@
 #include "OutputFile.h"
 #include "Printable.h"
 #include "Progress.h"
+#include "Reattachment.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <memory>
 
 namespace lusym
@@ -25,18 +27,33 @@ struct UpdateOptions {
     std::string name;
     std::string output;
     bool isDryRun = false;
+    bool isToReattach = false;
     bool asJson = false;
 };
 
-ExitCode PutReport(const UpdateOptions& options, const DocumentUpdate& update, bool isWritten, Progress& progress)
+/// What the verb has done to the open document.
+struct Work {
+    DocumentUpdate update;
+    std::vector<Reattachment> reattached;
+    bool isMoved = false; ///< other libraries are recorded than before
+
+    bool IsEmpty() const
+    {
+        return update.IsEmpty() && !isMoved &&
+               std::ranges::all_of(reattached, &std::string::empty, &Reattachment::heir);
+    }
+};
+
+ExitCode PutReport(const UpdateOptions& options, const Work& work, bool isWritten, Progress& progress)
 {
     std::string report;
     if (options.asJson) {
         nlohmann::ordered_json json = {{"file", options.name}, {"written", isWritten}};
-        json.update(UpdateAsJson(update));
+        json.update(UpdateAsJson(work.update));
+        json["reattached"] = ReattachmentsAsJson(work.reattached);
         report = JsonText(json);
     } else {
-        report = UpdateAsText(update, options.name);
+        report = UpdateAsText(work.update, options.name) + ReattachmentsAsText(work.reattached, options.name);
     }
     // Where the document itself goes to standard output the report must not.
     if (isWritten && OutputFile::IsStandardOutput(options.output)) {
@@ -61,7 +78,7 @@ std::string Summary(const DocumentUpdate& update, bool isWritten)
 
 ExitCode UpdateOpened(const UpdateOptions& options, DocumentSource& source, Progress& progress)
 {
-    if (source.GetLibraryPlaces().empty()) {
+    if (source.GetLibraryPlaces().empty() && !options.isToReattach) {
         progress.Tell(Printable(options.name) + ": error: the document records no library. Name one with --library.\n");
         return ExitCode::Usage;
     }
@@ -71,13 +88,20 @@ ExitCode UpdateOpened(const UpdateOptions& options, DocumentSource& source, Prog
         return read;
     }
     progress.Step("updating symbols");
-    const DocumentUpdate update = UpdateDocument(source, libraries);
+    Work work;
+    if (!libraries.empty()) {
+        work.update = UpdateDocument(source, libraries);
+        work.isMoved = source.RecordOnly(source.GetLibraryPlaces());
+    }
+    const DocumentUpdate& update = work.update;
     for (const std::string& conflict : update.conflicts) {
         progress.Tell(Printable(options.name) + ": error: " + conflict + ".\n");
     }
-    const bool isMoved = source.RecordOnly(source.GetLibraryPlaces());
-    const bool isToWrite = !options.isDryRun && update.conflicts.empty() && (!update.IsEmpty() || isMoved);
-    const ExitCode reported = PutReport(options, update, isToWrite, progress);
+    if (options.isToReattach && update.conflicts.empty()) {
+        work.reattached = ReattachSymbols(source.GetDocument(), source.GetLostAttachments());
+    }
+    const bool isToWrite = !options.isDryRun && update.conflicts.empty() && !work.IsEmpty();
+    const ExitCode reported = PutReport(options, work, isToWrite, progress);
     if (reported != ExitCode::Done) {
         return reported;
     }
@@ -103,11 +127,15 @@ void AddDocumentUpdate(CLI::App& document, Invocation& invocation)
     AddDocumentArgument(verb, options->name);
     verb.add_flag("--dry-run", options->isDryRun, "Report only");
     verb.add_flag("--json", options->asJson, "The report as JSON");
+    verb.add_flag("--reattach", options->isToReattach,
+                  "Put 3D symbols whose part is not there on the part that is called alike and is nearest");
     AddDocumentLibraryOptions(verb, options->document);
     AddDocumentOutputOption(verb, options->output);
     verb.footer(
-        "Each symbol takes over its entry's name, title, description, tooltip flags, tags and picture. A new picture\n"
-        "keeps the symbol's width; the height follows. Place, turns, flips and colours stay, and so do symbols whose\n"
+        "Each symbol takes over its entry's name, title, description, tooltip flags, tags, and picture or shape. A "
+        "new\n"
+        "picture keeps the symbol's width; the height follows. A new shape stands where the old one did. Place, turns, "
+        "flips and colours stay, and so do symbols whose\n"
         "entry is gone or that follow none. What was taken over is told on stdout, symbol by symbol. When nothing has\n"
         "changed nothing is written. The libraries of --library are those that the document records from then on.\n\n"
         "Examples:\n"

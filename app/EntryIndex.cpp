@@ -206,6 +206,19 @@ void SetFilePath(PartslibraryItem& entry, const std::string& path)
 
 std::string FileNameOf(const PartslibraryItem& entry) { return du::FileSpec(FilePathOf(entry)).GetFile(); }
 
+void DropFolderThumbnail(PartslibraryItem& entry)
+{
+    if (auto* const shape = dynamic_cast<PartslibraryOlItem*>(&entry)) {
+        if (du::FileSpec(shape->GetOlGalleryThumbnailUrl()).GetFile().empty()) {
+            shape->SetOlGalleryThumbnailUrl({});
+        }
+    } else if (auto* const image = dynamic_cast<PartslibraryImageItem*>(&entry)) {
+        if (du::FileSpec(image->GetImageGalleryThumbnailUrl()).GetFile().empty()) {
+            image->SetImageGalleryThumbnailUrl({});
+        }
+    }
+}
+
 std::string FaultOfFile(const EntryIndex::Entry& entry)
 {
     const std::string kind = FileKindOf(*entry.item);

@@ -62,6 +62,8 @@ std::string FileKindOf(const lusymbols::PartslibraryItem& entry);
 const std::string& FilePathOf(const lusymbols::PartslibraryItem& entry);
 void SetFilePath(lusymbols::PartslibraryItem& entry, const std::string& path);
 std::string FileNameOf(const lusymbols::PartslibraryItem& entry);
+/// Lets an entry without a thumbnail have none. Read from a delivered library it would name the folder.
+void DropFolderThumbnail(lusymbols::PartslibraryItem& entry);
 
 /// @return why the file of a library's entry cannot be taken; empty when it can
 std::string FaultOfFile(const EntryIndex::Entry& entry);

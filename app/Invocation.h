@@ -37,6 +37,7 @@ void AddPartMove(CLI::App& part, Invocation& invocation);
 /// And the verb that hides.
 void AddPartShow(CLI::App& part, Invocation& invocation);
 void AddRender(CLI::App& program, Invocation& invocation);
+void AddFlatten(CLI::App& program, Invocation& invocation);
 void AddDemo(CLI::App& program, Invocation& invocation);
 
 } // namespace lusym

@@ -124,7 +124,8 @@ void AddPartMove(CLI::App& part, Invocation& invocation)
     AddDocumentOutputOption(verb, options->output);
     verb.footer(
         "A part is turned before it is moved. What is in an assembly moves along, unless it has been moved by itself.\n"
-        "Other occurrences of the same component stay where they are.\n\n"
+        "Other occurrences of the same component stay where they are. Symbols that follow are told on stdout; they go\n"
+        "where the part goes and do not turn with it.\n\n"
         "Examples:\n"
         "  lusym part move manual.luz /housing/cover --by 0,0,40\n"
         "  lusym part move manual.luz /input/shaft --rotate z,30 --about 0,0,0 --by=-20,0,0\n\n"

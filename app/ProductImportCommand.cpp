@@ -5,6 +5,7 @@
 #include "Printable.h"
 #include "ProductSource.h"
 #include "Progress.h"
+#include "SymbolAttachment.h"
 
 #include <CLI/CLI.hpp>
 
@@ -30,6 +31,7 @@ ExitCode RunImport(const ImportOptions& options, Progress& progress)
         }
         const ExitCode saved = source.Save(options.output);
         if (saved == ExitCode::Done) {
+            TellLost(FindLostAttachmentsOfLiving(source.GetDocument()), options.name, progress);
             progress.Tell(Printable(options.product.model) + ": " +
                           CountOf(PartsOf(source.GetDocument()).size(), "part", "parts") + ", " +
                           CountOf(TrianglesOf(source.GetDocument()), "triangle", "triangles") + ".\n");

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <memory>
 #include <optional>
 
@@ -31,24 +30,16 @@ struct RenderOptions {
     bool isPageGiven = false;
 };
 
-const std::map<std::string, PictureFormat>& Formats()
-{
-    static const std::map<std::string, PictureFormat> formats = {
-        {"svg", PictureFormat::Svg}, {"pdf", PictureFormat::Pdf}, {"png", PictureFormat::Png}};
-    return formats;
-}
-
 std::optional<PictureFormat> FormatOfName(const std::string& name)
 {
     const std::size_t dot = name.rfind('.');
-    const auto known = Formats().find(CLI::detail::to_lower(dot == name.npos ? std::string() : name.substr(dot + 1)));
-    return known == Formats().end() ? std::nullopt : std::optional(known->second);
+    return FindPictureFormat(CLI::detail::to_lower(dot == name.npos ? std::string() : name.substr(dot + 1)));
 }
 
 void TellPictureProblems(const std::vector<SymbolState>& states, const std::string& name, Progress& progress)
 {
     for (const SymbolState& state : states) {
-        if (!state.fileProblem.empty()) {
+        if (state.isPicture && !state.fileProblem.empty()) {
             progress.Tell(Printable(name) + ":" + Printable(state.id) + ": warning: the picture " + Quote(state.file) +
                           " cannot be shown: " + Printable(state.fileProblem) +
                           ". The symbol is drawn as a crossed box.\n");
@@ -199,7 +190,7 @@ void AddRender(CLI::App& program, Invocation& invocation)
     const auto format = std::make_shared<PictureFormat>();
     const CLI::Option* const formatOption =
         verb.add_option("--format", *format, "svg, pdf or png (default: by the ending of PICTURE)")
-            ->transform(CLI::CheckedTransformer(Formats(), CLI::ignore_case).description(""))
+            ->transform(CLI::CheckedTransformer(PictureFormats(), CLI::ignore_case).description(""))
             ->type_name("FORMAT");
     const CLI::Option* const page =
         verb.add_option("--page", options->drawing.page,

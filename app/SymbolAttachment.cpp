@@ -1,8 +1,10 @@
 #include "SymbolAttachment.h"
 
 #include "annotations3d/SymbolAnnotation.h"
+#include "Finding.h"
 #include "PartState.h"
 #include "Printable.h"
+#include "Progress.h"
 
 #include <luannotations/ConstStrings.h>
 #include <luhost/Document.h>
@@ -111,11 +113,12 @@ LostAttachments FindLostAttachments(const luhost::Document& document)
 {
     LostAttachments lost;
     const SavedWords words;
-    document.ForEachUnmade([&](const du::Symbol& idPath, const luk::SerializedContentElement& content) {
-        if (content.GetName() == luannotations::ConstStrings::luSymbol3D) {
-            KeepLost(document, idPath.GetText(), SavedAttachmentsOf(content, words), lost);
-        }
-    });
+    document.ForEachUnmade(
+        [&](const du::Symbol& idPath, const luk::SerializedContentElement& content, const std::string&) {
+            if (content.GetName() == luannotations::ConstStrings::luSymbol3D) {
+                KeepLost(document, idPath.GetText(), SavedAttachmentsOf(content, words), lost);
+            }
+        });
     return lost;
 }
 
@@ -128,6 +131,16 @@ LostAttachments FindLostAttachmentsOfLiving(const luhost::Document& document)
         }
     }
     return lost;
+}
+
+void TellLost(const LostAttachments& lost, const std::string& document, Progress& progress)
+{
+    if (!lost.empty()) {
+        progress.Tell(Printable(document) + ": warning: " +
+                      CountOf(lost.size(), "symbol is attached to a part", "symbols are attached to parts") +
+                      " that the product does not have. \"lusym document check\" says which, and \"lusym document "
+                      "update --reattach\" mends it; another verb that writes the document lets go of them.\n");
+    }
 }
 
 std::string AttachSymbol(const luhost::Document& document, SymbolAnnotation& symbol, const PartLookup::Part& part)

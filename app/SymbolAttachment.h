@@ -17,7 +17,7 @@ class SymbolAnnotation;
 namespace lusym
 {
 
-class DocumentSource;
+class Progress;
 
 /// One part that a symbol is attached to.
 struct SymbolAttachment {
@@ -38,6 +38,9 @@ using LostAttachments = std::unordered_map<std::string, std::vector<SymbolAttach
 LostAttachments FindLostAttachments(const luhost::Document& document);
 /// The same for symbols that live, after a new product has come.
 LostAttachments FindLostAttachmentsOfLiving(const luhost::Document& document);
+
+/// Says on stderr that there are some; nothing when there are none.
+void TellLost(const LostAttachments& lost, const std::string& document, Progress& progress);
 
 /// The part that a symbol means by a path, which is asked for in the service tree first. Null when it is not there.
 PartLookup::Part FindAttachedPart(const luhost::Document& document, const std::string& path);

@@ -95,7 +95,8 @@ ExitCode PlaceInto(DocumentSource& source, const PlaceOptions& options, const st
     const std::vector<PlacementResult> results = PlaceSymbols(source, lines, libraries);
     for (std::size_t index = 0; index < results.size(); ++index) {
         if (!results[index].error.empty()) {
-            progress.Tell(PlaceOfOrder(options, lines[index]) + ": error: " + results[index].error + ".\n");
+            progress.Tell(PlaceOfOrder(options, lines[index]) + ": error: " + results[index].error +
+                          (results[index].error.ends_with('?') ? "\n" : ".\n"));
         }
     }
     const ExitCode judgement = Judge(results);
@@ -216,7 +217,8 @@ void AddSymbolPlace(CLI::App& symbol, Invocation& invocation)
     AddDocumentLibraryOptions(verb, options->document);
     AddDocumentOutputOption(verb, options->output);
     verb.footer(
-        "The picture is copied into DOC, and so is the entry, so that DOC needs nothing beside it. The symbol\n"
+        "The picture or the shape is copied into DOC, and so is the entry, so that DOC needs nothing beside it. A\n"
+        "shape stands in the view, by its own origin, and follows the parts that it is attached to. The symbol\n"
         "follows its entry (see \"lusym document update\") unless it has a title or a description of its own.\n"
         "The new ids go to stdout, one on each line.\n\n"
         "FILE is a table whose first line names the columns, or JSON: an array of objects, or one on each line.\n"
@@ -224,6 +226,7 @@ void AddSymbolPlace(CLI::App& symbol, Invocation& invocation)
         "Examples:\n"
         "  lusym symbol place manual.luz --entry img-warning-hot --page 1 --at 40,250 --size 25\n"
         "  lusym symbol place manual.luz --entry img-arrow-straight --at -10,5,120 --rotate 90 --library lib.xml\n"
+        "  lusym symbol place manual.luz --entry shp-arrow --attach /housing/cover --rotate y,90 --color red\n"
         "  printf 'entry,page,x,y,width\\nimg-step-1,1,20,270,12\\nimg-step-2,1,20,240,12\\n' |\n"
         "      lusym symbol place manual.luz --from -\n\n"
         "Exit codes: 0 placed; 1 nothing was placed; 3 DOC, FILE or a library is unreadable; 4 not writable; 5 a\n"

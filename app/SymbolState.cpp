@@ -2,6 +2,7 @@
 
 #include "annotations2d/Symbol2D.h"
 #include "annotations3d/SymbolAnnotation.h"
+#include "annotations3d/SymbolAnnotationFlattened.h"
 #include "Printable.h"
 #include "TextTable.h"
 #include "TextValues.h"
@@ -15,6 +16,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 
 namespace lusym
 {
@@ -24,6 +26,7 @@ namespace
 
 using luannotations::Symbol2D;
 using luannotations::SymbolAnnotation;
+using luannotations::SymbolAnnotationFlattened;
 using luk::illustration::SequencerTag;
 using nlohmann::ordered_json;
 
@@ -140,6 +143,20 @@ void FillFrom(SymbolState& state, const luhost::Document& document, SymbolAnnota
     state.attachments = AttachmentsOf(document, symbol);
 }
 
+void FillFrom(SymbolState& state, const SymbolAnnotationFlattened& symbol)
+{
+    state.title = symbol.GetTitle();
+    state.description = symbol.GetDescription();
+    state.showsTitle = symbol.ShowTooltipTitle();
+    state.showsDescription = symbol.ShowTooltipDescription();
+    state.entryName = symbol.GetName().GetText();
+    state.file = symbol.GetFileName().GetText();
+    const dg::FMat33 xform = symbol.GetXform();
+    state.center = {static_cast<double>(xform.Get(0, 2)), static_cast<double>(xform.Get(1, 2)), 0.0};
+    state.width = static_cast<double>(xform.Get(0, 0));
+    state.height = static_cast<double>(xform.Get(1, 1));
+}
+
 std::string YesOrNo(bool value) { return value ? "yes" : "no"; }
 
 std::string SizeText(const SymbolState& state) { return NumberText(state.width) + " x " + NumberText(state.height); }
@@ -201,13 +218,20 @@ ordered_json ShapeAsJson(const SymbolState& state)
     return json;
 }
 
+/// To a tenth of a thousandth, below which nobody places anything.
+dg::DPoint3D Rounded(const dg::DVec3& offset)
+{
+    const auto round = [](double number) { return std::round(number * 1e4) / 1e4 + 0.0; };
+    return {round(offset.x), round(offset.y), round(offset.z)};
+}
+
 /// "/cover by 0,0,12"
 std::string AttachmentsText(const SymbolState& state)
 {
     std::string text;
     for (const SymbolAttachment& attachment : state.attachments) {
         text.append(text.empty() ? "" : "; ").append(Printable(attachment.path));
-        text.append(" by ").append(PointText(dg::DPoint3D::ORIGIN + attachment.offset, true));
+        text.append(" by ").append(PointText(Rounded(attachment.offset), true));
     }
     for (const SymbolAttachment& attachment : state.lostAttachments) {
         text.append(text.empty() ? "" : "; ").append(Printable(attachment.path)).append(" (!)");
@@ -233,6 +257,9 @@ SymbolState StateOf(const luhost::Document& document, luk::Annotation& annotatio
     } else if (SymbolAnnotation* const shape = AsShape(annotation)) {
         state.isShape = true;
         FillFrom(state, document, *shape);
+    } else if (const auto* const flattened = dynamic_cast<const SymbolAnnotationFlattened*>(&annotation)) {
+        state.isFlattened = true;
+        FillFrom(state, *flattened);
     }
     return state;
 }
@@ -285,7 +312,7 @@ ordered_json StateAsJson(const SymbolState& state)
 {
     ordered_json json = {{"id", state.id}, {"kind", state.kind}};
     json["page"] = state.page == 0 ? ordered_json() : ordered_json(state.page);
-    if (!state.isPicture && !state.isShape) {
+    if (!state.isPicture && !state.isShape && !state.isFlattened) {
         return json;
     }
     json["entry"] = state.entry.empty() ? ordered_json() : ordered_json(state.entry);
@@ -295,7 +322,9 @@ ordered_json StateAsJson(const SymbolState& state)
     json["description"] = state.description;
     json["showDescription"] = state.showsDescription;
     json["at"] = {state.center.x, state.center.y, state.center.z};
-    json.update(state.isShape ? ShapeAsJson(state) : PictureAsJson(state));
+    json.update(state.isShape       ? ShapeAsJson(state)
+                : state.isFlattened ? ordered_json({{"size", {state.width, state.height}}, {"shape", state.file}})
+                                    : PictureAsJson(state));
     json["tags"] = state.tags;
     return json;
 }
@@ -318,7 +347,7 @@ std::string StatesAsTable(const std::vector<SymbolState>& states, bool withPage)
                entry,
                Printable(state.file) + (state.fileProblem.empty() ? "" : " (!)"),
                Printable(state.title)};
-        if (state.isPicture || state.isShape) {
+        if (state.isPicture || state.isShape || state.isFlattened) {
             row[2] = PointText(state.center, state.page == 0);
             row[3] = state.isShape ? "x " + NumberText(state.scale) : SizeText(state);
         }

@@ -40,6 +40,7 @@ struct SymbolState {
     std::string kind; ///< the class word
     bool isPicture = false;
     bool isShape = false;
+    bool isFlattened = false; ///< what is left of a shape on a page
     std::string title;
     std::string description;
     bool showsTitle = false;

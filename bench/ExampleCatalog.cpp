@@ -6,6 +6,7 @@
 #include "xml/SymbolTemplateWriter.h"
 
 #include <luhost/io/PictureDecoders.h>
+#include <luhost/ProductMeshReader.h>
 #include <luk/illustration/SequencerTag.h>
 
 #include <cstdint>
@@ -126,6 +127,7 @@ Workplace::Workplace()
     config.baseFolder = m_folder;
     config.temporaryDirectory = m_folder;
     config.loader.decoders = luhost::io::MakePictureDecoders();
+    config.loader.shapeReaders = {std::make_shared<luhost::ProductMeshReader>()};
     m_session = std::make_unique<luhost::Session>(config);
 }
 
@@ -153,6 +155,19 @@ std::string Workplace::PictureFile(const std::string& name)
     if (!std::filesystem::exists(path)) {
         std::filesystem::create_directories(path.parent_path());
         std::ofstream(path, std::ios::binary) << MakeBitmap(std::hash<std::string>()(name));
+    }
+    return path.string();
+}
+
+std::string Workplace::ShapeFile(const std::string& name, std::size_t seed)
+{
+    const std::filesystem::path path = std::filesystem::path(m_folder) / "Symbols" / name;
+    if (!std::filesystem::exists(path)) {
+        std::vector<dg::FVec3> corners = {
+            {0.0F, 0.0F, 0.0F}, {1.0F, 0.0F, 0.0F}, {0.0F, 1.0F, static_cast<float>(seed)}};
+        const luk::Mesh mesh(std::move(corners), {0, 1, 2}, {});
+        std::filesystem::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << luhost::MeshToPly(mesh);
     }
     return path.string();
 }

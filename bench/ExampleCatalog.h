@@ -36,6 +36,8 @@ public:
     std::string LibraryFile(std::size_t entries);
     /// Path of a small picture of this name in the "Symbols" folder of the session; written when first asked for.
     std::string PictureFile(const std::string& name);
+    /// The same for a small shape, different for each seed.
+    std::string ShapeFile(const std::string& name, std::size_t seed);
     /// Path of a document to write to and read from.
     std::string DocumentFile(std::size_t symbols) const;
     /// Path of a file to write to.

@@ -715,13 +715,15 @@ void Document::SetLibraryText(std::string text) { m_content->m_libraryText = std
 
 std::vector<std::string> Document::GetUsedTemplateIds() const { return m_content->GetUsedTemplateIds(); }
 
-void Document::ForEachUnmade(
-    const std::function<void(const du::Symbol& idPath, const luk::SerializedContentElement& content)>& look) const
+void Document::ForEachUnmade(const LookAtSaved& look) const
 {
+    const auto& templateIds = m_content->m_file.templateIds;
     for (std::size_t i = 0; i < m_content->m_parts.size(); ++i) {
         for (const DocumentFile::Slot& slot : m_content->m_file.GetPart(i).annotations) {
             if (slot.content) {
-                look(slot.idPath, *slot.content);
+                const std::uint64_t* const index = FindTemplateIndex(*slot.content);
+                const bool isBound = index && *index < templateIds.size() && templateIds[*index];
+                look(slot.idPath, *slot.content, isBound ? *templateIds[*index] : std::string());
             }
         }
     }

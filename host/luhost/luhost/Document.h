@@ -112,10 +112,11 @@ public:
     /// Asks every annotation for its content.
     std::vector<std::string> GetUsedTemplateIds() const;
 
-    /// Shows the saved content of every annotation that has not been made: before AttachAnnotations what the file says, as
-    /// it says it.
-    void ForEachUnmade(
-        const std::function<void(const du::Symbol& idPath, const luk::SerializedContentElement& content)>& look) const;
+    /// Is shown the saved content of an annotation, and the id of the library entry that it is bound to, if any.
+    using LookAtSaved = std::function<void(const du::Symbol& idPath, const luk::SerializedContentElement& content,
+                                           const std::string& templateId)>;
+    /// Goes through the annotations that have not been made: before AttachAnnotations what the file says, as it says it.
+    void ForEachUnmade(const LookAtSaved& look) const;
 
     /// Makes the annotations of the file and attaches them. Template indices in the file count the ids listed there; they
     /// are resolved by id in the session's collection, so that the library must be loaded before. Once, after Open.

@@ -1,0 +1,184 @@
+#include "DocumentFlattening.h"
+
+#include "annotations3d/SymbolAnnotationFlattened.h"
+#include "DocumentSource.h"
+#include "SymbolState.h"
+
+#include <dg/Camera3D.h>
+#include <dg/DBox.h>
+#include <dg/DMat33.h>
+#include <dg/DMat44.h>
+#include <dg/Pipeline.h>
+#include <luhost/Document.h>
+#include <luk/illustration2d/Scene2D.h>
+#include <luk/InstanceCheck.h>
+#include <luk/Shape.h>
+#include <luk/ShapeInstance.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace lusym
+{
+
+namespace
+{
+
+using luannotations::SymbolAnnotationFlattened;
+
+/// From pixels of the viewport, which count down from its upper left corner, to millimetres of the sheet, which count up.
+class SheetPlacement
+{
+public:
+    SheetPlacement(const FlatSheet& sheet, const dg::Camera3D& camera)
+    {
+        const double width = camera.GetPixelWidth();
+        const double height = camera.GetPixelHeight();
+        m_scale = std::min(sheet.width / width, sheet.height / height);
+        m_left = 0.5 * (sheet.width - m_scale * width);
+        m_top = 0.5 * (sheet.height + m_scale * height);
+    }
+
+    double GetScale() const { return m_scale; }
+    dg::DPoint3D At(double x, double y) const { return {m_left + m_scale * x, m_top - m_scale * y, 0.0}; }
+
+private:
+    double m_scale = 1.0;
+    double m_left = 0.0;
+    double m_top = 0.0;
+};
+
+/// A symbol of a page faces the reader, whatever it did in space.
+void PlaceContent(luk::SerializedContentElement& content, const SheetPlacement& placement)
+{
+    static const du::Symbol center("center");
+    static const du::Symbol width("width");
+    static const du::Symbol height("height");
+    static const du::Symbol faces("isbillboard");
+    static const du::Symbol isOnScreen("screenSpace");
+    static const du::Symbol ownPlace("bbXform");
+    auto& properties = content.GetProperties();
+    std::erase_if(properties, [](const auto& property) { return property.key == ownPlace; });
+    for (auto& [key, value, foreign] : properties) {
+        if (auto* const point = std::get_if<dg::DPoint3D>(&value); point && key == center) {
+            *point = placement.At(point->x, point->y);
+        } else if (auto* const half = std::get_if<float>(&value); half && (key == width || key == height)) {
+            *half = static_cast<float>(static_cast<double>(*half) * placement.GetScale());
+        } else if (auto* const flag = std::get_if<bool>(&value); flag && (key == faces || key == isOnScreen)) {
+            *flag = key == faces;
+        }
+    }
+}
+
+/// Around what a camera sees of a shape, on the sheet; empty when it is not seen.
+dg::DBox BoxOnSheet(const luk::ShapeInstance& instance, const dg::Camera3D& camera, const SheetPlacement& placement)
+{
+    dg::DBox box;
+    const auto& shape = instance.GetShape();
+    if (!shape || !shape->GetMesh()) {
+        return box;
+    }
+    const dg::FBox& own = shape->GetMesh()->GetBox();
+    const dg::Location& place = instance.GetLocation();
+    for (const float x : {own.GetMin().x, own.GetMax().x}) {
+        for (const float y : {own.GetMin().y, own.GetMax().y}) {
+            for (const float z : {own.GetMin().z, own.GetMax().z}) {
+                dg::DPoint2D pixel;
+                if (camera.ProjectPoint(place.GetPosition() + place.GetMat() * dg::DVec3(x, y, z), pixel)) {
+                    box.Enclose(placement.At(pixel.x, pixel.y));
+                }
+            }
+        }
+    }
+    return box;
+}
+
+/// The common part of a flattened symbol says nothing of its place, which is given to it here.
+void GivePlace(SymbolAnnotationFlattened& symbol, const std::string& id, double x, double y, double width,
+               double height)
+{
+    luannotations::SymbolInfoFlattened record;
+    record.title = symbol.GetTitle();
+    record.description = symbol.GetDescription();
+    record.showTooltipTitle = symbol.ShowTooltipTitle();
+    record.showTooltipDescription = symbol.ShowTooltipDescription();
+    record.fileName = symbol.GetFileName();
+    record.name = symbol.GetName();
+    record.id = du::Symbol(id);
+    const auto f = [](double value) { return static_cast<float>(value); };
+    record.xform = dg::FMat33(f(width), 0.0F, f(x), 0.0F, f(height), f(y), 0.0F, 0.0F, 1.0F);
+    symbol.SetSymbolInfo(record);
+}
+
+/// The id of the node that the symbol had in the product.
+std::string NodeIdOf(const luk::SerializedContentElement& content)
+{
+    static const du::Symbol id("ID");
+    for (const auto& property : content.GetProperties()) {
+        if (const auto* const text = std::get_if<du::Symbol>(&property.value); text && property.key == id) {
+            return text->GetText();
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+bool FlattenedView::Read(DocumentSource& source, const FlatSheet& sheet)
+{
+    const luhost::Document& document = source.GetDocument();
+    const dg::Camera3D camera = document.GetCamera();
+    if (camera.GetPixelWidth() <= 0 || camera.GetPixelHeight() <= 0) {
+        return false;
+    }
+    m_sheet = sheet;
+    const SheetPlacement placement(sheet, camera);
+    const dg::Pipeline pipeline(camera, 1.0);
+    for (const du::SmartPtr<luk::Annotation>& annotation : document.GetAnnotations()) {
+        luk::SerializedContentElement parent;
+        if (document.GetPageOf(*annotation) >= 0 || !annotation->IsVisible() ||
+            !annotation->Flatten(parent, {}, luk::InstanceCheck(), pipeline) || parent.GetChildCount() != 1) {
+            continue;
+        }
+        Symbol symbol{std::move(parent.GetChild(0)), {}, annotation->GetIDPath()};
+        if (const auto instance = annotation->GetShapeInstance()) {
+            const dg::DBox box = BoxOnSheet(*instance, camera, placement);
+            if (box.IsEmpty()) {
+                continue;
+            }
+            symbol.box = {box.GetMin().x, box.GetMin().y, box.GetMax().x - box.GetMin().x,
+                          box.GetMax().y - box.GetMin().y};
+        } else {
+            PlaceContent(symbol.content, placement);
+        }
+        m_symbols.push_back(std::move(symbol));
+    }
+    return true;
+}
+
+std::size_t FlattenedView::PutOnPage(DocumentSource& source) const
+{
+    luhost::Document& document = source.GetDocument();
+    const std::size_t page = document.AddPage({m_sheet.width, m_sheet.height});
+    const du::SmartPtr<luk::Scene> scene(document.GetPage(page).get());
+    std::size_t count = 0;
+    for (const auto& [content, box, idPath] : m_symbols) {
+        const auto annotation = du::DynamicCast<luk::Annotation>(
+            source.GetLibrarySource().CreateComponent("create", "annotation", content.GetName().GetText()));
+        if (!annotation || !annotation->InitializeFromSerializedContent(&content)) {
+            continue;
+        }
+        annotation->SetPageNum(static_cast<int>(page) + 1);
+        annotation->SetIDPath(idPath);
+        if (const auto flattened = du::DynamicCast<SymbolAnnotationFlattened>(annotation)) {
+            GivePlace(*flattened, NodeIdOf(content), box.left + 0.5 * box.width, box.bottom + 0.5 * box.height,
+                      box.width, box.height);
+        }
+        const InterruptHold hold;
+        count += document.AddAnnotation(annotation, scene) ? 1U : 0U;
+    }
+    source.WaitForLoads();
+    return count;
+}
+
+} // namespace lusym
