@@ -25,7 +25,7 @@ namespace
 using luk::illustration::SymbolTemplateCollection;
 using lusymbols::PartslibraryImageItem;
 
-constexpr dp::TraceChannel kChannel{"symbol3d", "symbol2d"};
+constexpr dp::TraceChannel kTemplateChannel{"symbol3d", "symbol2d"};
 
 /// Half a size that is to be taken from a picture still on its way.
 constexpr float kSizeNotKnownYet = -0.01F;
@@ -290,8 +290,8 @@ void Symbol2D::FinishTemplateLoad(du::SmartPtr<Symbol2D> symbol, std::uint64_t n
             if (status == 0) {
                 symbol->CompleteUpdateStamp(fileName, previousWidth);
             } else {
-                dp::LUTracer(kChannel).Trace(dp::LUTracer::WARNING,
-                                             "UpdateStampEvent failed to complete successfully\n");
+                dp::LUTracer(kTemplateChannel)
+                    .Trace(dp::LUTracer::WARNING, "UpdateStampEvent failed to complete successfully\n");
                 parentWaitsOn = symbol->RestoreBeforeTemplateLoad(before, parent);
             }
             symbol->m_sourceUpdated = false;

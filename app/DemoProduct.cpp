@@ -6,10 +6,10 @@ namespace lusym
 namespace
 {
 
-constexpr const char* kDocument = "gearbox.luz";
+constexpr const char* kProductDocument = "gearbox.luz";
 constexpr const char* kShape = "library/SymbolsLibrary/Shape/screwdriver.obj";
 constexpr const char* kOtherShape = "library/SymbolsLibrary/standard/Shape/wrench.obj";
-constexpr const char* kChangedEntry = "shp-screwdriver";
+constexpr const char* kShapeEntry = "shp-screwdriver";
 
 class ProductRoad : public DemoRoad
 {
@@ -30,7 +30,7 @@ private:
                Place({"--entry", "shp-arrow", "--attach", "/housing/inspection-cover", "--rotate", "y,90", "--color",
                       "#f06010"}) &&
                Place({"--entry", "shp-oil-drop", "--attach", "drain", "--scale", "2"}) &&
-               Place({"--entry", kChangedEntry, "--attach", "/housing/inspection-cover/screw-1"});
+               Place({"--entry", kShapeEntry, "--attach", "/housing/inspection-cover/screw-1"});
     }
 
     bool MoveParts()
@@ -44,11 +44,12 @@ private:
 
     bool FollowLibrary()
     {
-        return Say("Now the entry \"" + std::string(kChangedEntry) + "\" gets another shape and another title.") &&
-               ChangeEntry(kChangedEntry, "Loosen these screws", kShape, PathOf(kOtherShape)) &&
+        return Say("Now the entry \"" + std::string(kShapeEntry) + "\" gets another shape and another title.") &&
+               ChangeEntry(kShapeEntry, "Loosen these screws", kShape, PathOf(kOtherShape)) &&
                RunInLanguage({"document", "update", m_document, "--dry-run"}) &&
                RunInLanguage({"document", "update", m_document}) && Say("Is anything amiss?") &&
-               RunInLanguage({"document", "check", m_document}) && Named(kDocument, "the product with its 3D symbols");
+               RunInLanguage({"document", "check", m_document}) &&
+               Named(kProductDocument, "the product with its 3D symbols");
     }
 
     bool Flatten()
@@ -70,7 +71,7 @@ private:
         return true;
     }
 
-    const std::string m_document = PathOf(kDocument);
+    const std::string m_document = PathOf(kProductDocument);
 };
 
 } // namespace

@@ -32,6 +32,10 @@ target_compile_options(project_defaults INTERFACE
 # GCC 12 takes a text that begins with a literal for one that overlaps itself (its bug 105651).
 target_compile_options(project_defaults INTERFACE
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release>>:-Wno-restrict>)
+if(CMAKE_UNITY_BUILD)
+  # The compiler takes a source that is compiled along with others for a header, whose classes must not hold what is private.
+  target_compile_options(project_defaults INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endif()
 if(LUSYMBOLS_SANITIZE)
   target_compile_options(project_defaults INTERFACE
     -fsanitize=${LUSYMBOLS_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

@@ -14,6 +14,7 @@
 #include <luk/illustration2d/Document2D.h>
 #include <luk/illustration2d/Scene2D.h>
 #include <luk/illustration2d/Stamp2D.h>
+#include <luk/InstanceCheck.h>
 #include <luk/Kernel.h>
 #include <luk/Operation.h>
 #include <luk/SerializedContentElement.h>
@@ -24,13 +25,6 @@
 #include <lumk/Stamp.h>
 
 #include <limits>
-
-namespace luk
-{
-class InstanceCheck
-{
-};
-} // namespace luk
 
 namespace
 {

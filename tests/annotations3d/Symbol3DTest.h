@@ -11,6 +11,7 @@
 #include <luk/AsyncEvent.h>
 #include <luk/illustration/Illustration3dScene.h>
 #include <luk/illustration/SymbolTemplateCollection.h>
+#include <luk/InstanceCheck.h>
 #include <luk/SerializedContentElement.h>
 #include <luk/Shape.h>
 #include <luk/ShapeView.h>
@@ -30,9 +31,6 @@
 namespace luk
 {
 class AnnoIdPathMapper : public du::RefCounted
-{
-};
-class InstanceCheck
 {
 };
 } // namespace luk

@@ -16,7 +16,7 @@ namespace
 
 using namespace test;
 
-constexpr const char* kExample = EXAMPLE_LIBRARY "/SymbolsLibrary/standard/PartSymbolLibrary.xml";
+constexpr const char* kDelivered = EXAMPLE_LIBRARY "/SymbolsLibrary/standard/PartSymbolLibrary.xml";
 
 TEST(LibraryFormat, WritesInPlaceWhatThenIsCanonical)
 {
@@ -81,11 +81,11 @@ TEST(LibraryFormat, LeavesTheOldFileWhenTheNewOneCannotBeWritten)
     const std::string out = folder.Write("out.xml", "old");
     // Eight blocks of 512 bytes are the largest file that may be written.
     const ProcessResult full = RunProcess(
-        {"/bin/sh", "-c", "ulimit -f 8; exec \"$@\"", "sh", LUSYM_PROGRAM, "library", "format", kExample, "-o", out});
+        {"/bin/sh", "-c", "ulimit -f 8; exec \"$@\"", "sh", LUSYM_PROGRAM, "library", "format", kDelivered, "-o", out});
     EXPECT_EQ(full.exitCode, 4);
     EXPECT_TRUE(Contains(full.err, out + ": "));
     for (const std::string& path : {folder.Path("none/out.xml"), folder.Path(), std::string("/proc/out.xml")}) {
-        const ProcessResult result = RunLusym({"library", "format", kExample, "-o", path}, 4);
+        const ProcessResult result = RunLusym({"library", "format", kDelivered, "-o", path}, 4);
         EXPECT_TRUE(Contains(result.err, path + ": cannot be written: "));
     }
     EXPECT_EQ(folder.Read("out.xml"), "old");

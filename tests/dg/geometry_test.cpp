@@ -14,8 +14,8 @@
 namespace
 {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double kEndless = std::numeric_limits<double>::infinity();
 
 /// Rotations with every branch of the conversion among them: half turns have no real part.
 const std::vector<dg::Quaternion<float>>& Rotations()
@@ -41,7 +41,7 @@ TEST(Points, BadStaysBadAndEqualsNothing)
     EXPECT_TRUE((bad + dg::DVec3(1.0, 2.0, 3.0)).IsBad());
     EXPECT_FALSE(bad == bad || dg::ApproximateEquality(bad, bad, 1e300));
     EXPECT_FALSE(dg::ApproximateEquality(dg::Location(), dg::Location(), 1.0)) << "a fresh one has no position";
-    for (const dg::DVec3& none : {dg::DVec3(), dg::DVec3(kInfinity, 1.0, 0.0), dg::DVec3(0.0, 0.0, kNan)}) {
+    for (const dg::DVec3& none : {dg::DVec3(), dg::DVec3(kEndless, 1.0, 0.0), dg::DVec3(0.0, 0.0, kNoNumber)}) {
         EXPECT_TRUE(none.Normalized().IsBad());
     }
     for (const double length : {1e-300, 1e300}) {
@@ -77,12 +77,12 @@ TEST(Matrices, SingularIsReportedAndLeftAlone)
         {1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0, 8.0, 9.0},
         {0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 0.9},
         {1e200, 2e200, 3e200, 4e200, 5e200, 6e200, 7e200, 8e200, 9e200},
-        {kInfinity, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0},
+        {kEndless, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0},
         {1e-310, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}, // its inverse is no number
     };
     for (std::size_t entry = 0; entry < 9; ++entry) {
         singular.push_back(dg::DMat33::IDENTITY.GetEntries());
-        singular.back()[entry] = kNan;
+        singular.back()[entry] = kNoNumber;
     }
     for (std::size_t i = 0; i < singular.size(); ++i) {
         dg::DMat33 matrix(singular[i]);
@@ -95,7 +95,7 @@ TEST(Locations, ApproximateEqualityLooksAtEveryNumber)
 {
     const double tolerance = 1e-3;
     for (int i = 0; i < 12; ++i) {
-        for (const double change : {0.9e-3, -0.9e-3, 1.1e-3, -1.1e-3, kNan, kInfinity}) {
+        for (const double change : {0.9e-3, -0.9e-3, 1.1e-3, -1.1e-3, kNoNumber, kEndless}) {
             dg::FMat33 matrix;
             std::array<double, 3> position{};
             if (i < 9) {
@@ -128,7 +128,7 @@ TEST(Locations, SetAndGetAreInverseAndWithoutARotationTheOrientationIsTheIdentit
     }
     using Rotation = dg::Quaternion<float>;
     for (const dg::FMat33& matrix :
-         {dg::Location::ZERO.GetMat(), dg::FMat33::Scaling(1.0, 1.0, 0.0), dg::FMat33::Scaling(1.0, kNan, 1.0)}) {
+         {dg::Location::ZERO.GetMat(), dg::FMat33::Scaling(1.0, 1.0, 0.0), dg::FMat33::Scaling(1.0, kNoNumber, 1.0)}) {
         EXPECT_EQ(Rotation::FromMat(matrix), Rotation::IDENTITY);
     }
     for (const float real : {0.0F, std::numeric_limits<float>::quiet_NaN()}) {

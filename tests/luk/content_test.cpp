@@ -242,7 +242,7 @@ TEST(ContentXml, LeavesOutAndTellsWhatIsWrong)
     }
 }
 
-class Note : public luk::Annotation
+class PlainAnnotation : public luk::Annotation
 {
 public:
     bool InitializeFromSerializedContent(const Element* element) override
@@ -257,7 +257,7 @@ public:
         element->Visit(visitor, true);
         return true;
     }
-    du::SmartPtr<luk::Annotation> Clone() override { return du::MakeCounted<Note>(*this); }
+    du::SmartPtr<luk::Annotation> Clone() override { return du::MakeCounted<PlainAnnotation>(*this); }
 };
 
 TEST(AnnotationContent, KeepsWhatItsClassRefusesAndWritesItBehindTheCommonContent)
@@ -269,7 +269,7 @@ TEST(AnnotationContent, KeepsWhatItsClassRefusesAndWritesItBehindTheCommonConten
     content.AddProperty(Word("annoId"), Word("s1"));
     content.AddProperty(Word("annoId"), true);
     content.StartChild(Word("detail")).AddProperty(Word("deep"), true);
-    const auto note = du::MakeCounted<Note>();
+    const auto note = du::MakeCounted<PlainAnnotation>();
     note->InitializeFromSerializedContent(&content);
     EXPECT_EQ(note->GetIDPath(), Word("s1"));
     EXPECT_FALSE(note->IsVisible());

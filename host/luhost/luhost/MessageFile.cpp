@@ -14,7 +14,7 @@ namespace
 {
 
 using Result = MessageFile::Result;
-using Document = std::unique_ptr<dg::XmlElem, dg::XmlFreer>;
+using Table = std::unique_ptr<dg::XmlElem, dg::XmlFreer>;
 
 Result Fault(std::size_t line, std::string reason) { return {nullptr, line, std::move(reason)}; }
 
@@ -95,8 +95,8 @@ Result MessageFile::Parse(std::string_view text)
         return Fault(0, "larger than " + std::to_string(kMaxBytes) + " bytes");
     }
     dg::XmlParseError error;
-    const Document document(dg::ParseXml(std::string(text), true, &error));
-    return document ? ReadTable(*document) : Fault(error.line, error.reason);
+    const Table table(dg::ParseXml(std::string(text), true, &error));
+    return table ? ReadTable(*table) : Fault(error.line, error.reason);
 }
 
 } // namespace luhost
