@@ -8,7 +8,7 @@
 namespace luannotations
 {
 class Symbol2D;
-struct Symbol2DInfo;
+class Symbol2DInfo;
 } // namespace luannotations
 
 namespace lusymbols

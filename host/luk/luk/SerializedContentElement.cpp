@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace luk
 {
@@ -15,7 +16,8 @@ using Property = SerializedContentElement::Property;
 template <class Real>
 bool SameReals(std::initializer_list<Real> a, std::initializer_list<Real> b) noexcept
 {
-    return std::equal(a.begin(), a.end(), b.begin(), [](Real x, Real y) { return x == y || (x != x && y != y); });
+    return std::equal(a.begin(), a.end(), b.begin(),
+                      [](Real x, Real y) { return x == y || (std::isnan(x) && std::isnan(y)); });
 }
 
 /// For values of the same type.
