@@ -145,7 +145,7 @@ TEST_F(ProductImportTest, TellsWhatIsWrongWithAFile)
     const std::string ply = "ply\nformat binary_little_endian 1.0\nelement vertex 4000000000\nproperty float x\n"
                             "property float y\nproperty float z\nelement face 0\nend_header\n";
     m_folder.Write("outside/secret.bin", std::string(36, 'x'));
-    const std::tuple<const char*, std::string, const char*> cases[] = {
+    std::vector<std::tuple<const char*, std::string, const char*>> cases = {
         {"empty.glb", "", "it is empty"},
         {"part.step", "ISO-10303", "ends in none of"},
         {"none", "x", "ends in none of"},
@@ -155,7 +155,6 @@ TEST_F(ProductImportTest, TellsWhatIsWrongWithAFile)
         {"junk.3mf", "PK\3\4junk", ""},
         {"self.gltf", Gltf(R"({"mesh":0,"children":[0]})"), "recursive"},
         {"ring.gltf", Gltf(R"({"children":[1]},{"mesh":0,"children":[2]},{"children":[1]})"), "recursive"},
-        {"laughs.gltf", Gltf(Chain(40, 2)), "memory"},
         {"deep.gltf", Gltf(Chain(300, 1)), "nested more than 200 levels"},
         {"deeper.gltf", Gltf(Chain(200000, 1)), ""},
         {"child.gltf", Gltf(R"({"mesh":0,"children":[9]})"), "out of bounds"},
@@ -167,10 +166,14 @@ TEST_F(ProductImportTest, TellsWhatIsWrongWithAFile)
         {"big.obj", "v 1e20 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n", "within a thousand kilometres"},
         {"index.obj", "v 0 0 0\nf 1 2 3\n", ""},
         {"count.gltf", Gltf(R"({"mesh":0})", "4000000000"), "out of range"},
-        {"count.ply", ply, "memory"},
         {"up/escape.gltf", Gltf(R"({"mesh":0})", "3", "../outside/secret.bin"), "not beside it"},
         {"absent.gltf", Gltf(R"({"mesh":0})", "3", "absent.bin"), "\"absent.bin\""},
     };
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    // The sanitizers need more addresses than a limit would leave them.
+    cases.emplace_back("laughs.gltf", Gltf(Chain(40, 2)), "memory");
+    cases.emplace_back("count.ply", ply, "memory");
+#endif
     ImportLimits limits;
     limits.memoryBytes = std::uint64_t{512} << 20;
     limits.seconds = 20;
