@@ -28,6 +28,7 @@ std::string PictureName(std::size_t number) { return "picture_" + std::to_string
 /// The pictures lie in the session's temporary folder, and one library entry stands for each.
 void FillCollection()
 {
+    bench::Workplace& workplace = bench::GetWorkplace(); // has the session that the collection belongs to
     const auto& collection = SymbolTemplateCollection::GetCollection();
     collection->Clear();
     for (std::size_t number = 0; number < kPictures; ++number) {
@@ -35,7 +36,7 @@ void FillCollection()
         item->SetId("picture-" + std::to_string(number));
         item->SetName("Picture " + std::to_string(number));
         item->SetTitle("Picture " + std::to_string(number));
-        item->SetImageUrl(bench::GetWorkplace().PictureFile(PictureName(number)));
+        item->SetImageUrl(workplace.PictureFile(PictureName(number)));
         collection->AddAssociativeObject(item);
     }
 }

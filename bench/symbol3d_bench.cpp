@@ -31,6 +31,7 @@ std::string ShapeName(std::size_t number) { return "shape_" + std::to_string(num
 /// The shapes lie in the session's temporary folder, and one library entry stands for each.
 void FillCollection()
 {
+    bench::Workplace& workplace = bench::GetWorkplace(); // has the session that the collection belongs to
     const auto& collection = SymbolTemplateCollection::GetCollection();
     collection->Clear();
     for (std::size_t number = 0; number < kShapes; ++number) {
@@ -38,7 +39,7 @@ void FillCollection()
         item->SetId("shape-" + std::to_string(number));
         item->SetName("Shape " + std::to_string(number));
         item->SetTitle("Shape " + std::to_string(number));
-        item->SetOlUrl(bench::GetWorkplace().ShapeFile(ShapeName(number), number));
+        item->SetOlUrl(workplace.ShapeFile(ShapeName(number), number));
         collection->AddAssociativeObject(item);
     }
 }
