@@ -179,7 +179,7 @@ void Symbol2D::RegisterTemplateObserver()
     ManageByKernel(*observer);
     m_templateObserver = observer;
     if (const du::SmartPtr<SymbolTemplateCollection>& collection = SymbolTemplateCollection::GetCollection()) {
-        collection->RegisterObserver(m_templateObserver);
+        collection->RegisterObserver(m_templateObserver, m_templateHolder.GetRelatedId());
     }
 }
 

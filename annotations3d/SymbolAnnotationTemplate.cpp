@@ -90,7 +90,7 @@ void SymbolAnnotation::RegisterTemplateObserver()
         kernel->ManageObject(*m_templateObserver);
     }
     if (const du::SmartPtr<SymbolTemplateCollection>& collection = SymbolTemplateCollection::GetCollection()) {
-        collection->RegisterObserver(m_templateObserver);
+        collection->RegisterObserver(m_templateObserver, m_templateHolder.GetRelatedId());
     }
 }
 

@@ -269,6 +269,35 @@ TEST(Collection, TellsEachChangeOnceAndABatchAltogether)
     check("detached ");
 }
 
+TEST(Collection, TellsThoseWhomAChangeConcerns)
+{
+    const auto collection = du::MakeCounted<Collection>();
+    const auto all = du::MakeCounted<CollectionListener>();
+    const auto onlyA = du::MakeCounted<CollectionListener>();
+    const auto onlyB = du::MakeCounted<CollectionListener>();
+    EXPECT_TRUE(collection->RegisterObserver(all));
+    EXPECT_TRUE(collection->RegisterObserver(onlyA, "a"));
+    EXPECT_TRUE(collection->RegisterObserver(onlyB, "b"));
+    EXPECT_FALSE(collection->RegisterObserver(onlyB, "a")) << "one place is enough";
+    EXPECT_FALSE(collection->RegisterObserver(nullptr, "a"));
+    collection->AddAssociativeObject(MakeEntry("a"));
+    collection->AddAssociativeObject(MakeEntry("other"));
+    collection->Clear();
+    {
+        Collection::UpdateBatch batch(*collection);
+        collection->AddAssociativeObject(MakeEntry("b"));
+        batch.SetLoadedFromStandard();
+    }
+    // Whoever is told last goes first, so that the group of the id comes to its end while it is told.
+    onlyA->reaction = [&] { collection->UnregisterObserver(onlyA); };
+    collection->AddAssociativeObject(MakeEntry("a"));
+    collection->AddAssociativeObject(MakeEntry("a"));
+    EXPECT_EQ(all->log, "a other several standard b a a ");
+    EXPECT_EQ(onlyA->log, "a several standard b a detached ");
+    EXPECT_EQ(onlyB->log, "several standard b ");
+    EXPECT_EQ(collection->GetObserverCount(), 2U);
+}
+
 TEST(Collection, ObserversMayChangeItWhileTheyAreTold)
 {
     const auto collection = du::MakeCounted<Collection>();

@@ -1,9 +1,9 @@
-#include <dom/Observable.h>
 #include <luk/illustration/AssociativeObject.h>
 #include <luk/illustration/AssociativeObjectCollection.h>
 #include <luk/illustration/AssociativeObjectObserver.h>
 #include <luk/illustration/CategoryInfo.h>
 #include <luk/illustration/CollectionInformation.h>
+#include <luk/illustration/ObjectObservers.h>
 #include <luk/illustration/PositionIndex.h>
 #include <luk/illustration/SymbolTemplate.h>
 
@@ -19,13 +19,6 @@ namespace
 
 /// Set in the place of a category, so that an item's place tells which of the two lists it is in.
 constexpr std::uint32_t kCategoryBit = 0x80000000U;
-
-class Subject : public dom::Observable
-{
-public:
-    using dom::Observable::DetachAllObservers;
-    using dom::Observable::NotifyObservers;
-};
 
 template <class Item>
 class IdKeys final : public PositionIndex::KeySource
@@ -151,7 +144,7 @@ struct AssociativeObjectCollection::Content {
     ObjectList objects;
     CategoryList categories;
     du::SmartPtr<CollectionInformation> information;
-    Subject subject;
+    ObjectObservers observers;
 
     std::size_t openBatches = 0;
     std::size_t changes = 0;
@@ -179,13 +172,13 @@ struct AssociativeObjectCollection::Content {
         if (!loaded && !changed) {
             return;
         }
-        subject.NotifyObservers([&](dom::Observer& observer) {
-            auto& objectObserver = static_cast<AssociativeObjectObserver&>(observer);
+        const std::string* const id = object && !loaded ? &object->GetId() : nullptr;
+        observers.Notify(id, [&](AssociativeObjectObserver& observer) {
             if (loaded) {
-                objectObserver.OnCollectionLoadedFromStandard();
+                observer.OnCollectionLoadedFromStandard();
             }
             if (changed) {
-                objectObserver.OnAssociativeObjectChanged(object);
+                observer.OnAssociativeObjectChanged(object);
             }
         });
     }
@@ -295,7 +288,7 @@ AssociativeObjectCollection::AssociativeObjectCollection() : m_content(std::make
 
 AssociativeObjectCollection::~AssociativeObjectCollection()
 {
-    m_content->subject.DetachAllObservers();
+    m_content->observers.DetachAll();
     Content::TakeAll(*this, m_content->objects);
     Content::TakeAll(*this, m_content->categories);
 }
@@ -420,14 +413,15 @@ void AssociativeObjectCollection::SetInformation(const du::SmartPtr<CollectionIn
     m_content->information = information;
 }
 
-bool AssociativeObjectCollection::RegisterObserver(const du::SmartPtr<AssociativeObjectObserver>& observer)
+bool AssociativeObjectCollection::RegisterObserver(const du::SmartPtr<AssociativeObjectObserver>& observer,
+                                                   std::string_view id)
 {
-    return m_content->subject.RegisterObserver(observer);
+    return m_content->observers.Register(observer, id);
 }
 
 bool AssociativeObjectCollection::UnregisterObserver(const AssociativeObjectObserver* observer)
 {
-    return m_content->subject.UnregisterObserver(observer);
+    return m_content->observers.Unregister(observer);
 }
 
 bool AssociativeObjectCollection::UnregisterObserver(const du::SmartPtr<AssociativeObjectObserver>& observer)
@@ -435,14 +429,14 @@ bool AssociativeObjectCollection::UnregisterObserver(const du::SmartPtr<Associat
     return UnregisterObserver(observer.get());
 }
 
-std::size_t AssociativeObjectCollection::GetObserverCount() const { return m_content->subject.GetObserverCount(); }
+std::size_t AssociativeObjectCollection::GetObserverCount() const { return m_content->observers.GetCount(); }
 
 void AssociativeObjectCollection::NotifyChanged(const du::SmartPtr<AssociativeObject>& object)
 {
     m_content->NoteChange(object);
 }
 
-void AssociativeObjectCollection::DetachAllObservers() { m_content->subject.DetachAllObservers(); }
+void AssociativeObjectCollection::DetachAllObservers() { m_content->observers.DetachAll(); }
 
 void AssociativeObjectCollection::PlaceRenaming(std::uint32_t place)
 {

@@ -87,12 +87,14 @@ public:
     const du::SmartPtr<CollectionInformation>& GetInformation() const noexcept;
     void SetInformation(const du::SmartPtr<CollectionInformation>& information);
 
-    bool RegisterObserver(const du::SmartPtr<AssociativeObjectObserver>& observer);
+    /// @param id of the one object that the observer wants to hear of; empty for every object. A change of several objects,
+    ///           or of the collection, is told to all.
+    bool RegisterObserver(const du::SmartPtr<AssociativeObjectObserver>& observer, std::string_view id = {});
     bool UnregisterObserver(const AssociativeObjectObserver* observer);
     bool UnregisterObserver(const du::SmartPtr<AssociativeObjectObserver>& observer);
     std::size_t GetObserverCount() const;
 
-    /// Tells every observer that an object has changed in place. Adding, replacing and removing tell by themselves.
+    /// Tells those whom it concerns that an object has changed in place. Adding, replacing and removing tell by themselves.
     void NotifyChanged(const du::SmartPtr<AssociativeObject>& object);
 
     /// Keeps notifications back while it lives, so that a whole reload is told once: with the object when one has

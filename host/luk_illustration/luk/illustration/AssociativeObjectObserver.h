@@ -12,7 +12,7 @@ class AssociativeObject;
 class LUHOST_API AssociativeObjectObserver : public luk::Observer
 {
 public:
-    /// @param interest kept for the observer's own use; every observer is told of every change
+    /// @param interest kept for the observer's own use; what it is told of is said when it is registered
     explicit AssociativeObjectObserver(int interest);
     ~AssociativeObjectObserver() override;
 
