@@ -288,7 +288,7 @@ TEST(Collection, TellsThoseWhomAChangeConcerns)
         collection->AddAssociativeObject(MakeEntry("b"));
         batch.SetLoadedFromStandard();
     }
-    // Whoever is told last goes first, so that the group of the id comes to its end while it is told.
+    // So that nobody is left who wants to hear of "a" while that is told.
     onlyA->reaction = [&] { collection->UnregisterObserver(onlyA); };
     collection->AddAssociativeObject(MakeEntry("a"));
     collection->AddAssociativeObject(MakeEntry("a"));
