@@ -28,13 +28,14 @@ SymbolAnnotation::SymbolAnnotation(const SymbolAnnotation& other)
     : du::RefCounted(other), SymbolAnnotationBase(other), m_symbolLoaded(other.m_symbolLoaded),
       m_shapeInstance(other.m_shapeInstance), m_legacy(other.m_legacy),
       m_hasAppearanceOverride(other.m_hasAppearanceOverride), m_hasColorOverride(other.m_hasColorOverride),
-      m_overrideAppearance(other.m_overrideAppearance), m_symbolScale(other.m_symbolScale),
-      m_location(other.m_location), m_recordOrientation(other.m_recordOrientation), m_recordScale(other.m_recordScale),
-      m_initLocation(other.m_initLocation), m_selectedCsys(other.m_selectedCsys), m_partCsys(other.m_partCsys),
-      m_tempDir(other.m_tempDir), m_axisId(other.m_axisId), m_distanceFromCsys(other.m_distanceFromCsys),
-      m_isAnnotationSymbol(other.m_isAnnotationSymbol), m_useCurrentOrientation(other.m_useCurrentOrientation),
-      m_connectedParts(other.m_connectedParts), m_cameraPreviewLocation(other.m_cameraPreviewLocation),
-      m_sequencerTags(other.m_sequencerTags), m_templateId(other.m_templateId), m_hasTemplate(other.m_hasTemplate),
+      m_overrideAppearance(other.m_overrideAppearance), m_overrideTransparency(other.m_overrideTransparency),
+      m_symbolScale(other.m_symbolScale), m_location(other.m_location), m_recordOrientation(other.m_recordOrientation),
+      m_recordScale(other.m_recordScale), m_initLocation(other.m_initLocation), m_selectedCsys(other.m_selectedCsys),
+      m_partCsys(other.m_partCsys), m_tempDir(other.m_tempDir), m_axisId(other.m_axisId),
+      m_distanceFromCsys(other.m_distanceFromCsys), m_isAnnotationSymbol(other.m_isAnnotationSymbol),
+      m_useCurrentOrientation(other.m_useCurrentOrientation), m_connectedParts(other.m_connectedParts),
+      m_cameraPreviewLocation(other.m_cameraPreviewLocation), m_sequencerTags(other.m_sequencerTags),
+      m_templateId(other.m_templateId), m_hasTemplate(other.m_hasTemplate),
       m_needToCheckForTemplateUpdate(other.m_needToCheckForTemplateUpdate), m_templateHolder(other.m_templateHolder),
       m_interest(du::MakeCounted<luk::InstanceInterest>()), m_partIndex(other.m_partIndex),
       m_nodeIsForeign(other.m_nodeIsForeign)
@@ -108,6 +109,7 @@ void SymbolAnnotation::SetSymbolInfo(const SymbolInfo& info)
         m_overrideAppearance = du::MakeCounted<lug::Appearance>(
             lug::Material(info.ambient, info.diffuse, info.emissive, info.specular, info.shininess));
     }
+    m_appearanceIsDue = true;
     AssignTemplate(info.templateIndex);
 }
 

@@ -80,7 +80,8 @@ public:
     du::SmartPtr<luk::ShapeInstance> GetShapeInstance() override;
     /// Brings the offsets from its parts up to date.
     void AdditionalInit() override;
-    /// Completed once: with the load of the shape, whatever its outcome, or when the symbol is detached.
+    /// Completed once: with the load of the shape, whatever its outcome, after an attachment that loads none, or when the
+    /// symbol is detached.
     void SetEvent(du::SmartPtr<luk::AsyncEvent> event) override;
     /// Moves the coordinate system that the user picked; with `apply` the symbol goes there.
     void SetCsysPos(dg::DPoint3D& position, bool apply) override;
@@ -197,6 +198,7 @@ private:
     bool MakeId(const luk::ComponentNode& root);
     bool LeaveScene();
     void KeepLocation();
+    void KeepAppearance();
     void RemoveSymbol();
     bool GetOlFromTempDir(std::string& path) const;
     void PlaceNode(const luk::Instance& instance);
@@ -216,6 +218,7 @@ private:
     void ReplaceSceneObserver(const du::SmartPtr<luk::ShapeScene>& shapeScene);
     void DropSceneObserver();
     void CompletePendingEvent(int status);
+    void ReleaseWhoWaitsInVain();
     void OnShapeLoaded(bool isLoaded);
 
     // Template
@@ -246,7 +249,9 @@ private:
     bool m_legacy = false;
     bool m_hasAppearanceOverride = false;
     bool m_hasColorOverride = true;
+    bool m_appearanceIsDue = false; ///< the last record's has not been given to the shape yet
     du::SmartPtr<lug::Appearance> m_overrideAppearance;
+    float m_overrideTransparency = 0.0F; ///< of saved content, or of the shape before it was detached; 0 for none
     double m_symbolScale = 1.0;
     dg::Location m_location;
     dg::Quaternion<float> m_recordOrientation; ///< of the last record, with its scale: see SplitLocation

@@ -124,7 +124,9 @@ bool SymbolAnnotation::InitializeFromSerializedContent(const luk::SerializedCont
     if (element) {
         element->Visit(visitor, true);
     }
-    SetSymbolInfo(visitor.GetInfo());
+    const SymbolInfo& info = visitor.GetInfo();
+    SetSymbolInfo(info);
+    m_overrideTransparency = info.hasAppearanceOverride ? info.transparency : 0.0F;
     SetCreatedFromFile(true);
     return true;
 }

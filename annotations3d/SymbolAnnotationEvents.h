@@ -90,7 +90,6 @@ public:
     explicit SymbolTemplateObserver(SymbolAnnotation& symbol) : AssociativeObjectObserver(0), m_symbol(&symbol) {}
     ~SymbolTemplateObserver() override;
 
-    bool BelongsTo(const SymbolAnnotation& symbol) const noexcept { return m_symbol == &symbol; }
     void OnDetached() override;
     void OnAssociativeObjectChanged(const du::SmartPtr<luk::illustration::AssociativeObject>& object) override;
 

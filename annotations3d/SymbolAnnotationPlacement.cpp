@@ -105,6 +105,7 @@ bool SymbolAnnotation::AttachScene(const du::SmartPtr<luk::Scene>& scene)
         }
         if (m_shapeInstance && !GetShapeScene()) {
             KeepLocation();
+            KeepAppearance();
             m_shapeInstance = nullptr; // its scene is gone
         }
         ReplaceSceneObserver(shapeScene);
@@ -133,6 +134,7 @@ bool SymbolAnnotation::AttachScene(const du::SmartPtr<luk::Scene>& scene)
     }
     RemoveUnvalidParts();
     PlaceWithoutParts();
+    ReleaseWhoWaitsInVain();
     return isAttached;
 }
 
@@ -156,6 +158,7 @@ bool SymbolAnnotation::LeaveScene()
     ReleaseTemplate();
     UpdateOffsetWithConnectedParts();
     KeepLocation();
+    KeepAppearance();
     RemoveSymbol();
     m_shapeInstance = nullptr;
     m_symbolLoaded = false;
@@ -172,6 +175,21 @@ void SymbolAnnotation::KeepLocation()
         m_location = m_shapeInstance->GetLocation();
         m_legacy = true;
     }
+}
+
+/// For the same reason, since the shape may have been given another colour than the last record says.
+void SymbolAnnotation::KeepAppearance()
+{
+    if (!m_shapeInstance || m_nodeIsForeign || m_appearanceIsDue) {
+        return;
+    }
+    m_overrideTransparency = m_shapeInstance->GetTransparency();
+    const du::SmartPtr<lug::Appearance>& appearance = m_shapeInstance->GetAppearanceOverride();
+    if (appearance) {
+        m_overrideAppearance = appearance;
+    }
+    // A symbol that does not show its override has none to lose.
+    m_hasAppearanceOverride = appearance || (m_hasAppearanceOverride && !m_hasColorOverride);
 }
 
 bool SymbolAnnotation::CreateSymbol(const du::SmartPtr<luk::ShapeScene>& shapeScene)
@@ -191,6 +209,7 @@ bool SymbolAnnotation::CreateSymbol(const du::SmartPtr<luk::ShapeScene>& shapeSc
     if (shapeInstance && !m_nodeIsForeign) {
         // Not yet as the symbol's own, whose change of appearance brings the annotation in line with what is seen of it.
         ApplyAppearance(*shapeInstance);
+        m_appearanceIsDue = false;
     }
     m_shapeInstance = shapeInstance;
     RefreshInterest();
@@ -321,6 +340,9 @@ void SymbolAnnotation::HideWithParts()
 
 void SymbolAnnotation::ApplyAppearance(luk::ShapeInstance& shapeInstance) const
 {
+    if (m_overrideTransparency > 0.0F) {
+        shapeInstance.OverrideTransparency(m_overrideTransparency);
+    }
     if (!m_hasAppearanceOverride) {
         shapeInstance.RestoreAppearanceOverride(true, false);
         return;
@@ -328,6 +350,8 @@ void SymbolAnnotation::ApplyAppearance(luk::ShapeInstance& shapeInstance) const
     const lug::Material* const material = m_overrideAppearance ? m_overrideAppearance->GetMaterial() : nullptr;
     if (material && m_hasColorOverride) {
         shapeInstance.SetColor(material->GetDiffuse());
+        // With all that goes with the colour, which would otherwise be gone after the next save.
+        shapeInstance.OverrideAppearance(m_overrideAppearance);
     }
 }
 
@@ -383,6 +407,20 @@ void SymbolAnnotation::CompletePendingEvent(int status)
     if (event && !event->IsComplete()) {
         event->Complete(status);
     }
+}
+
+/// For a shape that nothing loads, nothing would tell the end of the load.
+void SymbolAnnotation::ReleaseWhoWaitsInVain()
+{
+    const du::SmartPtr<luk::Kernel> kernel = luk::Kernel::GetKernel();
+    if (!m_pendingEvent || m_loadEvent || !kernel) {
+        return;
+    }
+    kernel->PostEvent([self = du::SmartPtr<SymbolAnnotation>(this), event = m_pendingEvent] {
+        if (self->m_pendingEvent == event && !self->m_loadEvent) {
+            self->CompletePendingEvent(1);
+        }
+    });
 }
 
 /// A symbol that was read from a document stands nowhere until one of its parts has placed it.

@@ -38,7 +38,7 @@ struct LUSYMBOLS_API SymbolInfo : SymbolInfoBase {
     dg::Color diffuse = dg::Color::BLACK;
     dg::Color ambient = dg::Color::BLACK;
     float shininess = 0.0F;
-    float transparency = 0.0F;          ///< of the shape instance; travels with the record, not applied with it
+    float transparency = 0.0F;          ///< of the shape instance; taken over from saved content alone
     bool hasAppearanceOverride = false; ///< whether the colours and the shininess are to be applied
     bool isAnnotationSymbol = false;    ///< only such a symbol takes over connectedParts
     dg::Location symbolCsysLocation;

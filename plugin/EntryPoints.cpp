@@ -39,7 +39,7 @@ bool LUDllCreateComponent(const std::string& action, const std::string& category
         return CreateAnnotation(type, slot);
     }
     if (action == "load" && category == "template" && type == "symbol") {
-        dp::LUTracer(kChannel).Trace(dp::LUTracer::TraceType(0), "Create new template loader\n");
+        dp::LUTracer(kChannel).Trace(dp::LUTracer::INFORMATION, "Create new template loader\n");
         return lusymbols::StoreComponent(slot, new lusymbols::SymbolTemplateLoader);
     }
     return false;

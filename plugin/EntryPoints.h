@@ -13,7 +13,7 @@
 /// Errors: none is reported but the `false` of an unknown request; running out of memory is left to the allocators.
 extern "C" {
 
-/// Does nothing: constants of the plug-in are made on first use.
+/// Does nothing: constants of the plug-in make themselves.
 LUSYMBOLS_API void LUDllInit();
 
 /// Does nothing, and is the same function as LUDllInit: components live by their handles alone.

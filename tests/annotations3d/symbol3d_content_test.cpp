@@ -22,6 +22,7 @@ protected:
     static Element EverythingSaved()
     {
         const dg::Color blue(0.1F, 0.2F, 0.9F, 0.5F);
+        const dg::Color grey(0.4F, 0.4F, 0.4F, 1.0F);
         const dg::Location csys(kQuarterTurn, {1.0, 2.0, 3.0});
         // Numbers that sums, differences and matrices round.
         const dg::Quaternion<float> turn{0.18257419F, 0.36514837F, 0.54772256F, 0.73029674F};
@@ -30,10 +31,10 @@ protected:
         properties.insert(properties.end(), {{"title", Text("title of A")}, {"description", Text("D")}});
         properties.insert(properties.end(), {{"showTooltipTitle", true}, {"showTooltipDescription", false}});
         properties.insert(properties.end(), {{"name", Text("name of A")}, {"fileName", Text("s.shp")}});
-        properties.insert(properties.end(), {{"ID", Text("symbol:7")}, {"appAmbient", blue}});
-        properties.insert(properties.end(), {{"appSpecular", dg::Color::BLACK}, {"appDiffuse", blue}});
-        properties.insert(properties.end(), {{"appEmissive", dg::Color::BLACK}, {"appShininess", 0.0F}});
-        properties.insert(properties.end(), {{"appTransp", 0.0F}, {"appHasOverride", true}});
+        properties.insert(properties.end(), {{"ID", Text("symbol:7")}, {"appAmbient", grey}});
+        properties.insert(properties.end(), {{"appSpecular", dg::Color(1, 1, 0, 1)}, {"appDiffuse", blue}});
+        properties.insert(properties.end(), {{"appEmissive", dg::Color(0, 1, 1, 1)}, {"appShininess", 20.0F}});
+        properties.insert(properties.end(), {{"appTransp", 0.25F}, {"appHasOverride", true}});
         properties.insert(properties.end(), {{"locPosition", dg::DPoint3D(12.1, 1.3, 0.7)}});
         properties.insert(properties.end(), {{"locOrientation", turn}, {"locScale", 1.7F}});
         properties.insert(properties.end(), {{"isAnnotationSymbol", true}, {"symbolCsysLocation", csys}});
@@ -169,7 +170,28 @@ TEST_P(SymbolContent, AppearanceAndTemplateIndex)
     const Symbol plain = Made(info);
     plain->SetHasColorOverride(false);
     EXPECT_FALSE(Attached(plain)->GetShapeInstance()->GetAppearanceOverride());
-    EXPECT_EQ(Attached(info)->GetShapeInstance()->GetAppearanceOverride()->GetMaterial()->GetDiffuse(), red);
+    info.transparency = 0.5F;
+    const Symbol coloured = Attached(info);
+    const auto diffuse = [&] {
+        return coloured->GetShapeInstance()->GetAppearanceOverride()->GetMaterial()->GetDiffuse();
+    };
+    EXPECT_EQ(diffuse(), red);
+    EXPECT_FALSE(coloured->GetShapeInstance()->HasTransparencyOverride()) << "a record alone makes nothing transparent";
+    const dg::Color green(0.0F, 1.0F, 0.0F, 1.0F);
+    coloured->GetShapeInstance()->SetColor(green);
+    coloured->GetShapeInstance()->OverrideTransparency(0.75F);
+    coloured->DetachScene();
+    Attached(coloured);
+    EXPECT_EQ(diffuse(), green) << "comes back as it was";
+    EXPECT_EQ(coloured->GetShapeInstance()->GetTransparency(), 0.75F);
+    coloured->SetSymbolInfo(info);
+    coloured->DetachScene();
+    Attached(coloured);
+    EXPECT_EQ(diffuse(), red) << "as a record has said since";
+    coloured->GetShapeInstance()->RestoreAppearanceOverride(true, true);
+    coloured->DetachScene();
+    EXPECT_FALSE(Attached(coloured)->GetShapeInstance()->GetAppearanceOverride());
+    EXPECT_FALSE(coloured->GetShapeInstance()->HasTransparencyOverride());
 }
 
 TEST_P(SymbolContent, FlattenedSymbols)

@@ -228,6 +228,21 @@ TEST_P(SymbolLife, TheOneWhoWaitsIsReleasedOnce)
         Pump();
         EXPECT_EQ(event->completions, 1);
     }
+    // An assembly has no shape to be loaded, and a symbol without a file nothing at all.
+    for (const char* const file : {"s.shp", ""}) {
+        SymbolInfo info = Record({});
+        info.id = Text("a");
+        info.fileName = Text(file);
+        const auto event = du::MakeCounted<Waiting>();
+        const Symbol symbol = Made(info);
+        symbol->SetEvent(event);
+        symbol->AttachScene(m_scene);
+        EXPECT_EQ(event->completions, 0);
+        Pump();
+        EXPECT_EQ(event->completions, 1);
+        symbol->DetachScene();
+        EXPECT_EQ(event->completions, 1);
+    }
     // The session ends with a load under way and an event that holds its own symbol.
     const auto event = du::MakeCounted<Waiting>();
     MakeProduct();

@@ -5,6 +5,7 @@
 #include <luhost/Document.h>
 #include <luk/AnnoSet.h>
 #include <luk/AnnotationContentVisitor.h>
+#include <luk/illustration2d/Lines2D.h>
 #include <luk/illustration2d/Scene2D.h>
 #include <luk/illustration2d/Stamp2D.h>
 #include <luk/SerializedContentElement.h>
@@ -17,6 +18,7 @@
 #include <filesystem>
 #include <limits>
 #include <map>
+#include <sstream>
 
 namespace test
 {
@@ -80,6 +82,12 @@ public:
         return text != du::Symbol("refuse");
     }
 
+    bool AttachScene(const du::SmartPtr<luk::Scene>& scene) override
+    {
+        s_attached += text.GetText();
+        return luk::Annotation::AttachScene(scene);
+    }
+
     void CreateAnnotation2D(const du::SmartPtr<luk::Scene>& scene) override
     {
         for (const bool isDerived : {true, false}) {
@@ -94,6 +102,7 @@ public:
     du::Symbol picture;
     std::uint64_t templateIndex;
     int depth = 0;
+    static inline std::string s_attached; ///< texts, in the order of attaching
 };
 
 /// Packages in memory.
@@ -225,6 +234,33 @@ TEST_F(DocumentTest, SavedAndOpenedAndSavedAgainIsTheSameToTheByte)
     EXPECT_EQ(document->GetPageOf(*NoteAt(*document, 1)), 1);
     EXPECT_FALSE(NoteAt(*document, 1)->IsVisible());
     EXPECT_EQ(NoteAt(*document, 1)->GetScene(), document->GetPage(1));
+}
+
+TEST_F(DocumentTest, WhatHangsOnAnotherAnnotationIsAttachedAfterIt)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"a b c", "abc"},     {"a>b b>c c", "cba"}, {"a b>a c>a", "abc"},         {"a>c>b b>none c", "cba"},
+        {"a>a>/a b>b", "ab"}, {"a>b b>a c", "bac"}, {"a>b>c b>c>a c>a>b", "cba"},
+    };
+    for (const auto& [notes, order] : cases) {
+        std::string xml;
+        std::istringstream words(notes);
+        for (std::string word; words >> word;) {
+            std::istringstream parts(word);
+            std::string name;
+            std::getline(parts, name, '>');
+            std::string content = "<symbol key='text' value='" + name + "'/><symbol key='ID' value='" + name + "'/>";
+            for (std::string part; std::getline(parts, part, '>');) {
+                content +=
+                    "<element name='attachedToPart'><symbol key='attachedToPartId' value='/" + part + "'/></element>";
+            }
+            xml += NoteXml(content);
+        }
+        Note::s_attached.clear();
+        const auto document = OpenXml(Xml(xml));
+        EXPECT_EQ(Note::s_attached, order) << notes;
+        EXPECT_EQ(NoteAt(*document, 0)->text.GetText(), "a") << "drawn and saved in the order of the file";
+    }
 }
 
 TEST_F(DocumentTest, TemplatesAreFoundAgainByTheirIds)
@@ -434,6 +470,62 @@ TEST_F(DocumentTest, PicturesGoNowhereElse)
     fs::create_directory_symlink(m_folder.Path(), m_folder.Path("t/Symbols"));
     EXPECT_TRUE(Contains(Open("in")->GetProblems().back(), "could not be unpacked"));
     EXPECT_FALSE(fs::exists(m_folder.Path("link.png")));
+}
+
+std::string PageXml(const std::string& content)
+{
+    return Xml("", "<pages><page width='10' height='20'>" + content + "</page></pages>");
+}
+
+TEST_F(DocumentTest, LinesOfAPageAreSavedAsTheyAreAndGoWithTheirSymbol)
+{
+    const std::string look = " width='0.35' color='0 0 0 1'";
+    const auto document =
+        OpenXml(PageXml("<early/><drawing n='1'><new/><lines class='visible border' part='/a' symbol='s1' title='A "
+                        "&amp; b' width='0.1' "
+                        "dashes='1.6 1' color='0 0.5 0 1' m='2'><line points='1 2 3 4.5'/><arc/><line closed='true' "
+                        "points='0 0 1e300 0 "
+                        "-1 1'/></lines><newer/><lines classBase64='AQ=='" +
+                        look + "><line points='1 2 3 4' thick='yes'/></lines></drawing><late/><annotations>" +
+                        NoteXml("<symbol key='annoId' value='s1'/>") + "</annotations><later/>"));
+    EXPECT_TRUE(document->GetProblems().empty());
+    const std::map<std::string, std::string> saved = Save(*document);
+    const std::string& text = saved.at("document.xml");
+    std::size_t at = 0;
+    for (const char* const part :
+         {"<early>", "<drawing n=\"1\">", "<new>",
+          "<lines class=\"visible border\" part=\"/a\" symbol=\"s1\" title=\"A &amp; b\" width=\"0.1\" "
+          "dashes=\"1.6 1\" color=\"0 0.5 0 1\" m=\"2\">",
+          "<line points=\"1 2 3 4.5\"/>", "<arc>", "<line closed=\"true\" points=\"0 0 1e+300 0 -1 1\"/>", "<newer>",
+          "<lines classBase64=\"AQ==\" width=\"0.35\"", "thick=\"yes\"", "<late>", "<annotations>", "<later>"}) {
+        at = text.find(part, at);
+        ASSERT_NE(at, std::string::npos) << part << " in " << text;
+    }
+    EXPECT_EQ(Save(*Open("out")), saved);
+    const auto& page = *document->GetPage(0)->GetDocument();
+    EXPECT_TRUE(dynamic_cast<const luk::illustration2d::Lines2D*>(page.GetNodes().front().get()));
+    EXPECT_EQ(page.GetNodes().size(), 4u);
+    document->RemoveAnnotation(NoteAt(*document, 0));
+    EXPECT_FALSE(Contains(Save(*document).at("document.xml"), "symbol=\"s1\""));
+
+    const std::string line = "><line points='1 2 3 4'/></lines>";
+    const std::pair<std::string, const char*> problems[] = {
+        {"<lines" + look + "><line points='1 2 3'/></lines>", "at least two points"},
+        {"<lines" + look + "><line points='1 2 nan 4'/></lines>", "at least two points"},
+        {"<lines" + look + "><line points='1 2 3 1e999'/></lines>", "at least two points"},
+        {"<lines" + look + "><line points='1 2 3 4'/><line/></lines>", "at least two points"},
+        {"<lines width='0' color='0 0 0 1'" + line, "sound \"width\""},
+        {"<lines width='1' color='red'" + line, "sound \"color\""},
+        {"<lines dashes='1 -1'" + look + line, "sound \"dashes\""},
+    };
+    for (const auto& [lines, problem] : problems) {
+        const auto bad = OpenXml(PageXml("<drawing>" + lines + "</drawing>"));
+        ASSERT_EQ(bad->GetProblems().size(), 1u) << problem;
+        EXPECT_TRUE(Contains(bad->GetProblems().front(), problem));
+        EXPECT_TRUE(bad->GetPage(0)->GetDocument()->GetNodes().empty());
+        const std::size_t size = Save(*bad).at("document.xml").size();
+        EXPECT_GT(size, lines.size()) << "it is kept";
+    }
 }
 
 TEST_F(DocumentTest, PagesTakeAnnotationsAndLetGoOfTheirStamps)

@@ -1,6 +1,7 @@
 #include "support/Contains.h"
 #include "support/SessionTest.h"
 
+#include <du/UserData.h>
 #include <luhost/Document.h>
 #include <luhost/ProductMeshReader.h>
 #include <luhost/ProductModel.h>
@@ -112,6 +113,19 @@ protected:
         return scene.GetShapeInstance(scene.GetTree()->FindInstance(du::Symbol(path)));
     }
 
+    /// @param isMarked as those are that are attached; the id says it only of some
+    static void AddSymbol(const Document& document, const char* id, bool isMarked)
+    {
+        const auto node = du::MakeCounted<luk::ComponentNode>(du::Symbol("s"));
+        du::SmartPtr<luk::ComponentInstance> use;
+        EXPECT_TRUE(document.GetStructure()->GetRoot()->AddChild(node, du::Symbol(id), use));
+        const auto part = Part(document, std::string("/").append(id).c_str());
+        part->SetLocation(At(1.0), false);
+        if (isMarked) {
+            part->SetUserData(du::UserData::GetId("drellin::Drellin3DSymbolUserDataId"), node);
+        }
+    }
+
     std::shared_ptr<MemoryPackages> m_packages = std::make_shared<MemoryPackages>();
 };
 
@@ -130,11 +144,11 @@ TEST_F(ProductTest, SavedAndOpenedAndSavedAgainIsTheSameToTheByte)
         Part(*document, "/u2/b1")->SetLocation(At(77.25), true);
         Part(*document, "/lid")->SetColor({1.0F, 0.5F, 0.0F, 1.0F});
         Part(*document, "/lid")->OverrideTransparency(0.25F);
-        // A symbol in the tree saves itself.
-        du::SmartPtr<luk::ComponentInstance> symbol;
-        document->GetStructure()->GetRoot()->AddChild(du::MakeCounted<luk::ComponentNode>(du::Symbol("s")),
-                                                      du::Symbol("symbol:1"), symbol);
+        const std::map<std::string, std::string> withoutSymbols = Save(*document);
+        AddSymbol(*document, "symbol:1", false);
+        AddSymbol(*document, "own", true);
         first = Save(*document);
+        EXPECT_EQ(first, withoutSymbols) << "a symbol in the tree saves itself, whatever its id";
     }
     EXPECT_EQ(first.size(), 3u) << "a mesh that is used four times is there once";
     const auto document = Open();
@@ -169,16 +183,21 @@ TEST_F(ProductTest, AnotherProductTakesOverWhatHasTheSameIds)
     Part(*document, "/u1")->SetVisibility(false);
     ProductModel next = Pump();
     next.components[3].uses = {{"lid", 2, At(5.0)}, {"new", 1, At(6.0)}};
+    AddSymbol(*document, "own", true);
     ASSERT_TRUE(document->SetProduct(next, problem)) << problem;
+    EXPECT_TRUE(Part(*document, "/own")) << "a symbol stays";
     EXPECT_FALSE(Part(*document, "/u1"));
     EXPECT_FALSE(Part(*document, "/lid")->IsShown());
     EXPECT_TRUE(Part(*document, "/lid")->GetInstance()->GetSbomInstance());
     EXPECT_TRUE(Part(*document, "/new")->GetInstance()->GetSbomInstance());
 
     const std::map<std::string, std::string> before = Save(*document);
-    next.components[3].uses[0].id = "a/b";
-    EXPECT_FALSE(document->SetProduct(next, problem));
-    EXPECT_EQ(Save(*document), before) << "what is refused changes nothing";
+    for (const char* const refused : {"a/b", "own"}) {
+        next.components[3].uses[0].id = refused;
+        EXPECT_FALSE(document->SetProduct(next, problem));
+        EXPECT_TRUE(Contains(problem, refused));
+        EXPECT_EQ(Save(*document), before) << "what is refused changes nothing";
+    }
 }
 
 TEST_F(ProductTest, WhatIsNotSoundIsKeptAndTold)

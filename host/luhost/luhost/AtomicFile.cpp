@@ -100,7 +100,7 @@ void FlushFolder(const fs::path& target)
 
 } // namespace
 
-AtomicFile::AtomicFile(const std::string& target) : m_target(target)
+AtomicFile::AtomicFile(const std::string& target, Durability durability) : m_target(target), m_durability(durability)
 {
     ResolveTarget();
     if (!HasFailed()) {
@@ -164,14 +164,18 @@ bool AtomicFile::Commit()
         return Fail("replace", error.value());
     }
     m_temporary.clear();
-    FlushFolder(ToPath(m_target));
+    if (m_durability == Durability::Flushed) {
+        FlushFolder(ToPath(m_target));
+    }
     return true;
 }
 
 bool AtomicFile::FlushAndClose()
 {
     errno = 0;
-    if (std::fflush(m_file) != 0 || !FlushToMedium(m_file) || !TakePermissions(ToPath(m_temporary), ToPath(m_target))) {
+    const bool isToFlush = m_durability == Durability::Flushed;
+    if (std::fflush(m_file) != 0 || (isToFlush && !FlushToMedium(m_file)) ||
+        !TakePermissions(ToPath(m_temporary), ToPath(m_target))) {
         return Fail("write", errno);
     }
     return std::fclose(std::exchange(m_file, nullptr)) == 0 || Fail("close", errno);

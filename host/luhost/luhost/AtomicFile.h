@@ -26,7 +26,12 @@ namespace luhost
 class LUHOST_API AtomicFile
 {
 public:
-    explicit AtomicFile(const std::string& target);
+    enum class Durability {
+        Flushed, ///< on the medium when Commit returns
+        Cached   ///< some seconds later: for files that can be made anew, of which there may be thousands
+    };
+
+    explicit AtomicFile(const std::string& target, Durability durability = Durability::Flushed);
     ~AtomicFile();
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
@@ -52,6 +57,7 @@ private:
     std::string m_temporary;
     std::string m_error;
     std::FILE* m_file = nullptr;
+    Durability m_durability;
 };
 
 } // namespace luhost

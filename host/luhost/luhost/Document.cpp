@@ -1,5 +1,7 @@
+#include "AttachOrder.h"
 #include "DocumentFile.h"
 #include "DocumentProduct.h"
+#include "PageDrawing.h"
 #include "SymbolFiles.h"
 
 #include <luhost/Document.h>
@@ -167,12 +169,23 @@ private:
     void AddPart(const du::SmartPtr<luk::Scene>& scene, const du::SmartPtr<Scene2D>& page);
     void TakeEntries(std::vector<PackageEntry>& entries);
 
-    void MakeAnnotation(DocumentFile::Slot& slot, std::size_t part, const SymbolTemplateCollection* collection);
+    /// One that has been read and is not attached yet.
+    struct Made {
+        DocumentFile::Slot* slot;
+        AnnotationPtr annotation;
+        Remembered remembered;
+        std::uint64_t templateIndexInFile;
+        bool isRead;
+    };
+
+    void MakeAnnotationsOf(std::size_t part, const SymbolTemplateCollection* collection);
+    void MakeAnnotation(DocumentFile::Slot& slot, std::vector<Made>& made, const SymbolTemplateCollection* collection);
+    void AttachMade(Made& made, std::size_t part);
     void ResolveTemplate(SerializedContentElement& content, Remembered& remembered,
                          const SymbolTemplateCollection* collection) const;
     /// Puts an annotation that has its id path into a scene.
     bool Place(const AnnotationPtr& annotation, std::size_t part);
-    void RemoveStamps(const luk::Annotation& annotation, Scene2D& page) const;
+    void RemoveElements(const luk::Annotation& annotation, Scene2D& page) const;
 
     bool IsTaken(const du::Symbol& idPath) const;
     AnnotationPtr FindIndexed(const du::Symbol& idPath) const;
@@ -246,6 +259,7 @@ void Document::Content::Open()
     AddPart(m_scene, nullptr);
     for (const DocumentFile::Part& page : m_file.pages) {
         const auto document = du::MakeCounted<luk::illustration2d::Document2D>(page.size.width, page.size.height);
+        page.drawing->PutOn(document);
         const auto pageScene = du::MakeCounted<Scene2D>(document);
         AddPart(pageScene, pageScene);
     }
@@ -307,9 +321,12 @@ void Document::Content::AddPart(const du::SmartPtr<luk::Scene>& scene, const du:
 
 std::size_t Document::Content::AddPage(const PageSize& size)
 {
-    m_file.pages.emplace_back().size = size;
-    const auto scene =
-        du::MakeCounted<Scene2D>(du::MakeCounted<luk::illustration2d::Document2D>(size.width, size.height));
+    DocumentFile::Part& page = m_file.pages.emplace_back();
+    page.size = size;
+    page.drawing = std::make_shared<PageDrawing>();
+    const auto document = du::MakeCounted<luk::illustration2d::Document2D>(size.width, size.height);
+    page.drawing->PutOn(document);
+    const auto scene = du::MakeCounted<Scene2D>(document);
     AddPart(scene, scene);
     return m_parts.size() - 2;
 }
@@ -321,15 +338,32 @@ void Document::Content::MakeAnnotations()
     const SymbolTemplateCollection* const collection = SymbolTemplateCollection::GetCollection().get();
     m_unknownAnnotations = 0;
     for (std::size_t i = 0; i < m_parts.size(); ++i) {
-        for (DocumentFile::Slot& slot : m_file.GetPart(i).annotations) {
-            if (slot.content) {
-                MakeAnnotation(slot, i, collection);
-            }
-        }
+        MakeAnnotationsOf(i, collection);
     }
 }
 
-void Document::Content::MakeAnnotation(DocumentFile::Slot& slot, std::size_t part,
+void Document::Content::MakeAnnotationsOf(std::size_t part, const SymbolTemplateCollection* collection)
+{
+    std::vector<Made> made;
+    for (DocumentFile::Slot& slot : m_file.GetPart(part).annotations) {
+        if (slot.content) {
+            MakeAnnotation(slot, made, collection);
+        }
+    }
+    const du::SmartPtr<luk::AnnoSet> annoSet = m_parts[part].scene->GetAnnoSet();
+    std::vector<const SerializedContentElement*> contents;
+    for (const Made& read : made) {
+        contents.push_back(read.slot->content.get());
+        if (annoSet && read.isRead) {
+            annoSet->AddAnnotation(read.annotation); // in the order of the file, whatever the order of attaching
+        }
+    }
+    for (const std::size_t index : AttachOrderOf(contents)) {
+        AttachMade(made[index], part);
+    }
+}
+
+void Document::Content::MakeAnnotation(DocumentFile::Slot& slot, std::vector<Made>& made,
                                        const SymbolTemplateCollection* collection)
 {
     const std::string& classWord = slot.content->GetName().GetText();
@@ -341,25 +375,31 @@ void Document::Content::MakeAnnotation(DocumentFile::Slot& slot, std::size_t par
     }
     Remembered remembered;
     remembered.attributes = slot.content->GetForeign();
-    std::uint64_t* const index = FindTemplateIndex(*slot.content);
+    const std::uint64_t* const index = FindTemplateIndex(*slot.content);
     const std::uint64_t indexInFile = index ? *index : kNoTemplate;
     ResolveTemplate(*slot.content, remembered, collection);
     const bool isRead = annotation->InitializeFromSerializedContent(slot.content.get());
     annotation->SetIDPath(slot.idPath);
     annotation->SetCreatedFromFile(true);
-    if (!isRead || !Place(annotation, part)) {
+    made.push_back({&slot, annotation, std::move(remembered), indexInFile, isRead});
+}
+
+void Document::Content::AttachMade(Made& made, std::size_t part)
+{
+    DocumentFile::Slot& slot = *made.slot;
+    if (!made.isRead || !Place(made.annotation, part)) {
         m_problems.Add("the annotation \"" + slot.idPath.GetText() +
                        "\" was refused by its class and is kept as it is");
         ++m_unknownAnnotations;
-        if (index) {
-            *index = indexInFile;
+        if (std::uint64_t* const index = FindTemplateIndex(*slot.content)) {
+            *index = made.templateIndexInFile;
         }
         return;
     }
     m_unmadeIdPaths.erase(slot.idPath);
     slot.content.reset();
-    if (!remembered.attributes.empty() || remembered.hasTemplateId) {
-        m_remembered.insert_or_assign(slot.idPath, std::move(remembered));
+    if (!made.remembered.attributes.empty() || made.remembered.hasTemplateId) {
+        m_remembered.insert_or_assign(slot.idPath, std::move(made.remembered));
     }
 }
 
@@ -389,7 +429,7 @@ bool Document::Content::Place(const AnnotationPtr& annotation, std::size_t numbe
 {
     const Part& part = m_parts[number];
     const du::SmartPtr<luk::AnnoSet> annoSet = part.scene->GetAnnoSet();
-    if (!annoSet || !annoSet->AddAnnotation(annotation)) {
+    if (!annoSet || (annotation->GetAnnoSet() != annoSet.get() && !annoSet->AddAnnotation(annotation))) {
         return false;
     }
     if (!annotation->AttachScene(part.scene)) {
@@ -425,20 +465,21 @@ bool Document::Content::RemoveAnnotation(const AnnotationPtr& annotation)
         return false;
     }
     if (const du::SmartPtr<Scene2D>& page = m_parts[number].page) {
-        RemoveStamps(*annotation, *page);
+        RemoveElements(*annotation, *page);
     }
     m_index.erase(annotation->GetIDPath());
     return m_parts[number].scene->GetAnnoSet()->RemoveAnnotationFromSet(annotation);
 }
 
-void Document::Content::RemoveStamps(const luk::Annotation& annotation, Scene2D& page) const
+void Document::Content::RemoveElements(const luk::Annotation& annotation, Scene2D& page) const
 {
     luk::illustration2d::Document2D& document = *page.GetDocument();
     for (const du::SmartPtr<luk::illustration2d::Node2D>& node : document.GetNodes()) {
         if (node->GetIDPath() == annotation.GetIDPath()) {
             const auto* const stamp = dynamic_cast<const luk::illustration2d::Stamp2D*>(node.get());
-            if (stamp && stamp->IsDerivedFromSymbol()) {
-                document.RemoveNode(stamp);
+            const bool isDrawn = dynamic_cast<const luk::illustration2d::Lines2D*>(node.get()) != nullptr;
+            if (isDrawn || (stamp && stamp->IsDerivedFromSymbol())) {
+                document.RemoveNode(node.get());
             }
         }
     }
@@ -592,6 +633,7 @@ void Document::Content::UseForeignOfFile(SymbolFiles& files) const
     for (const DocumentFile::Part& page : m_file.pages) {
         use(page.kept);
         use(page.keptInList);
+        page.drawing->ForEachKept(use);
     }
 }
 

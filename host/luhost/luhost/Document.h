@@ -90,7 +90,7 @@ public:
     const du::SmartPtr<luk::Structure>& GetStructure() const noexcept;
     /// Puts a product in the place of the one that is there. Symbols stay; what a part was set to in the view, and its node
     /// of the service tree, pass to the part that now has its id path.
-    /// @return false, with the reason and nothing changed, for a model that is not sound
+    /// @return false, with the reason and nothing changed, for a model that is not sound or has the id of a symbol
     bool SetProduct(const ProductModel& model, std::string& problem);
     /// The service tree, with the parts that its nodes name, whether they are there or not.
     ServiceModel GetService() const;

@@ -1,5 +1,7 @@
 #include "DocumentFile.h"
 
+#include "PageDrawing.h"
+
 #include <dg/XmlElem.h>
 #include <luk/AnnotationContentVisitor.h>
 #include <luk/SerializedContentXml.h>
@@ -29,6 +31,7 @@ constexpr std::string_view kView = "view";
 constexpr std::string_view kCamera = "camera";
 constexpr std::string_view kPages = "pages";
 constexpr std::string_view kPage = "page";
+constexpr std::string_view kDrawing = "drawing";
 constexpr std::string_view kAnnotations = "annotations";
 constexpr std::string_view kElement = "element";
 constexpr std::string_view kTemplates = "templates";
@@ -141,7 +144,7 @@ private:
         m_file.keptInPages.ReadAttributes(pages, {});
         for (dg::XmlElem child = pages.FirstChild(); child; child = child.NextSibling()) {
             if (child.GetName() == kPage) {
-                m_file.pages.emplace_back();
+                m_file.pages.emplace_back().drawing = std::make_shared<PageDrawing>();
                 ReadPage(child, m_file.pages.back(), "page " + std::to_string(m_file.pages.size()));
             } else {
                 m_file.keptInPages.Keep(m_file.pages.size(), child);
@@ -154,8 +157,10 @@ private:
         page.kept.ReadAttributes(xml, {kWidth, kHeight});
         ReadLength(xml, kWidth, page.size.width, where);
         ReadLength(xml, kHeight, page.size.height, where);
-        ReadChildren(xml, page.kept, {kAnnotations},
-                     [&](std::size_t, const dg::XmlElem& child) { ReadAnnotations(child, page, where); });
+        ReadChildren(xml, page.kept, {kDrawing, kAnnotations}, [&](std::size_t which, const dg::XmlElem& child) {
+            which == 0 ? page.drawing->Read(child, where, m_pointsLeft, m_problems)
+                       : ReadAnnotations(child, page, where);
+        });
     }
 
     void ReadAnnotations(const dg::XmlElem& list, DocumentFile::Part& part, const std::string& where)
@@ -267,6 +272,7 @@ private:
     DocumentFile& m_file;
     const DocumentFile::TakeProduct& m_takeProduct;
     DocumentProblems& m_problems;
+    std::size_t m_pointsLeft = PageDrawing::kMaxPoints;
 };
 
 void AppendIndent(std::string& out, int depth) { out.append(2 * static_cast<std::size_t>(depth), ' '); }
@@ -435,10 +441,12 @@ bool DocumentFile::Write(std::string& out, const std::string& product, const dg:
         AppendOpen(out, kPage,
                    Real(kWidth, page.size.width) + Real(kHeight, page.size.height) + page.kept.GetAttributes(), 2);
         page.kept.Write(out, 0, 3);
+        page.drawing->Write(out, 3);
+        page.kept.Write(out, 1, 3);
         if (!writeList(i + 1, page, 3)) {
             return false;
         }
-        page.kept.Write(out, 1, 3);
+        page.kept.Write(out, 2, 3);
         AppendClose(out, kPage, 2);
     }
     keptInPages.Write(out, pages.size(), 2);

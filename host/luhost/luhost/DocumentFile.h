@@ -28,6 +28,8 @@ class SerializedContentElement;
 namespace luhost
 {
 
+class PageDrawing;
+
 /// What could not be read well, in words; no more of it than somebody may want to read.
 class DocumentProblems
 {
@@ -75,7 +77,8 @@ struct DocumentFile {
         KeptXml kept;
         KeptXml keptInList;
         std::vector<Slot> annotations;
-        Document::PageSize size; ///< of a page
+        Document::PageSize size;              ///< of a page
+        std::shared_ptr<PageDrawing> drawing; ///< of a page; never null there
     };
 
     /// Writes the annotations of part 0, the view, or i + 1, page i. @return false to give up

@@ -338,7 +338,9 @@ class DocumentProduct::Writer
 {
 public:
     Writer(const DocumentProduct& product, std::string& out, int depth)
-        : m_product(product), m_out(out), m_depth(depth), m_model(ModelOf(*product.m_structure, &m_nodes))
+        : m_product(product), m_out(out), m_depth(depth),
+          m_model(
+              ModelOf(*product.m_structure, &m_nodes, [&product](const auto& use) { return product.IsMarked(use); }))
     {
     }
 
@@ -483,10 +485,11 @@ private:
             const du::SmartPtr<luk::Instance> instance = std::move(due.back());
             due.pop_back();
             const std::string& id = instance->GetComponentInstance()->GetId().GetText();
-            if (id.starts_with(luk::Instance::s_content_symbolPrefix.GetText())) {
+            const auto part = m_product.m_scene->GetShapeInstance(instance);
+            if (id.starts_with(luk::Instance::s_content_symbolPrefix.GetText()) || (part && part->IsOfSymbol())) {
                 continue;
             }
-            if (const auto part = m_product.m_scene->GetShapeInstance(instance)) {
+            if (part) {
                 AppendPart(text, *part);
             }
             addBelow(*instance);
@@ -545,6 +548,13 @@ private:
 
 // Changing
 
+/// Another program may have given a symbol any id, under which it would otherwise be taken for a part.
+bool DocumentProduct::IsMarked(const luk::ComponentInstance& use) const
+{
+    const auto part = m_scene->GetShapeInstance(m_tree->GetRoot()->FindChild(use.GetId()));
+    return part && part->IsOfSymbol();
+}
+
 void DocumentProduct::FillService(const ServiceModel& service)
 {
     for (const auto& top : m_sbomTree->GetRoot()->GetChildren()) {
@@ -561,7 +571,8 @@ bool DocumentProduct::SetProduct(const ProductModel& model, std::string& problem
     std::string ignored;
     const ServiceModel service = GetService();
     const std::string parts = Writer(*this, ignored, 0).PartsAsText();
-    if (!ReplaceProduct(*m_structure, model, problem)) {
+    const auto isMarked = [this](const luk::ComponentInstance& use) { return IsMarked(use); };
+    if (!ReplaceProduct(*m_structure, model, problem, nullptr, isMarked)) {
         return false;
     }
     m_refused.clear();

@@ -72,6 +72,8 @@ private:
     bool ReadPart(const dg::XmlElem& part, std::string& problem);
     void ReadService(const dg::XmlElem& service, DocumentProblems& problems);
     void FillService(const ServiceModel& service);
+    /// Whether a use in the root is a symbol's.
+    bool IsMarked(const luk::ComponentInstance& use) const;
 
     du::SmartPtr<luk::Structure> m_structure;
     du::SmartPtr<luk::Tree> m_tree;

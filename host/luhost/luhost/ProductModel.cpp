@@ -198,11 +198,17 @@ du::SmartPtr<luk::Mesh> MeshOf(const luk::ComponentNode& node)
 class ModelWriter
 {
 public:
-    explicit ModelWriter(std::vector<NodePtr>* nodes) : m_nodes(nodes) {}
+    ModelWriter(std::vector<NodePtr>* nodes, const IsOddSymbol& isOddSymbol)
+        : m_nodes(nodes), m_isOddSymbol(isOddSymbol)
+    {
+    }
 
     ProductModel Write(const NodePtr& root)
     {
         Begin(root);
+        if (m_isOddSymbol) {
+            std::erase_if(m_due.back().uses, [this](const auto& use) { return m_isOddSymbol(*use); });
+        }
         while (!m_due.empty()) {
             Step& step = m_due.back();
             if (step.next == step.uses.size()) {
@@ -251,6 +257,7 @@ private:
     std::unordered_map<const luk::ComponentNode*, std::size_t> m_numbers;
     std::vector<Step> m_due;
     std::vector<NodePtr>* m_nodes;
+    const IsOddSymbol& m_isOddSymbol;
 };
 
 } // namespace
@@ -319,7 +326,7 @@ du::SmartPtr<luk::Structure> MakeStructure(const ProductModel& model)
 }
 
 bool ReplaceProduct(luk::Structure& structure, const ProductModel& model, std::string& problem,
-                    std::vector<NodePtr>* nodes)
+                    std::vector<NodePtr>* nodes, const IsOddSymbol& isOddSymbol)
 {
     if (!CheckProductModel(model, problem)) {
         return false;
@@ -328,10 +335,22 @@ bool ReplaceProduct(luk::Structure& structure, const ProductModel& model, std::s
     if (!root) {
         return Fail(problem, "the structure has no root");
     }
+    std::vector<du::Symbol> replaced;
+    std::unordered_set<std::string_view> symbols;
     for (const auto& use : root->GetChildren()) {
-        if (!IsSymbol(use->GetId().GetText())) {
-            root->RemoveChild(use->GetId());
+        if (IsSymbol(use->GetId().GetText()) || (isOddSymbol && isOddSymbol(*use))) {
+            symbols.insert(use->GetId().GetText());
+        } else {
+            replaced.push_back(use->GetId());
         }
+    }
+    for (const Use& use : model.components.back().uses) {
+        if (symbols.count(use.id) != 0) {
+            return Fail(problem, "a symbol has the id " + Quoted(use.id));
+        }
+    }
+    for (const du::Symbol& id : replaced) {
+        root->RemoveChild(id);
     }
     root->SetName(du::Symbol(model.components.back().name));
     std::vector<NodePtr> made = MakeNodes(model);
@@ -343,9 +362,9 @@ bool ReplaceProduct(luk::Structure& structure, const ProductModel& model, std::s
     return true;
 }
 
-ProductModel ModelOf(const luk::Structure& structure, std::vector<NodePtr>* nodes)
+ProductModel ModelOf(const luk::Structure& structure, std::vector<NodePtr>* nodes, const IsOddSymbol& isOddSymbol)
 {
-    return structure.GetRoot() ? ModelWriter(nodes).Write(structure.GetRoot()) : ProductModel();
+    return structure.GetRoot() ? ModelWriter(nodes, isOddSymbol).Write(structure.GetRoot()) : ProductModel();
 }
 
 } // namespace luhost

@@ -5,11 +5,13 @@
 #include <luk/Mesh.h>
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace luk
 {
+class ComponentInstance;
 class ComponentNode;
 class Structure;
 } // namespace luk
@@ -61,16 +63,21 @@ LUHOST_API bool CheckProductMesh(const luk::Mesh& mesh, std::string& problem);
 /// @return null for a model that CheckProductModel refuses, and for one without components
 LUHOST_API du::SmartPtr<luk::Structure> MakeStructure(const ProductModel& model);
 
+/// Says which uses in the root are symbols although their ids do not begin with the prefix of symbols. May be empty.
+using IsOddSymbol = std::function<bool(const luk::ComponentInstance& use)>;
+
 /// Puts the product below the root of a structure, which trees follow, in the place of the one that is there. Symbols stay.
 /// @param[out] nodes the components of the structure, in the order of the model; may be null
-/// @return false, with nothing changed, for a model that CheckProductModel refuses
+/// @return false, with nothing changed, for a model that CheckProductModel refuses, and for one with the id of a symbol
 LUHOST_API bool ReplaceProduct(luk::Structure& structure, const ProductModel& model, std::string& problem,
-                               std::vector<du::SmartPtr<luk::ComponentNode>>* nodes = nullptr);
+                               std::vector<du::SmartPtr<luk::ComponentNode>>* nodes = nullptr,
+                               const IsOddSymbol& isOddSymbol = {});
 
 /// The product of a structure without the symbols in it: uses whose ids begin with the prefix of symbols are left out. A
 /// structure whose root uses nothing else has a model with this one component.
 /// @param[out] nodes as with ReplaceProduct
 LUHOST_API ProductModel ModelOf(const luk::Structure& structure,
-                                std::vector<du::SmartPtr<luk::ComponentNode>>* nodes = nullptr);
+                                std::vector<du::SmartPtr<luk::ComponentNode>>* nodes = nullptr,
+                                const IsOddSymbol& isOddSymbol = {});
 
 } // namespace luhost

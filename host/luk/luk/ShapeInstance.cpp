@@ -1,3 +1,4 @@
+#include <du/UserData.h>
 #include <lug/Appearance.h>
 #include <luk/ComponentInstance.h>
 #include <luk/Instance.h>
@@ -187,6 +188,12 @@ du::SmartPtr<du::RefCounted> ShapeInstance::GetUserData(unsigned int id) const
 }
 
 bool ShapeInstance::HasUserData(unsigned int id) const { return m_userData && m_userData->byId.contains(id); }
+
+bool ShapeInstance::IsOfSymbol() const
+{
+    static const unsigned int s_mark = du::UserData::GetId("drellin::Drellin3DSymbolUserDataId");
+    return HasUserData(s_mark);
+}
 
 /// Where it stands and what it looks like, and nothing else.
 void ShapeInstance::TakeOver(const ShapeInstance& other)

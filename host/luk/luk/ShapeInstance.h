@@ -86,6 +86,8 @@ public:
     void SetUserData(unsigned int id, const du::SmartPtr<du::RefCounted>& data);
     du::SmartPtr<du::RefCounted> GetUserData(unsigned int id) const;
     bool HasUserData(unsigned int id) const;
+    /// Whether a symbol in space has marked it as its own, whatever its id.
+    bool IsOfSymbol() const;
 
 private:
     friend class ShapeScene;
