@@ -441,11 +441,19 @@ void SymbolAnnotation::FollowPresentParts()
     }
 }
 
-/// A symbol whose parts are all gone, or that has none but itself, would otherwise stay nowhere for ever.
+/// A symbol whose parts are all gone, or that has none but itself, would otherwise stay nowhere for ever. So would one on a
+/// node of the service tree that stands for no part.
 void SymbolAnnotation::PlaceWithoutParts()
 {
-    const bool hasPart = m_connectedParts.size() > (FindPart(m_shapeInstance) < m_connectedParts.size() ? 1U : 0U);
-    if (m_shapeInstance && !hasPart && !m_shapeInstance->GetLocation().HasPosition()) {
+    if (!m_shapeInstance || m_shapeInstance->GetLocation().HasPosition()) {
+        return;
+    }
+    const bool hasPart = std::ranges::any_of(m_connectedParts, [this](const ConnectedPartInfo& entry) {
+        du::SmartPtr<luk::Instance> instance;
+        GetInstanceByPath(instance, entry.partId);
+        return instance && instance != m_shapeInstance->GetInstance();
+    });
+    if (!hasPart) {
         MoveTo(m_location);
     }
 }

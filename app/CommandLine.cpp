@@ -109,6 +109,7 @@ void AddLibraryVerbs(CLI::App& program, Invocation& invocation)
     AddLibraryFormat(library, invocation);
     AddLibraryMerge(library, invocation);
     AddLibraryGallery(library, invocation);
+    AddLibraryThumbnails(library, invocation);
 }
 
 void AddDocumentVerbs(CLI::App& program, Invocation& invocation)

@@ -3,16 +3,18 @@
 #include "annotations2d/Symbol2D.h"
 #include "annotations3d/SymbolAnnotationFlattened.h"
 #include "SymbolState.h"
+#include "TextValues.h"
+#include "ViewDrawing.h"
 
-#include <dg/Camera3D.h>
 #include <luhost/Document.h>
 #include <luhost/render/DrawingOutput.h>
 #include <luhost/render/StampDrawing.h>
 #include <luk/Annotation.h>
+#include <luk/ComponentNode.h>
 #include <luk/illustration2d/Scene2D.h>
+#include <luk/Structure.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace lusym
 {
@@ -22,44 +24,12 @@ namespace
 
 using luhost::render::Drawing;
 
-constexpr int kUsualWidth = 1280;
-constexpr int kUsualHeight = 800;
 constexpr double kMillimetresPerLineWidth = 0.35;
 
-/// The document's camera, with as many pixels as are asked for. A camera shows its whole width, so that another shape of
-/// the picture shows more or less above and below.
-dg::Camera3D CameraFor(const luhost::Document& document, const DrawingOptions& options)
-{
-    dg::Camera3D camera = document.GetCamera();
-    const bool hasPixels = camera.GetPixelWidth() > 0 && camera.GetPixelHeight() > 0;
-    int width = hasPixels ? camera.GetPixelWidth() : kUsualWidth;
-    int height = hasPixels ? camera.GetPixelHeight() : kUsualHeight;
-    const double heightPerWidth = static_cast<double>(height) / static_cast<double>(width);
-    if (options.pixelWidth != 0) {
-        width = options.pixelWidth;
-        height = static_cast<int>(std::ceil(options.pixelWidth * heightPerWidth));
-    }
-    if (options.pixelHeight != 0) {
-        height = options.pixelHeight;
-        width = options.pixelWidth != 0 ? width : static_cast<int>(std::ceil(options.pixelHeight / heightPerWidth));
-    }
-    camera.SetViewport(width, height);
-    return camera;
-}
-
-Drawing ViewDrawing(const luhost::Document& document, const DrawingOptions& options)
-{
-    const auto wordsOf = [&](const luk::Annotation& annotation) {
-        // The drawing only lends what it shows; the state is read through operations that are not const.
-        const SymbolState state = StateOf(document, const_cast<luk::Annotation&>(annotation));
-        return luhost::render::Words{state.id, state.showsTitle ? state.title : std::string(),
-                                     state.showsDescription ? state.description : std::string()};
-    };
-    return luhost::render::DrawView(*document.GetScene(), CameraFor(document, options), wordsOf);
-}
+} // namespace
 
 /// A stamp of a page has neither frame nor fill; those of the symbol that it belongs to are drawn as they are over the view.
-Drawing PageDrawing(const luhost::Document& document, int page)
+Drawing DrawPageOf(const luhost::Document& document, int page)
 {
     Drawing drawing = luhost::render::DrawPage(*document.GetPage(static_cast<std::size_t>(page) - 1)->GetDocument());
     // What a flattened 3D symbol looks like is drawn by its lines.
@@ -70,6 +40,7 @@ Drawing PageDrawing(const luhost::Document& document, int page)
     for (luhost::render::DrawnPicture& picture : drawing.pictures) {
         const du::SmartPtr<luk::Annotation> annotation = document.FindAnnotation(picture.id);
         if (const luannotations::Symbol2D* const symbol = annotation ? AsPicture(*annotation) : nullptr) {
+            picture.link = FindLink(symbol->GetDescription());
             picture.fillColor = symbol->GetFillColor();
             picture.lineColor = symbol->GetLineColor();
             picture.lineWidth = std::max(symbol->GetLineWidth(), 0) * kMillimetresPerLineWidth;
@@ -78,7 +49,11 @@ Drawing PageDrawing(const luhost::Document& document, int page)
     return drawing;
 }
 
-} // namespace
+std::string DrawingTitle(const luhost::Document& document, const std::string& what)
+{
+    const std::string product = document.GetStructure()->GetRoot()->GetName().GetText();
+    return product.empty() ? what : product + ", " + what;
+}
 
 const std::map<std::string, PictureFormat>& PictureFormats()
 {
@@ -93,11 +68,9 @@ std::optional<PictureFormat> FindPictureFormat(const std::string& ending)
     return known == PictureFormats().end() ? std::nullopt : std::optional(known->second);
 }
 
-bool DrawDocument(const luhost::Document& document, const DrawingOptions& options, PictureFormat format,
-                  std::string& bytes, std::string& error)
+bool WriteDrawing(const Drawing& drawing, PictureFormat format, int pixelWidth, int pixelHeight, std::string& bytes,
+                  std::string& error)
 {
-    Drawing drawing = options.page == 0 ? ViewDrawing(document, options) : PageDrawing(document, options.page);
-    drawing.background = options.background;
     switch (format) {
     case PictureFormat::Svg:
         return luhost::render::WriteSvg(drawing, bytes, error);
@@ -106,7 +79,25 @@ bool DrawDocument(const luhost::Document& document, const DrawingOptions& option
     case PictureFormat::Png:
         break;
     }
-    return luhost::render::WritePng(drawing, options.pixelWidth, options.pixelHeight, bytes, error);
+    return luhost::render::WritePng(drawing, pixelWidth, pixelHeight, bytes, error);
+}
+
+bool DrawDocument(const luhost::Document& document, const DrawingOptions& options, PictureFormat format,
+                  std::string& bytes, std::string& error)
+{
+    Drawing drawing;
+    if (options.page != 0) {
+        drawing = DrawPageOf(document, options.page);
+    } else {
+        ViewPicture picture;
+        picture.pixelWidth = options.pixelWidth;
+        picture.pixelHeight = options.pixelHeight;
+        if (!ViewDrawing(document).Draw(picture, drawing, error)) {
+            return false;
+        }
+    }
+    drawing.background = options.background;
+    return WriteDrawing(drawing, format, options.pixelWidth, options.pixelHeight, bytes, error);
 }
 
 } // namespace lusym

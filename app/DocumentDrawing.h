@@ -29,6 +29,16 @@ struct DrawingOptions {
     dg::Color background{1.0F, 1.0F, 1.0F, 0.0F};
 };
 
+/// A page of an open document.
+luhost::render::Drawing DrawPageOf(const luhost::Document& document, int page);
+
+/// What a drawing is called in the file that it becomes: "Gearbox, view iso".
+std::string DrawingTitle(const luhost::Document& document, const std::string& what);
+
+/// @param pixelWidth,pixelHeight of PNG; 0 when it follows
+bool WriteDrawing(const luhost::render::Drawing& drawing, PictureFormat format, int pixelWidth, int pixelHeight,
+                  std::string& bytes, std::string& error);
+
 /// Draws a page or the view of an open document into the bytes of a file.
 /// @return false with the reason when it cannot be drawn
 bool DrawDocument(const luhost::Document& document, const DrawingOptions& options, PictureFormat format,

@@ -139,7 +139,7 @@ private:
         if (state.fileProblem.empty()) {
             return;
         }
-        const bool isHeld = !state.file.empty() && state.fileProblem != kFileNotHeld;
+        const bool isHeld = !state.file.empty() && state.fileProblem != kFileNotHeld && state.fileProblem != kIdOfPart;
         const Code code = state.isShape ? isHeld ? Code::ShapeUnreadable : Code::ShapeMissing
                           : isHeld      ? Code::PictureUnreadable
                                         : Code::PictureMissing;

@@ -10,6 +10,7 @@
 #include <dg/DMat44.h>
 #include <dg/Pipeline.h>
 #include <luhost/Document.h>
+#include <luhost/render/Drawing.h>
 #include <luk/illustration2d/Scene2D.h>
 #include <luk/InstanceCheck.h>
 #include <luk/Shape.h>
@@ -25,6 +26,9 @@ namespace
 {
 
 using luannotations::SymbolAnnotationFlattened;
+using luk::illustration2d::Lines2D;
+
+constexpr int kFittedWidth = 1280;
 
 /// From pixels of the viewport, which count down from its upper left corner, to millimetres of the sheet, which count up.
 class SheetPlacement
@@ -47,6 +51,52 @@ private:
     double m_left = 0.0;
     double m_top = 0.0;
 };
+
+/// By how much a viewport is enlarged so that lines are as exact as a printer.
+int DetailOf(const dg::Camera3D& camera, double millimetresPerPixel)
+{
+    constexpr double kPixelsPerMillimetre = 12.0;
+    constexpr int kMost = 8;
+    constexpr int kLongestSide = 16384;
+    const int longest = std::max(camera.GetPixelWidth(), camera.GetPixelHeight());
+    const int wanted =
+        static_cast<int>(std::ceil(std::clamp(kPixelsPerMillimetre * millimetresPerPixel, 1.0, 1.0 * kMost)));
+    return std::clamp(wanted, 1, std::max(1, kLongestSide / longest));
+}
+
+/// Of the sheet, in whole thousandths of a millimetre, which is more than any printer knows.
+double Rounded(double millimetres) { return std::round(millimetres * 1000.0) / 1000.0; }
+
+/// @param scale millimetres of a pixel of the drawing, of which there are `detail` times as many as the placement counts
+du::SmartPtr<Lines2D> ToLines(const luhost::render::DrawnStrokes& strokes, const SheetPlacement& placement,
+                              double scale, int detail)
+{
+    const auto lines = du::MakeCounted<Lines2D>();
+    std::vector<Lines2D::Line> all;
+    for (const luhost::render::DrawnStrokes::Stroke& stroke : strokes.strokes) {
+        Lines2D::Line& line = all.emplace_back();
+        line.isClosed = stroke.closed;
+        for (const dg::DPoint2D& pixel : stroke.points) {
+            const dg::DPoint3D point = placement.At(pixel.x / detail, pixel.y / detail);
+            line.points.push_back({Rounded(point.x), Rounded(point.y)});
+        }
+    }
+    std::vector<double> dashes;
+    for (const double dash : strokes.dashes) {
+        dashes.push_back(Rounded(dash * scale));
+    }
+    lines->SetLines(std::move(all));
+    lines->SetDashes(std::move(dashes));
+    lines->SetWidth(Rounded(strokes.width * scale));
+    lines->SetColor(strokes.color);
+    lines->SetLineClass(strokes.lineClass);
+    lines->SetPart(strokes.part);
+    lines->SetTitle(strokes.title);
+    if (!strokes.annotation.empty()) {
+        lines->SetIDPath(du::Symbol(strokes.annotation));
+    }
+    return lines;
+}
 
 /// A symbol of a page faces the reader, whatever it did in space.
 void PlaceContent(luk::SerializedContentElement& content, const SheetPlacement& placement)
@@ -124,15 +174,49 @@ std::string NodeIdOf(const luk::SerializedContentElement& content)
 
 } // namespace
 
-bool FlattenedView::Read(DocumentSource& source, const FlatSheet& sheet)
+bool FlattenedView::Read(DocumentSource& source, const FlatSheet& sheet, std::string& error)
 {
     const luhost::Document& document = source.GetDocument();
-    const dg::Camera3D camera = document.GetCamera();
-    if (camera.GetPixelWidth() <= 0 || camera.GetPixelHeight() <= 0) {
+    m_sheet = sheet;
+    if (sheet.view.view || sheet.view.isFitted) {
+        // What is fitted fills the sheet.
+        m_sheet.view.pixelWidth = kFittedWidth;
+        m_sheet.view.pixelHeight = std::max(1, static_cast<int>(kFittedWidth * sheet.height / sheet.width));
+    }
+    ViewDrawing view(document);
+    const dg::Camera3D camera = view.CameraFor(m_sheet.view);
+    m_problems = view.GetProblems();
+    if (view.HasShapes() && !ReadLines(view, camera, error)) {
         return false;
     }
-    m_sheet = sheet;
-    const SheetPlacement placement(sheet, camera);
+    ReadSymbols(document, camera);
+    return true;
+}
+
+bool FlattenedView::ReadLines(ViewDrawing& view, const dg::Camera3D& camera, std::string& error)
+{
+    const SheetPlacement placement(m_sheet, camera);
+    const int detail = DetailOf(camera, placement.GetScale());
+    const double scale = placement.GetScale() / detail;
+    ViewPicture picture = m_sheet.view;
+    picture.pixelWidth = camera.GetPixelWidth() * detail;
+    picture.pixelHeight = camera.GetPixelHeight() * detail;
+    picture.look.style = luhost::render::SceneDrawingOptions::Style::Lines;
+    picture.look.pixelsPerMm = 1.0 / scale;
+    // Its pictures are of no use here, but a fitted camera has to show them too.
+    luhost::render::Drawing drawing;
+    if (!view.Draw(picture, drawing, error)) {
+        return false;
+    }
+    for (const luhost::render::DrawnStrokes& strokes : drawing.strokes) {
+        m_lines.push_back(ToLines(strokes, placement, scale, detail));
+    }
+    return true;
+}
+
+void FlattenedView::ReadSymbols(const luhost::Document& document, const dg::Camera3D& camera)
+{
+    const SheetPlacement placement(m_sheet, camera);
     const dg::Pipeline pipeline(camera, 1.0);
     for (const du::SmartPtr<luk::Annotation>& annotation : document.GetAnnotations()) {
         luk::SerializedContentElement parent;
@@ -153,14 +237,27 @@ bool FlattenedView::Read(DocumentSource& source, const FlatSheet& sheet)
         }
         m_symbols.push_back(std::move(symbol));
     }
-    return true;
+}
+
+std::size_t FlattenedView::CountLines() const
+{
+    std::size_t count = 0;
+    for (const du::SmartPtr<Lines2D>& lines : m_lines) {
+        count += lines->GetLines().size();
+    }
+    return count;
 }
 
 std::size_t FlattenedView::PutOnPage(DocumentSource& source) const
 {
     luhost::Document& document = source.GetDocument();
     const std::size_t page = document.AddPage({m_sheet.width, m_sheet.height});
-    const du::SmartPtr<luk::Scene> scene(document.GetPage(page).get());
+    const du::SmartPtr<luk::illustration2d::Scene2D>& pageScene = document.GetPage(page);
+    for (const du::SmartPtr<Lines2D>& lines : m_lines) {
+        lines->SetLayer(pageScene->GetDocument()->GetCurrentLayer());
+        pageScene->GetDocument()->AppendNode(lines);
+    }
+    const du::SmartPtr<luk::Scene> scene(pageScene.get());
     std::size_t count = 0;
     for (const auto& [content, box, idPath] : m_symbols) {
         const auto annotation = du::DynamicCast<luk::Annotation>(

@@ -4,12 +4,14 @@
 #include "Finding.h"
 #include "Invocation.h"
 #include "OutputFile.h"
+#include "PictureSeries.h"
 #include "Printable.h"
 #include "Progress.h"
 #include "TextValues.h"
 
 #include <CLI/CLI.hpp>
 
+#include <map>
 #include <memory>
 
 namespace lusym
@@ -23,16 +25,17 @@ struct FlattenOptions {
     std::string output;
     std::string paper = "a4-landscape";
     std::optional<PictureFormat> format; ///< none for a document
+    ViewPicture view;
 };
 
 ExitCode PutPicture(const FlattenOptions& options, DocumentSource& source)
 {
     Progress& progress = source.GetProgress();
-    DrawingOptions drawing;
-    drawing.page = 1;
+    luhost::render::Drawing drawing = DrawPageOf(source.GetDocument(), 1);
+    drawing.title = DrawingTitle(source.GetDocument(), "page 1");
     std::string bytes;
     std::string error;
-    if (!DrawDocument(source.GetDocument(), drawing, *options.format, bytes, error)) {
+    if (!WriteDrawing(drawing, *options.format, 0, 0, bytes, error)) {
         progress.Tell(Printable(options.name) + ": error: the page cannot be drawn: " + Printable(error) +
                       ". Ask for another size with --page.\n");
         return ExitCode::Failed;
@@ -52,16 +55,21 @@ ExitCode Flatten(const FlattenOptions& options, DocumentSource& source)
     const PaperSize paper = *ParsePaperSize(options.paper);
     progress.Step("flattening " + options.name);
     FlattenedView view;
-    if (!view.Read(source, {paper.width, paper.height})) {
-        progress.Tell(Printable(options.name) + ": error: the view has no pixels to be drawn on. Make the document "
-                                                "anew with \"lusym document new\".\n");
+    std::string error;
+    if (!view.Read(source, {paper.width, paper.height, options.view}, error)) {
+        progress.Tell(Printable(options.name) + ": error: the view cannot be drawn: " + Printable(error) + ".\n");
         return ExitCode::Failed;
+    }
+    for (const std::string& problem : view.GetProblems()) {
+        progress.Tell(Printable(options.name) + ":" + Printable(problem) + ". It is not drawn.\n");
     }
     source.Create();
     const std::size_t count = view.PutOnPage(source);
     const ExitCode written = options.format ? PutPicture(options, source) : source.Save(options.output);
     if (written == ExitCode::Done) {
-        progress.Tell(Printable(options.name) + ": " + CountOf(count, "symbol", "symbols") + " on the page.\n");
+        const std::size_t lines = view.CountLines();
+        progress.Tell(Printable(options.name) + ": " + CountOf(count, "symbol", "symbols") +
+                      (lines == 0 ? "" : " and " + CountOf(lines, "line", "lines")) + " on the page.\n");
     }
     return written;
 }
@@ -82,6 +90,29 @@ std::string FaultOfPaper(const std::string& text)
                                 : Quote(text) + " is no paper. Write a4, a3-landscape, or 210x297 in millimetres";
 }
 
+void AddViewOptions(CLI::App& verb, FlattenOptions& options)
+{
+    using luhost::render::UpAxis;
+    std::vector<std::string> names;
+    for (const std::string_view name : ViewNames()) {
+        names.emplace_back(name);
+    }
+    verb.add_option_function<std::string>(
+            "--view", [&options](const std::string& name) { options.view.view = luhost::render::StandardViewOf(name); },
+            "The side from which the product is seen: " + CLI::detail::join(names, ", ") +
+                "; each but saved, the camera of the document, shows everything (default: saved)")
+        ->check(CLI::IsMember(names).description(""))
+        ->type_name("NAME");
+    verb.add_option("--up", options.view.up, "Which way is up in the product, y or z (default: y)")
+        ->transform(
+            CLI::CheckedTransformer(std::map<std::string, UpAxis>{{"y", UpAxis::Y}, {"z", UpAxis::Z}}, CLI::ignore_case)
+                .description(""))
+        ->type_name("AXIS");
+    verb.add_flag("--fit", options.view.isFitted, "Show everything with the saved camera too, as large as it fits");
+    verb.add_flag("--hidden-lines", options.view.look.showsHiddenLines,
+                  "Draw lines that are hidden too, dashed (default: they are left out)");
+}
+
 } // namespace
 
 void AddFlatten(CLI::App& program, Invocation& invocation)
@@ -100,10 +131,11 @@ void AddFlatten(CLI::App& program, Invocation& invocation)
                     "millimetres (default: a4-landscape)")
         ->check(FaultOfPaper)
         ->type_name("SIZE");
+    AddViewOptions(verb, *options);
     verb.footer(
-        "PAGE.luz is a document with one page and no product: symbols over the view become symbols on the page,\n"
-        "which go on following their entries, and 3D symbols leave their words and their place. What is hidden stays\n"
-        "behind.\n\n"
+        "PAGE.luz is a document with one page and no product: the lines of the parts that are seen become lines on\n"
+        "the page, symbols over the view become symbols on the page, which go on following their entries, and 3D\n"
+        "symbols leave their lines, their words and their place. What is hidden stays behind.\n\n"
         "Examples:\n"
         "  lusym flatten manual.luz -o page.luz\n"
         "  lusym flatten manual.luz -o page.svg --page a3-landscape\n\n"

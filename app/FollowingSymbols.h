@@ -39,6 +39,8 @@ private:
         bool isVisible;
     };
 
+    void CarryAlong();
+
     DocumentSource& m_source;
     std::vector<Before> m_before;
     std::string m_report;

@@ -23,6 +23,7 @@ void AddLibraryList(CLI::App& library, Invocation& invocation);
 void AddLibraryFormat(CLI::App& library, Invocation& invocation);
 void AddLibraryMerge(CLI::App& library, Invocation& invocation);
 void AddLibraryGallery(CLI::App& library, Invocation& invocation);
+void AddLibraryThumbnails(CLI::App& library, Invocation& invocation);
 void AddDocumentNew(CLI::App& document, Invocation& invocation);
 void AddDocumentInfo(CLI::App& document, Invocation& invocation);
 void AddDocumentTree(CLI::App& document, Invocation& invocation);

@@ -4,7 +4,6 @@
 #include "PartState.h"
 #include "Printable.h"
 
-#include <dg/DBox.h>
 #include <luhost/Document.h>
 #include <luk/ComponentInstance.h>
 #include <luk/illustration/SbomInstance.h>
@@ -44,26 +43,6 @@ double DistanceOf(const Part& part, const dg::DPoint3D& point)
     const dg::DVec3 way = part->GetLocation().GetPosition() - point;
     const double distance = std::hypot(way.x, way.y, way.z);
     return std::isnan(distance) ? std::numeric_limits<double>::infinity() : distance;
-}
-
-/// Around the shape, where it stands.
-dg::DBox BoxOf(const luk::ShapeInstance& part)
-{
-    dg::DBox box;
-    const auto& shape = part.GetShape();
-    if (!shape || !shape->GetMesh()) {
-        return box;
-    }
-    const dg::FBox& own = shape->GetMesh()->GetBox();
-    const dg::Location& place = part.GetLocation();
-    for (const float x : {own.GetMin().x, own.GetMax().x}) {
-        for (const float y : {own.GetMin().y, own.GetMax().y}) {
-            for (const float z : {own.GetMin().z, own.GetMax().z}) {
-                box.Enclose(place.GetPosition() + place.GetMat() * dg::DVec3(x, y, z));
-            }
-        }
-    }
-    return box;
 }
 
 std::string PathsOf(const std::vector<Part>& parts)
@@ -170,6 +149,25 @@ std::string AttachmentPathOf(const luk::ShapeInstance& part)
 {
     const auto node = part.GetInstance()->GetSbomInstance();
     return (node ? node->GetIdPath() : part.GetInstance()->GetIdPath()).GetText();
+}
+
+dg::DBox BoxOf(const luk::ShapeInstance& part)
+{
+    dg::DBox box;
+    const auto& shape = part.GetShape();
+    if (!shape || !shape->GetMesh()) {
+        return box;
+    }
+    const dg::FBox& own = shape->GetMesh()->GetBox();
+    const dg::Location& place = part.GetLocation();
+    for (const float x : {own.GetMin().x, own.GetMax().x}) {
+        for (const float y : {own.GetMin().y, own.GetMax().y}) {
+            for (const float z : {own.GetMin().z, own.GetMax().z}) {
+                box.Enclose(place.GetPosition() + place.GetMat() * dg::DVec3(x, y, z));
+            }
+        }
+    }
+    return box;
 }
 
 dg::DPoint3D MiddleOf(const luhost::Document& document, const luk::ShapeInstance& part)

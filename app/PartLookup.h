@@ -1,6 +1,6 @@
 #pragma once
 
-#include <dg/DPoint3D.h>
+#include <dg/DBox.h>
 #include <du/SmartPtr.h>
 #include <luk/ShapeInstance.h>
 
@@ -55,6 +55,9 @@ private:
 
 /// The path by which a symbol is attached to a part: in the service tree where it has one.
 std::string AttachmentPathOf(const luk::ShapeInstance& part);
+
+/// Around the shape of a part, where it stands; empty for an assembly.
+dg::DBox BoxOf(const luk::ShapeInstance& part);
 
 /// The middle of the box around a part and all that is in it; its position when it shows nothing.
 dg::DPoint3D MiddleOf(const luhost::Document& document, const luk::ShapeInstance& part);

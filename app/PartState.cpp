@@ -54,7 +54,8 @@ void ForEachPart(const luhost::Document& document, const Visit& visit)
         const Step step = std::move(due.back());
         due.pop_back();
         const ShapePtr part = IsSymbol(*step.instance) ? nullptr : scene.GetShapeInstance(step.instance);
-        if (part) {
+        // Another program may have given a symbol any id.
+        if (part && !part->IsOfSymbol()) {
             visit(part, step.level);
             addBelow(*step.instance, step.level + 1);
         }
@@ -87,7 +88,8 @@ ShapePtr FindPart(const luhost::Document& document, const std::string& path)
         const auto node = withService ? withService->GetSbomTree()->FindInstance(idPath) : nullptr;
         instance = node ? node->GetEbomInstance() : nullptr;
     }
-    return instance && !IsSymbol(*instance) ? scene.GetShapeInstance(instance) : nullptr;
+    const ShapePtr part = instance && !IsSymbol(*instance) ? scene.GetShapeInstance(instance) : nullptr;
+    return part && !part->IsOfSymbol() ? part : nullptr;
 }
 
 std::vector<ShapePtr> FindParts(DocumentSource& source, const std::vector<std::string>& words)

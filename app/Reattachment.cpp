@@ -9,6 +9,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <utility>
+
 namespace lusym
 {
 
@@ -44,8 +46,12 @@ std::vector<Heir> FindHeirs(const luhost::Document& document, const LostAttachme
             continue;
         }
         for (const SymbolAttachment& attachment : found->second) {
-            heirs.push_back({id, attachment.path, lookup.FindHeir(attachment.path, attachment.lastPosition),
-                             attachment.offset, attachment.lastPosition});
+            PartLookup::Part heir = lookup.FindHeir(attachment.path, attachment.lastPosition);
+            // A node of the service tree that stands for nothing may have the path of the part.
+            if (heir && FindAttachedPart(document, AttachmentPathOf(*heir)) != heir) {
+                heir = nullptr;
+            }
+            heirs.push_back({id, attachment.path, std::move(heir), attachment.offset, attachment.lastPosition});
         }
     }
     return heirs;

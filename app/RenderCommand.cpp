@@ -1,18 +1,17 @@
-#include "DocumentDrawing.h"
 #include "DocumentSource.h"
 #include "Invocation.h"
+#include "LibraryRules.h"
 #include "OutputFile.h"
+#include "PictureSeries.h"
 #include "Printable.h"
-#include "Progress.h"
-#include "SymbolState.h"
 #include "TextValues.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <memory>
-#include <optional>
 
 namespace lusym
 {
@@ -20,15 +19,8 @@ namespace lusym
 namespace
 {
 
-constexpr std::string_view kPageWord = "{page}";
-
-struct RenderOptions {
-    std::string name;
-    std::string output;
-    std::optional<PictureFormat> format;
-    DrawingOptions drawing;
-    bool isPageGiven = false;
-};
+using luhost::render::SceneDrawingOptions;
+using luhost::render::UpAxis;
 
 std::optional<PictureFormat> FormatOfName(const std::string& name)
 {
@@ -36,103 +28,11 @@ std::optional<PictureFormat> FormatOfName(const std::string& name)
     return FindPictureFormat(CLI::detail::to_lower(dot == name.npos ? std::string() : name.substr(dot + 1)));
 }
 
-void TellPictureProblems(const std::vector<SymbolState>& states, const std::string& name, Progress& progress)
-{
-    for (const SymbolState& state : states) {
-        if (state.isPicture && !state.fileProblem.empty()) {
-            progress.Tell(Printable(name) + ":" + Printable(state.id) + ": warning: the picture " + Quote(state.file) +
-                          " cannot be shown: " + Printable(state.fileProblem) +
-                          ". The symbol is drawn as a crossed box.\n");
-        }
-    }
-}
-
-class Renderer
-{
-public:
-    Renderer(const RenderOptions& options, DocumentSource& source, Progress& progress)
-        : m_options(options), m_document(source.GetDocument()), m_progress(progress)
-    {
-    }
-
-    ExitCode Run()
-    {
-        const std::vector<SymbolState> states = StatesOf(m_document);
-        TellPictureProblems(states, m_options.name, m_progress);
-        const bool isViewEmpty = std::ranges::count(states, 0, &SymbolState::page) == 0;
-        const auto pages = static_cast<int>(m_document.GetPageCount());
-        if (m_options.output.find(kPageWord) != std::string::npos && !m_options.isPageGiven) {
-            return RenderAll(pages);
-        }
-        DrawingOptions drawing = m_options.drawing;
-        drawing.page = m_options.isPageGiven ? drawing.page : pages > 0 && isViewEmpty ? 1 : 0;
-        if (drawing.page > pages) {
-            m_progress.Tell(Printable(m_options.name) + ": error: there is no page " + std::to_string(drawing.page) +
-                            "; the document has " + std::to_string(pages) + ". Name another one with --page.\n");
-            return ExitCode::Failed;
-        }
-        return Render(drawing, m_options.output);
-    }
-
-private:
-    ExitCode RenderAll(int pages)
-    {
-        if (pages == 0) {
-            m_progress.Tell(Printable(m_options.name) +
-                            ": error: the document has no page. Leave {page} out to get the view.\n");
-            return ExitCode::Failed;
-        }
-        for (int page = 1; page <= pages; ++page) {
-            DrawingOptions drawing = m_options.drawing;
-            drawing.page = page;
-            std::string output = m_options.output;
-            output.replace(output.find(kPageWord), kPageWord.size(), std::to_string(page));
-            m_progress.Step("drawing", static_cast<std::size_t>(page) - 1, static_cast<std::size_t>(pages));
-            const ExitCode rendered = Render(drawing, output);
-            if (rendered != ExitCode::Done) {
-                return rendered;
-            }
-        }
-        return ExitCode::Done;
-    }
-
-    ExitCode Render(const DrawingOptions& drawing, const std::string& output)
-    {
-        m_progress.Step("writing " + output);
-        std::string bytes;
-        std::string error;
-        if (!DrawDocument(m_document, drawing, *m_options.format, bytes, error)) {
-            m_progress.Tell(Printable(m_options.name) + ": error: " + PageText(drawing.page) +
-                            " cannot be drawn: " + Printable(error) + ". Ask for another size with --size.\n");
-            return ExitCode::Failed;
-        }
-        OutputFile file(output);
-        m_progress.Clear();
-        if (!file.Write(bytes) || !file.Commit()) {
-            m_progress.Tell("lusym: " + file.GetError() + "\n");
-            return ExitCode::OutputNotWritable;
-        }
-        return ExitCode::Done;
-    }
-
-    const RenderOptions& m_options;
-    const luhost::Document& m_document;
-    Progress& m_progress;
-};
-
-ExitCode RunRender(const RenderOptions& options, Progress& progress)
-{
-    if (OutputFile::IsFile(options.output, options.name)) {
-        progress.Tell("lusym: " + Printable(options.output) +
-                      " is the document, which the picture would replace. Name another file with -o.\n");
-        return ExitCode::Usage;
-    }
-    return WorkOnDocument({}, options.name, progress,
-                          [&](DocumentSource& source) { return Renderer(options, source, progress).Run(); });
-}
+/// What a text stands for, or what is wrong with it.
+using OptionReader = std::function<std::string(SeriesOptions& options, const std::string& text)>;
 
 /// "800x600", "800" or "x600"
-std::string TakeSize(const std::string& text, DrawingOptions& drawing)
+std::string TakeSize(SeriesOptions& options, const std::string& text)
 {
     constexpr double kLargest = 65536.0;
     const std::vector<double> sides = ParseNumbers(text, 'x', true);
@@ -140,51 +40,208 @@ std::string TakeSize(const std::string& text, DrawingOptions& drawing)
     const bool isSize = !sides.empty() && sides.size() <= 2 && std::ranges::all_of(sides, isSide) &&
                         std::ranges::any_of(sides, [](double side) { return side >= 1.0; });
     if (!isSize) {
-        return Quote(text) + " is no size. Write WxH, W or xH, in pixels";
+        return Quote(text) + " is no size. Write WxH, W or xH, in pixels, up to 65536";
     }
-    drawing.pixelWidth = sides[0] >= 1.0 ? static_cast<int>(sides[0]) : 0;
-    drawing.pixelHeight = sides.size() == 2 && sides[1] >= 1.0 ? static_cast<int>(sides[1]) : 0;
+    options.view.pixelWidth = sides[0] >= 1.0 ? static_cast<int>(sides[0]) : 0;
+    options.view.pixelHeight = sides.size() == 2 && sides[1] >= 1.0 ? static_cast<int>(sides[1]) : 0;
     return {};
 }
 
-std::string TakeBackground(const std::string& text, DrawingOptions& drawing)
+std::string TakeBackground(SeriesOptions& options, const std::string& text)
 {
     const std::optional<dg::Color> color = ParseColor(text);
-    drawing.background = color.value_or(drawing.background);
+    options.background = color.value_or(options.background);
     return color ? std::string() : Quote(text) + " is no colour. Write #rrggbb, #rrggbbaa, or one of " + ColorNames();
 }
 
-void AddDrawingOptions(CLI::App& verb, const std::shared_ptr<RenderOptions>& options)
+std::string JoinedNames(const std::vector<std::string_view>& names)
 {
-    verb.add_option_function<std::string>(
-            "--size",
-            [options](const std::string& text) {
-                const std::string fault = TakeSize(text, options->drawing);
-                if (!fault.empty()) {
-                    throw CLI::ValidationError("--size", fault);
-                }
-            },
-            "Size in pixels, of a PNG picture and of the view; W or xH alone keep the shape (default: the view's own, "
-            "96 pixels an inch for a page)")
-        ->type_name("WxH");
-    verb.add_option_function<std::string>(
-            "--background",
-            [options](const std::string& text) {
-                const std::string fault = TakeBackground(text, options->drawing);
-                if (!fault.empty()) {
-                    throw CLI::ValidationError("--background", fault);
-                }
-            },
-            "Colour behind everything, such as white (default: none)")
-        ->type_name("COLOR");
+    std::string text;
+    for (const std::string_view name : names) {
+        text.append(text.empty() ? "" : ", ").append(name);
+    }
+    return text;
 }
+
+std::string TakeView(SeriesOptions& options, const std::string& text)
+{
+    const std::vector<std::string_view> names = ViewNames();
+    const std::string name = CLI::detail::to_lower(text);
+    if (std::ranges::count(names, name) == 0) {
+        const std::string_view meant = NearestName(name, names);
+        return "there is no view " + Quote(text) +
+               (meant.empty() ? ". Write one of " + JoinedNames(names) : ". Did you mean " + std::string(meant) + "?");
+    }
+    options.views.push_back(name);
+    return {};
+}
+
+/// "0.5", or with the kind of lines: "silhouette=0.5"
+std::string TakeLineWidth(SeriesOptions& options, const std::string& text)
+{
+    constexpr double kLargestMm = 20.0;
+    const std::size_t equals = text.find('=');
+    const std::string kind = equals == text.npos ? "all" : text.substr(0, equals);
+    const std::optional<double> width = ParseNumber(equals == text.npos ? text : text.substr(equals + 1));
+    const bool isWidth = width && *width > 0.0 && *width <= kLargestMm;
+    if (!isWidth || !options.view.look.SetLineWidth(kind, *width)) {
+        return Quote(text) +
+               " is no line width. Write millimetres up to 20, such as 0.5, or with the kind of lines, "
+               "such as silhouette=0.5; kinds are silhouette, border, crease, boundary, intersection, hidden, symbol";
+    }
+    return {};
+}
+
+/// Options of pictures that take one text each.
+class PictureOptions
+{
+public:
+    PictureOptions(CLI::App& verb, std::shared_ptr<SeriesOptions> options, CLI::Option* page)
+        : m_verb(verb), m_options(std::move(options)), m_page(page)
+    {
+    }
+
+    void AddShared()
+    {
+        AddText("--size", "WxH",
+                "Size in pixels, of a PNG picture and of the view; W or xH alone keep the shape (default: the view's "
+                "own, 96 pixels an inch for a page)",
+                TakeSize);
+        AddText("--background", "COLOR", "Colour behind everything, such as white (default: none)", TakeBackground);
+    }
+
+    void AddOfViews()
+    {
+        AddText("--view", "NAME",
+                "The side from which the product is seen: " + JoinedNames(ViewNames()) +
+                    ". May be repeated; each but saved, the camera of the document, shows everything (default: saved)",
+                TakeView)
+            ->allow_extra_args(false)
+            ->excludes(m_page);
+        AddFlag("--fit", m_options->view.isFitted, "Show everything with the saved camera too, as large as it fits");
+        AddChoice<SceneDrawingOptions::Style>("--style", m_options->view.look.style, "STYLE",
+                                              "shaded, lines, or both (default: both)",
+                                              {{"shaded", SceneDrawingOptions::Style::Shaded},
+                                               {"lines", SceneDrawingOptions::Style::Lines},
+                                               {"both", SceneDrawingOptions::Style::Both}});
+        AddFlag("--hidden-lines", m_options->view.look.showsHiddenLines,
+                "Draw lines that are hidden too, dashed (default: they are left out)");
+        AddText("--line-width", "[KIND=]MM",
+                "Width of lines in millimetres, of all or of silhouette, border, crease, boundary, intersection, "
+                "hidden or symbol "
+                "(default: 0.35, hidden 0.18); may be repeated",
+                TakeLineWidth)
+            ->allow_extra_args(false)
+            ->excludes(m_page);
+        AddFlag("--shadow", m_options->view.look.castsGroundShadow, "Let the product cast a soft shadow on the ground");
+        AddChoice<UpAxis>("--up", m_options->view.up, "AXIS", "Which way is up in the product, y or z (default: y)",
+                          {{"y", UpAxis::Y}, {"z", UpAxis::Z}});
+        AddParts();
+        AddChoice<ViewPicture::Covering>(
+            "--covered", m_options->view.covering, "SYMBOLS",
+            "Which symbols parts hide that stand before them: none, shapes, or all; the others are always seen "
+            "(default: shapes)",
+            {{"none", ViewPicture::Covering::None},
+             {"shapes", ViewPicture::Covering::Shapes},
+             {"all", ViewPicture::Covering::All}});
+        m_verb
+            .add_option("--dpi", m_options->pixelsPerInch,
+                        "Pixels an inch of a view on paper, by which widths in millimetres go (default: 96)")
+            ->check(CLI::Range(1.0, 9600.0).description(""))
+            ->excludes(m_page)
+            ->type_name("N");
+    }
+
+private:
+    CLI::Option* AddText(const std::string& name, const std::string& type, const std::string& help,
+                         const OptionReader& take)
+    {
+        const auto options = m_options;
+        CLI::Option* const option = m_verb.add_option_function<std::vector<std::string>>(
+            name,
+            [options, name, take](const std::vector<std::string>& texts) {
+                for (const std::string& text : texts) {
+                    if (const std::string fault = take(*options, text); !fault.empty()) {
+                        throw CLI::ValidationError(name, fault);
+                    }
+                }
+            },
+            help);
+        return option->type_name(type);
+    }
+
+    void AddParts()
+    {
+        m_verb
+            .add_option("--hide", m_options->hidden,
+                        "A part that is left out with what is in it and the symbols on it, as \"lusym part list\" "
+                        "names it; may be repeated")
+            ->allow_extra_args(false)
+            ->excludes(m_page)
+            ->type_name("PART");
+        CLI::Option* const explode =
+            m_verb
+                .add_option(
+                    "--explode", m_options->explosion.factor,
+                    "Move the parts away from the middle of the product; with 1 they are twice as far from each "
+                    "other")
+                ->check(CLI::Range(0.0, 100.0).description(""))
+                ->excludes(m_page)
+                ->type_name("FACTOR");
+        m_verb
+            .add_option("--explode-levels", m_options->explosion.levels,
+                        "Take assemblies apart down to this level of the tree; with 1 those of the product move as a "
+                        "whole (default: down to the parts)")
+            ->check(CLI::Range(1, 1000).description(""))
+            ->needs(explode)
+            ->type_name("N");
+    }
+
+    void AddFlag(const std::string& name, bool& flag, const std::string& help)
+    {
+        m_verb.add_flag(name, flag, help)->excludes(m_page);
+    }
+
+    template <class Value>
+    void AddChoice(const std::string& name, Value& value, const std::string& type, const std::string& help,
+                   std::map<std::string, Value> choices)
+    {
+        m_verb.add_option(name, value, help)
+            ->transform(CLI::CheckedTransformer(std::move(choices), CLI::ignore_case).description(""))
+            ->excludes(m_page)
+            ->type_name(type);
+    }
+
+    CLI::App& m_verb;
+    std::shared_ptr<SeriesOptions> m_options;
+    CLI::Option* m_page;
+};
+
+constexpr const char* kHelp =
+    "A page is drawn as it is. The view shows the product with its symbols: lines and shading, seen from the\n"
+    "sides that --view names. With {view} or {n} (1, 2, ...) in the name of PICTURE several views are drawn in one\n"
+    "run, and with {page} all pages, each into a file of its own. --hide and --explode leave DOC as it is;\n"
+    "symbols follow their parts.\n\n"
+    "SVG and PDF keep lines and vector pictures as such. In SVG data-part tells the part of a line, class what\n"
+    "line it is, data-annotation the symbol, and titles are tooltips; a web address in a symbol's description\n"
+    "becomes a link in SVG and PDF.\n\n"
+    "Examples:\n"
+    "  lusym render gearbox.luz -o gearbox.png --view iso --size 1920x1080 --background white --shadow\n"
+    "  lusym render gearbox.luz -o 'gearbox-{view}.svg' --view front --view left --view top --style lines\n"
+    "  lusym render gearbox.luz -o inside.pdf --view iso --hide /housing/upper-half --hidden-lines\n"
+    "  lusym render gearbox.luz -o parts.svg --view iso --explode 0.8 --line-width silhouette=0.5\n"
+    "  lusym render manual.luz -o 'page-{page}.pdf'\n"
+    "  lusym render manual.luz -o - --format png --page 2 | display\n\n"
+    "Exit codes: 0 drawn; 1 there is no such page or part, or nothing can be drawn; 2 PICTURE is DOC, its ending\n"
+    "is no format, or several views have one name; 3 DOC is unreadable; 4 PICTURE is not writable; 6 some of\n"
+    "several pictures were drawn, others not.\n";
 
 } // namespace
 
 void AddRender(CLI::App& program, Invocation& invocation)
 {
-    CLI::App& verb = *program.add_subcommand("render", "Draw a page or the view of a document as SVG, PDF or PNG");
-    const auto options = std::make_shared<RenderOptions>();
+    CLI::App& verb = *program.add_subcommand("render", "Draw the product from any side, or a page, as SVG, PDF or PNG");
+    const auto options = std::make_shared<SeriesOptions>();
     AddDocumentArgument(verb, options->name);
     AddOutputOption(verb, options->output, "PICTURE");
     const auto format = std::make_shared<PictureFormat>();
@@ -192,31 +249,25 @@ void AddRender(CLI::App& program, Invocation& invocation)
         verb.add_option("--format", *format, "svg, pdf or png (default: by the ending of PICTURE)")
             ->transform(CLI::CheckedTransformer(PictureFormats(), CLI::ignore_case).description(""))
             ->type_name("FORMAT");
-    const CLI::Option* const page =
-        verb.add_option("--page", options->drawing.page,
-                        "This page, from 1 (default: the view, or page 1 when nothing stands over the view)")
-            ->check(CLI::Range(1, 1000000).description(""))
-            ->type_name("N");
-    AddDrawingOptions(verb, options);
-    verb.footer(
-        "With {page} in the name of PICTURE all pages are drawn, each into a file of its own. SVG and PDF keep\n"
-        "vector pictures as vectors; in SVG titles and descriptions are tooltips, and data-annotation tells the\n"
-        "symbol's id. A symbol whose picture cannot be shown is drawn as a crossed box and told on stderr.\n\n"
-        "Examples:\n"
-        "  lusym render manual.luz -o page.svg --page 1\n"
-        "  lusym render manual.luz -o 'page-{page}.pdf'\n"
-        "  lusym render manual.luz -o view.png --size 1920x1080 --background white\n"
-        "  lusym render manual.luz -o - --format png --page 2 | display\n\n"
-        "Exit codes: 0 drawn; 1 there is no such page, or it cannot be drawn; 2 PICTURE is DOC, or its ending is\n"
-        "no format; 3 DOC is unreadable; 4 PICTURE is not writable.\n");
-    verb.callback([options, format, formatOption, page, &invocation] {
-        options->isPageGiven = page->count() != 0;
-        options->format = formatOption->count() != 0 ? std::optional(*format) : FormatOfName(options->output);
-        if (!options->format) {
+    CLI::Option* const page = verb.add_option("--page", options->page,
+                                              "This page, from 1 (default: the view, or page 1 when the view is empty)")
+                                  ->check(CLI::Range(1, 1000000).description(""))
+                                  ->type_name("N");
+    PictureOptions pictures(verb, options, page);
+    pictures.AddShared();
+    pictures.AddOfViews();
+    verb.footer(kHelp);
+    verb.callback([options, format, formatOption, &invocation] {
+        const auto named = formatOption->count() != 0 ? std::optional(*format) : FormatOfName(options->output);
+        if (!named) {
             throw CLI::ValidationError("--format", "say svg, pdf or png, since the ending of " +
                                                        Quote(options->output) + " is none of them");
         }
-        invocation = [options](Progress& progress) { return RunRender(*options, progress); };
+        options->format = *named;
+        if (const std::string fault = FaultOfOutput(*options); !fault.empty()) {
+            throw CLI::ValidationError("--output", fault);
+        }
+        invocation = [options](Progress& progress) { return DrawSeries(*options, progress); };
     });
 }
 

@@ -15,6 +15,9 @@
 #include <luk/SerializedContentElement.h>
 #include <luk/ShapeScene.h>
 
+#include <functional>
+#include <string>
+#include <unordered_set>
 #include <utility>
 
 namespace lusym
@@ -34,6 +37,7 @@ struct SavedWords {
     du::Symbol lastPosition{"attachedToPartLastPos"};
     du::Symbol offset{"attachedToPartOffset"};
     du::Symbol isAnnotationSymbol{"isAnnotationSymbol"};
+    du::Symbol node{"ID"};
 };
 
 /// A property of that name and type; `value` stays as it is when there is none.
@@ -75,13 +79,23 @@ void KeepLost(const luhost::Document& document, const std::string& id, std::vect
               LostAttachments& lost)
 {
     std::erase_if(attachments, [&](const SymbolAttachment& attachment) {
-        // A symbol that others are attached to has no node yet while the document is being opened.
-        return FindAttachedPart(document, attachment.path) ||
-               attachment.path.starts_with("/" + luk::Instance::s_content_symbolPrefix.GetText());
+        return FindAttachedPart(document, attachment.path) != nullptr;
     });
     if (!attachments.empty()) {
         lost.emplace(id, std::move(attachments));
     }
+}
+
+using LookAtSaved = std::function<void(const std::string& id, const luk::SerializedContentElement& content)>;
+
+void ForEachUnmadeSymbol(const luhost::Document& document, const LookAtSaved& look)
+{
+    document.ForEachUnmade(
+        [&](const du::Symbol& idPath, const luk::SerializedContentElement& content, const std::string&) {
+            if (content.GetName() == luannotations::ConstStrings::luSymbol3D) {
+                look(idPath.GetText(), content);
+            }
+        });
 }
 
 } // namespace
@@ -113,12 +127,18 @@ LostAttachments FindLostAttachments(const luhost::Document& document)
 {
     LostAttachments lost;
     const SavedWords words;
-    document.ForEachUnmade(
-        [&](const du::Symbol& idPath, const luk::SerializedContentElement& content, const std::string&) {
-            if (content.GetName() == luannotations::ConstStrings::luSymbol3D) {
-                KeepLost(document, idPath.GetText(), SavedAttachmentsOf(content, words), lost);
-            }
-        });
+    // The nodes of symbols, which others may be attached to, are not there yet.
+    std::unordered_set<std::string> nodes;
+    ForEachUnmadeSymbol(document, [&](const std::string&, const luk::SerializedContentElement& content) {
+        du::Symbol node;
+        Take(content, words.node, node);
+        nodes.insert("/" + node.GetText());
+    });
+    ForEachUnmadeSymbol(document, [&](const std::string& id, const luk::SerializedContentElement& content) {
+        std::vector<SymbolAttachment> attachments = SavedAttachmentsOf(content, words);
+        std::erase_if(attachments, [&](const SymbolAttachment& each) { return nodes.count(each.path) != 0; });
+        KeepLost(document, id, std::move(attachments), lost);
+    });
     return lost;
 }
 

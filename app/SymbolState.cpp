@@ -106,6 +106,9 @@ bool IsFileThere(const std::string& pathOrUrl)
 std::string ProblemOf(SymbolAnnotation& symbol)
 {
     const du::SmartPtr<luk::ShapeInstance> instance = symbol.GetShapeInstance();
+    if (instance && !instance->IsOfSymbol()) {
+        return std::string(kIdOfPart);
+    }
     const du::SmartPtr<luk::Shape> shape = instance ? instance->GetShape() : nullptr;
     if (shape && shape->IsLoaded()) {
         return {};

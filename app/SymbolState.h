@@ -72,6 +72,8 @@ struct SymbolState {
 
 /// The problem of a picture or a shape of which the document has no file.
 inline constexpr std::string_view kFileNotHeld = "the document does not hold it";
+/// That of a symbol for which there is no place in the product.
+inline constexpr std::string_view kIdOfPart = "a part of the product has the id of the symbol's node";
 
 /// All symbols of a document, those of the view first, each page's in drawing order.
 /// @param lost what they have let go of

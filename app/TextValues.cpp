@@ -114,6 +114,28 @@ std::optional<PaperSize> ParsePaperSize(std::string_view text)
                                                                    : std::nullopt;
 }
 
+std::string FindLink(std::string_view text)
+{
+    std::size_t first = text.npos;
+    for (const std::string_view scheme : {"http://", "https://", "mailto:"}) {
+        first = std::min(first, text.find(scheme));
+    }
+    if (first == text.npos) {
+        return {};
+    }
+    std::string_view link = text.substr(first);
+    const auto* const end = std::ranges::find_if(link, [](char c) {
+        return static_cast<unsigned char>(c) <= ' ' ||
+               std::string_view("\"'<>\\`{}|^\x7f").find(c) != std::string_view::npos;
+    });
+    link = link.substr(0, static_cast<std::size_t>(end - link.begin()));
+    // What ends a sentence is no part of it.
+    while (!link.empty() && std::string_view(".,;:!?)").find(link.back()) != std::string_view::npos) {
+        link.remove_suffix(1);
+    }
+    return link.ends_with('/') && link.find("//") + 2 == link.size() ? std::string() : std::string(link);
+}
+
 std::string NumberText(double number)
 {
     std::string text;

@@ -29,6 +29,9 @@ struct PaperSize {
 };
 std::optional<PaperSize> ParsePaperSize(std::string_view text);
 
+/// The first address of the web or of mail in a text, such as "https://example.org/bolt"; empty when there is none.
+std::string FindLink(std::string_view text);
+
 /// The shortest text of a number that single precision tells from others: "12.5".
 std::string NumberText(double number);
 

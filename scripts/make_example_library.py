@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Makes everything under examples/library/ except its README.md.
 
-    scripts/make_example_library.py [--output DIR]
+    scripts/make_example_library.py [--output DIR] [--lusym PROGRAM]
 
-Needs Python 3.9 or newer and `rsvg-convert` (Debian: librsvg2-bin). The tables are in example_library/entries.py, the
+Needs Python 3.9 or newer, `rsvg-convert` (Debian: librsvg2-bin), and `lusym` for the thumbnails of the shapes. The tables are in example_library/entries.py, the
 drawings in icons.py, the shapes in shapes.py. Two runs give the same bytes as long as rsvg-convert and zlib stay the
 same. Generated files of entries that are gone are removed.
 """
@@ -17,7 +17,7 @@ import sys
 
 sys.dont_write_bytecode = True
 
-from example_library import document, entries, icons, raster, shapes  # noqa: E402
+from example_library import document, entries, icons, shapes  # noqa: E402
 
 PICTURE_SIZE = 256
 THUMBNAILS = (64, 192)
@@ -61,9 +61,12 @@ def shape_files(doc, entry, mesh):
     name = entry["mesh"]
     yield folder + document.shape_file(entry), (
         shapes.write_glb(mesh, name) if name in entries.GLB else shapes.write_obj(mesh, name).encode("ascii"))
-    size, pixels = raster.render(mesh, raster.view_axes(*entries.VIEWS[name]))
-    for target in THUMBNAILS:
-        yield f"{folder}{name}_{target}x{target}.png", raster.png(target, raster.shrink(size, pixels, target))
+
+
+def shape_thumbnails():
+    """Those that lusym makes."""
+    return {f"{doc['folder']}/Shape/{entry['mesh']}_{size}x{size}.png"
+            for doc in entries.DOCUMENTS for entry in doc["shapes"] for size in THUMBNAILS}
 
 
 def make():
@@ -93,20 +96,28 @@ def make():
 def main():
     here = pathlib.Path(__file__).resolve().parent
     parser = argparse.ArgumentParser(description="Make the example symbol library.")
+    parser.add_argument("--lusym", type=pathlib.Path, default=here.parent / "build" / "release" / "bin" / "lusym",
+                        help="the program (default: that of the release build)")
     parser.add_argument("--output", type=pathlib.Path, default=here.parent / "examples" / "library",
                         help="folder to write to (default: examples/library)")
-    output = parser.parse_args().output
+    arguments = parser.parse_args()
+    output = arguments.output
     if not shutil.which("rsvg-convert"):
         sys.exit("rsvg-convert is missing (Debian: apt install librsvg2-bin)")
+    if not arguments.lusym.exists():
+        sys.exit(f"{arguments.lusym} is missing; scripts/run.sh builds it, or name one with --lusym")
     files = make()
+    kept = shape_thumbnails().union(files)
     for folder in {str(pathlib.PurePosixPath(path).parent) for path in files} - {"."}:
         for old in (output / folder).glob("*"):
-            if old.is_file() and f"{folder}/{old.name}" not in files:
+            if old.is_file() and f"{folder}/{old.name}" not in kept:
                 old.unlink()
     for path, data in files.items():
         target = output / path
         target.parent.mkdir(parents=True, exist_ok=True)
         target.write_bytes(data)
+    for doc in entries.DOCUMENTS:
+        subprocess.run([arguments.lusym, "library", "thumbnails", output / doc["path"]], check=True)
     print(f"{len(files)} files, {sum(map(len, files.values()))} bytes in {output}")
 
 

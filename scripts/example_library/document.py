@@ -8,7 +8,8 @@ again gives the same bytes. Element order, the blank after "/>" and the number f
 import struct
 
 from .entries import GLB, LANGUAGES, VIEWS, Keyed
-from .raster import view_axes
+from .shapes import dot
+from .views import view_axes
 
 IDENTITY = ((1, 0, 0), (0, 1, 0), (0, 0, 1), (0, 0, 0))
 
@@ -179,14 +180,20 @@ def shape_xml(document, entry, mesh, messages):
 
 
 def camera_xml(entry, mesh):
-    """The preview camera looks as the thumbnail does: its axes are the columns of the matrix (right, up, back)."""
+    """The preview camera shows all of the shape; its axes are the columns of the matrix (right, up, back)."""
     axes = view_axes(*VIEWS[entry["mesh"]])
-    low, high = mesh.bounds()
-    reach = max(b - a for a, b in zip(low, high))
-    eye = [(a + b) / 2 + axis * 4 * reach for a, b, axis in zip(low, high, axes[2])]
+    extents = []
+    for axis in axes:
+        along = [dot(vertex, axis) for vertex in mesh.vertices]
+        extents.append((min(along), max(along)))
+    size = max(high - low for low, high in extents)
+    middle = [(low + high) / 2 for low, high in extents]
+    middle[2] += 2 * size
+    eye = [sum(axis[i] * m for axis, m in zip(axes, middle)) for i in range(3)]
+    width = max(high - low for low, high in extents[:2])
     matrix = [shortest_single(axes[column][row]) for row in range(3) for column in range(3)]
     position = [shortest_double(round(v, 2)) for v in eye]
-    return attributes(3, "camera", ortho="true", value=general(round(1.25 * reach)),
+    return attributes(3, "camera", ortho="true", value=general(round(1.12 * width, 1)),
                       location=" ".join(matrix + position))
 
 

@@ -97,6 +97,8 @@ TEST_P(SymbolAttachment, PathsAreLookedUpInTheServiceTreeFirst)
     EXPECT_EQ(Where(symbol), dg::DPoint3D(13.0, 0.0, 0.0));
     EXPECT_TRUE(symbol->isConnectedPart(PartAt("/a/y")));
     EXPECT_TRUE(symbol->isConnectedPart(Text("/b")) && !symbol->isConnectedPart(Text("/a/y")));
+    m_services->AddInstance(nullptr, Text("none"), "stands for no part", nullptr);
+    EXPECT_EQ(Where(Attached(Record({3.0, 0.0, 0.0}, {{Text("/none"), {}, {}, {}}}))), dg::DPoint3D(3.0, 0.0, 0.0));
 
     du::SmartPtr<luk::illustration::SbomInstance> serviced;
     du::SmartPtr<luk::Instance> part;

@@ -189,6 +189,22 @@ TEST(ShapeSymbol, EndsWhateverItIsAttachedTo)
     }
 }
 
+TEST(ShapeSymbol, CarriesThoseThatAreOnIt)
+{
+    const ShapeFolder folder;
+    folder.Place({"--entry=pin", "--attach=cover", "--at=1,2,3"});
+    folder.Place({"--entry=pin", "--attach=base", "--at=5,5,5"});
+    folder.Edit("key=\"ID\" value=\"symbol:1\"", "key=\"ID\" value=\"odd\"");
+    folder.Edit("attachedToPartId\" value=\"/base\"", "attachedToPartId\" value=\"/odd\"");
+    EXPECT_EQ(folder.Findings(), json::array());
+    EXPECT_EQ(json::parse(folder.Do({"part", "list", "--json"}).out)["parts"].size(), 2U) << "whatever its id";
+    const std::string before = folder.Symbol("s2")["at"].dump();
+    const std::string told = folder.Do({"part", "move", "cover", "--by=1,1,1"}).out;
+    EXPECT_TRUE(Contains(told, ":s1: follows to 2,3,4\n") && Contains(told, ":s2: follows to ")) << told;
+    EXPECT_NE(folder.Symbol("s2")["at"].dump(), before);
+    ExpectStable(folder);
+}
+
 TEST(Flatten, BakesTheViewIntoAPage)
 {
     const DocumentFolder pictures;
@@ -218,6 +234,22 @@ TEST(Flatten, BakesTheViewIntoAPage)
     EXPECT_EQ(shapes[0]["kind"], "symbol3dflattened");
     EXPECT_EQ(shapes[0]["title"], "Title of pin");
     EXPECT_GT(shapes[0]["size"][0].get<double>(), 0.1);
+    const auto draw = [&](const Arguments& more) {
+        Arguments arguments = {"flatten", folder.Doc(), "-o", "-", "--format", "svg"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return RunLusym(arguments).out;
+    };
+    const std::string lines = draw({"--page", "a5"});
+    EXPECT_TRUE(Contains(lines, "data-part=\"/cover\""));
+    EXPECT_FALSE(Contains(lines, "data-part=\"/base\""));
+    EXPECT_TRUE(Contains(lines, " symbol\" data-annotation=\"s1\""));
+    EXPECT_EQ(lines, RunLusym({"render", folder.Path("page.luz"), "-o", "-", "--format", "svg"}).out);
+    EXPECT_FALSE(Contains(lines, "hidden"));
+    EXPECT_TRUE(Contains(draw({"--hidden-lines"}), "class=\"hidden "));
+    EXPECT_NE(draw({"--view", "top"}), draw({"--view", "top", "--up", "z"}));
+    folder.Do({"part", "show", "base"});
+    RunLusym({"symbol", "remove", folder.Path("page.luz"), shapes[0]["id"].get<std::string>()});
+    EXPECT_FALSE(Contains(RunLusym({"render", folder.Path("page.luz"), "-o", "-", "--format", "svg"}).out, "symbol"));
     const std::tuple<Arguments, int, std::string> faults[] = {
         {{"flatten", folder.Doc(), "-o", folder.Doc()}, 2, "is the document, which the page would replace"},
         {{"flatten", folder.Doc(), "-o", "page.dxf"}, 2, "say luz, svg, pdf or png"},

@@ -2,6 +2,7 @@
 #include "support/TemporaryFolder.h"
 
 #include <luhost/io/ProductImport.h>
+#include <luhost/io/ZipPackageFormat.h>
 
 #include <gtest/gtest.h>
 
@@ -86,6 +87,8 @@ TEST_F(ProductImportTest, KeepsTheHierarchyAndSharesWhatIsAlike)
     EXPECT_EQ(mesh.GetBox().GetMax(), dg::FVec3(1000.0F, 1000.0F, 0.0F));
     EXPECT_EQ(m_model.components[1].uses[1].location.GetPosition().x, 2.0) << "as it was written";
     EXPECT_NEAR(mesh.GetParts().at(0).color.green, 0.5F, 1e-4F) << "colors of glTF are linear";
+    EXPECT_EQ(Read("bare.gltf", Gltf(R"({"children":[1,2]},{"mesh":0},{"mesh":0})")),
+              "Plate*1\nbare Plate=0@0,0,0 Plate-2=0@0,0,0\n");
     EXPECT_EQ(Read("other.GLTF", Gltf(R"({"name":"symbol:1","mesh":0})"), 25.4), "Plate*1\nother _symbol:1=0@0,0,0\n");
     EXPECT_FLOAT_EQ(m_model.components[0].mesh->GetBox().GetMax().x, 25.4F);
 }
@@ -127,6 +130,33 @@ TEST_F(ProductImportTest, ReadsTheUnitThatTheFileStates)
         ASSERT_FALSE(Contains(Read("d.dae", dae, unit), "problem")) << Read("d.dae", dae, unit);
         EXPECT_FLOAT_EQ(m_model.components[0].mesh->GetBox().GetMax().x, size);
     }
+}
+
+TEST_F(ProductImportTest, ReadsNamesAndUnitOf3mf)
+{
+    const std::string front =
+        "<model unit=\"centimeter\" xmlns=\"http://schemas.microsoft.com/3dmanufacturing/core/2015/02\">"
+        "<resources>";
+    // So long that the names of the objects are not in the first piece that is read.
+    const std::string filling = "<!--" + std::string(65530 - front.size(), 'x') + "-->";
+    const std::string rest =
+        "<object id=\"1\" name=\"Eye &amp;/nut\"><mesh><vertices><vertex x=\"0\" y=\"0\" z=\"0\"/><vertex x=\"1\" "
+        "y=\"0\" "
+        "z=\"0\"/><vertex x=\"0\" y=\"1\" z=\"0\"/></vertices><triangles><triangle v1=\"0\" v2=\"1\" v3=\"2\"/>"
+        "</triangles></mesh></object><object id=\"2\" name=\"Pair\"><components><component objectid=\"1\"/><component "
+        "objectid=\"1\" transform=\"1 0 0 0 1 0 0 0 1 2 0 0\"/></components></object></resources><build><item "
+        "objectid=\"2\"/></build></model>";
+    const std::string relations =
+        "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\"><Relationship "
+        "Target=\"/3D/m.model\" Id=\"r\" Type=\"http://schemas.microsoft.com/3dmanufacturing/2013/01/3dmodel\"/>"
+        "</Relationships>";
+    std::string problem;
+    const std::string path = m_folder.Write("m.3mf", "");
+    ASSERT_TRUE(luhost::io::ZipPackageFormat().Write(
+        path, {{"_rels/.rels", relations}, {"3D/m.model", front + filling + rest}}, problem))
+        << problem;
+    ASSERT_TRUE(m_reader.ReadProduct(path, 0.0, m_model, problem)) << problem;
+    EXPECT_EQ(Outline(m_model), "Eye &/nut*1\nPair Eye &_nut=0@0,0,0 Eye &_nut-2=0@20,0,0\nm Pair=1@0,0,0\n");
 }
 
 TEST_F(ProductImportTest, OneMeshOfTheWholeFileKeepsItsFaces)

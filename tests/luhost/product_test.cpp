@@ -176,7 +176,9 @@ TEST_F(ProductTest, AnotherProductTakesOverWhatHasTheSameIds)
 {
     const auto document = Make(Pump());
     luhost::ServiceModel service;
-    service.nodes = {{"n", "", "/lid"}, {"later", "", "/new"}};
+    service.nodes.resize(2);
+    service.nodes[0] = {"n", "", "/lid", luhost::ServiceModel::kNoParent, ""};
+    service.nodes[1] = {"later", "", "/new", luhost::ServiceModel::kNoParent, ""};
     std::string problem;
     ASSERT_TRUE(document->SetService(service, problem));
     Part(*document, "/lid")->SetVisibility(false);
@@ -273,6 +275,16 @@ TEST_F(ProductTest, WhatIsNotUnderstoodStaysInItsPlace)
         ASSERT_NE(at, std::string::npos) << kept << " in " << text;
     }
     EXPECT_EQ(Save(*Open()), saved);
+
+    const auto serviced = OpenProduct("<components><component/></components><service s='1'><node id='g' t='2'><node "
+                                      "id='n' u='3' part='/gone'/></node></service>");
+    std::string problem;
+    ASSERT_TRUE(serviced->SetProduct(Pump(), problem));
+    const std::string tree = Save(*serviced).at("document.xml");
+    for (const char* const kept :
+         {"<service s=\"1\">", "<node id=\"g\" name=\"\" t=\"2\">", "part=\"/gone\" u=\"3\"/>"}) {
+        EXPECT_NE(tree.find(kept), std::string::npos) << kept << " in " << tree;
+    }
 }
 
 TEST(ProductMeshReader, RefusesWhatIsNoMeshOfOurs)

@@ -49,7 +49,12 @@ void ExpectBaseline(const luhost::render::Drawing& drawing, const std::string& n
     if (hasExactSvg && svg != TemporaryFolder::ReadFile(baselines + name + ".svg")) {
         Keep(name + ".svg", svg);
     }
-    const Pixels expected = DecodePng(TemporaryFolder::ReadFile(baselines + name + ".png"));
+    ExpectPngBaseline(png, name);
+}
+
+void ExpectPngBaseline(const std::string& png, const std::string& name)
+{
+    const Pixels expected = DecodePng(TemporaryFolder::ReadFile(RENDER_BASELINES "/" + name + ".png"));
     const Pixels got = DecodePng(png);
     if (got.width != expected.width || got.height != expected.height) {
         Keep(name + ".png", png);
@@ -59,11 +64,13 @@ void ExpectBaseline(const luhost::render::Drawing& drawing, const std::string& n
     if (std::count(difference.begin(), difference.end(), 0xFFU) != std::ssize(difference)) {
         Keep(name + ".png", png);
         luhost::render::Drawing red;
-        red.width = drawing.width;
-        red.height = drawing.height;
+        red.width = got.width;
+        red.height = got.height;
         red.pictures = {PutInto(0, 0, red.width, red.height, MakePicture(got.width, got.height, difference))};
-        ASSERT_TRUE(WritePng(red, got.width, got.height, png, error));
-        Keep(name + "-difference.png", png);
+        std::string error;
+        std::string redPng;
+        ASSERT_TRUE(WritePng(red, got.width, got.height, redPng, error)) << error;
+        Keep(name + "-difference.png", redPng);
     }
 }
 

@@ -12,4 +12,7 @@ namespace test
 /// @param hasExactSvg false for drawings with pixels in their SVG
 void ExpectBaseline(const luhost::render::Drawing& drawing, const std::string& name, bool hasExactSvg = true);
 
+/// The same for a picture that is a file already.
+void ExpectPngBaseline(const std::string& png, const std::string& name);
+
 } // namespace test

@@ -35,11 +35,11 @@ std::string TextOf(const aiString& text) { return std::string(text.C_Str(), ::st
 // Names
 
 /// Names that importers make up have no meaning for people.
-std::string NameOf(const aiString& text)
+std::string NameOf(std::string name)
 {
     constexpr std::size_t kMaxBytes = 200;
-    std::string name = TextOf(text);
-    if (name.starts_with('<') || name.starts_with("$$")) {
+    const bool isNumbered = (name.starts_with("nodes[") || name.starts_with("meshes[")) && name.ends_with(']');
+    if (isNumbered || name.starts_with('<') || name.starts_with("$$")) {
         return {};
     }
     for (char& c : name) {
@@ -54,6 +54,8 @@ std::string NameOf(const aiString& text)
     }
     return name;
 }
+
+std::string NameOf(const aiString& text) { return NameOf(TextOf(text)); }
 
 /// "Bolt" of "Bolt-3" and "Bolt.003": what the occurrences of one component have in common.
 std::string WithoutNumber(const std::string& name)
@@ -336,6 +338,13 @@ private:
         IdMaker ids;
     };
 
+    /// What the file calls a node or a mesh.
+    std::string NameIn(const aiString& text) const
+    {
+        const auto given = m_settings.names.find(TextOf(text));
+        return NameOf(given == m_settings.names.end() ? TextOf(text) : given->second);
+    }
+
     /// @param[out] number kNothing when there is nothing to be seen in it
     bool Finish(Step& step, std::size_t& number)
     {
@@ -348,7 +357,7 @@ private:
         if (!component.mesh && component.uses.empty()) {
             return true;
         }
-        const std::string nodeName = WithoutNumber(NameOf(step.node->mName));
+        const std::string nodeName = WithoutNumber(NameIn(step.node->mName));
         component.name = component.mesh && component.uses.empty() && !meshName.empty() ? meshName : nodeName;
         const auto [place, isNew] = m_numbers.try_emplace(KeyOf(component), m_components.size());
         number = place->second;
@@ -367,7 +376,7 @@ private:
         if (*std::max_element(numbers.begin(), numbers.end()) >= m_scene.mNumMeshes) {
             return Fail(m_problem, "the node \"" + NameOf(node.mName) + "\" shows a mesh that is not there");
         }
-        const std::string read = NameOf(m_scene.mMeshes[numbers.front()]->mName);
+        const std::string read = NameIn(m_scene.mMeshes[numbers.front()]->mName);
         name = numbers.size() > 1 ? WithoutNumber(read) : read;
         const auto found = m_meshes.find(numbers);
         if (found != m_meshes.end()) {
@@ -379,7 +388,7 @@ private:
 
     bool AddUse(Step& step, const aiNode& node, std::size_t component, const aiMatrix4x4& place)
     {
-        const std::string name = NameOf(node.mName);
+        const std::string name = NameIn(node.mName);
         Use use;
         use.component = component;
         use.id = step.ids.Make(name.empty() ? m_components[component].name : name);

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <unordered_map>
 
 struct aiScene;
 
@@ -22,6 +23,8 @@ public:
         bool areColorsLinear = false;
         /// For a root that has no name.
         std::string name;
+        /// Other names for nodes and meshes than the importer has given them.
+        std::unordered_map<std::string, std::string> names;
         std::size_t maximumTriangles = 0;
         std::size_t maximumUses = 0;
     };

@@ -20,6 +20,7 @@
 #include <string>
 #include <string_view>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace
@@ -110,6 +111,7 @@ std::string Import(const Order& order)
     settings.millimetresPerUnit = isUnitGiven ? order.millimetresPerUnit : format.millimetresPerUnit;
     settings.isUnitOverridden = isUnitGiven && format.isRootScaleUnit;
     settings.areColorsLinear = format.areColorsLinear;
+    settings.names = std::move(format.names);
     settings.name = std::filesystem::path(order.path).stem().string();
     settings.maximumTriangles = order.maximumTriangles;
     settings.maximumUses = order.maximumUses;

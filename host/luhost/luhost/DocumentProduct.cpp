@@ -561,6 +561,14 @@ void DocumentProduct::FillService(const ServiceModel& service)
         m_sbomTree->RemoveInstance(top);
     }
     m_absentParts.clear();
+    m_foreignOfNode.clear();
+    m_foreignOfService = service.foreign;
+    const std::vector<std::string> paths = service.GetPaths();
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        if (!service.nodes[i].foreign.empty()) {
+            m_foreignOfNode[paths[i]] = service.nodes[i].foreign;
+        }
+    }
     for (const ServiceModel::Absent& absent : service.Fill(*m_sbomTree, *m_tree)) {
         m_absentParts[absent.path] = service.nodes[absent.node].part;
     }
@@ -603,17 +611,19 @@ bool DocumentProduct::SetService(const ServiceModel& model, std::string& problem
 ServiceModel DocumentProduct::GetService() const
 {
     ServiceModel service = ServiceModel::Of(*m_sbomTree);
-    if (m_absentParts.empty()) {
+    service.foreign = m_foreignOfService;
+    if (m_absentParts.empty() && m_foreignOfNode.empty()) {
         return service;
     }
-    std::vector<std::string> paths(service.nodes.size());
+    const std::vector<std::string> paths = service.GetPaths();
     for (std::size_t i = 0; i < paths.size(); ++i) {
         ServiceModel::Node& node = service.nodes[i];
-        paths[i] = (node.parent < i ? paths[node.parent] : std::string()).append("/").append(node.id);
         const auto absent = m_absentParts.find(paths[i]);
         if (node.part.empty() && absent != m_absentParts.end()) {
             node.part = absent->second;
         }
+        const auto foreign = m_foreignOfNode.find(paths[i]);
+        node.foreign = foreign == m_foreignOfNode.end() ? std::string() : foreign->second;
     }
     return service;
 }

@@ -85,8 +85,10 @@ private:
     KeptXml m_keptInComponents;
     KeptXml m_keptInParts; ///< with states of parts that are not there
     std::unordered_map<const luk::ComponentNode*, KeptOf> m_keptOf;
-    std::unordered_map<du::Symbol, std::string> m_foreignOfPart; ///< attributes, by id path
-    std::unordered_map<std::string, std::string> m_absentParts;  ///< id paths of parts, by that of the service node
+    std::unordered_map<du::Symbol, std::string> m_foreignOfPart;  ///< attributes, by id path
+    std::unordered_map<std::string, std::string> m_foreignOfNode; ///< the same of service nodes
+    std::string m_foreignOfService;
+    std::unordered_map<std::string, std::string> m_absentParts; ///< id paths of parts, by that of the service node
 };
 
 } // namespace luhost

@@ -1,3 +1,5 @@
+#include "DocumentFile.h"
+
 #include <dg/XmlElem.h>
 #include <luhost/ServiceModel.h>
 #include <luk/Instance.h>
@@ -23,8 +25,11 @@ using Node = ServiceModel::Node;
 constexpr std::string_view kService = "service";
 constexpr std::string_view kNode = "node";
 constexpr std::string_view kId = "id";
+constexpr std::string_view kIdBase64 = "idBase64";
 constexpr std::string_view kName = "name";
+constexpr std::string_view kNameBase64 = "nameBase64";
 constexpr std::string_view kPart = "part";
+constexpr std::string_view kPartBase64 = "partBase64";
 
 bool Fail(std::string& problem, std::string reason)
 {
@@ -43,6 +48,9 @@ bool ReadNode(const dg::XmlElem& xml, Node& node, std::string& problem)
     }
     SerializedContentXml::ReadAttribute(xml, kName, node.name);
     SerializedContentXml::ReadAttribute(xml, kPart, node.part);
+    KeptXml kept;
+    kept.ReadAttributes(xml, {kId, kIdBase64, kName, kNameBase64, kPart, kPartBase64});
+    node.foreign = kept.GetAttributes();
     return true;
 }
 
@@ -54,6 +62,9 @@ bool ServiceModel::Read(const dg::XmlElem& service, ServiceModel& model, std::st
     if (service.GetName() != kService) {
         return Fail(problem, "the top-level element is not \"service\"");
     }
+    KeptXml kept;
+    kept.ReadAttributes(service, {});
+    model.foreign = kept.GetAttributes();
     struct Step {
         dg::XmlElem next;
         std::size_t parent;
@@ -102,7 +113,7 @@ bool ServiceModel::Append(std::string& out, int depth, std::string& problem) con
 {
     const auto indent = [&](std::size_t level) { out.append(2 * (static_cast<std::size_t>(depth) + level), ' '); };
     indent(0);
-    out.append("<service>\n");
+    out.append("<service").append(foreign).append(">\n");
     std::vector<std::size_t> open;
     const auto closeUpTo = [&](std::size_t parent) {
         while (!open.empty() && open.back() != parent) {
@@ -127,6 +138,7 @@ bool ServiceModel::Append(std::string& out, int depth, std::string& problem) con
         if (!node.part.empty()) {
             SerializedContentXml::AppendAttribute(out, kPart, node.part);
         }
+        out.append(node.foreign);
         const bool hasChildren = i + 1 < nodes.size() && nodes[i + 1].parent == i;
         out.append(hasChildren ? ">\n" : "/>\n");
         if (hasChildren) {
@@ -137,6 +149,16 @@ bool ServiceModel::Append(std::string& out, int depth, std::string& problem) con
     indent(0);
     out.append("</service>\n");
     return true;
+}
+
+std::vector<std::string> ServiceModel::GetPaths() const
+{
+    std::vector<std::string> paths(nodes.size());
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        const Node& node = nodes[i];
+        paths[i] = (node.parent < i ? paths[node.parent] : std::string()).append("/").append(node.id);
+    }
+    return paths;
 }
 
 ServiceModel ServiceModel::Of(const SbomTree& tree)
@@ -157,8 +179,11 @@ ServiceModel ServiceModel::Of(const SbomTree& tree)
         const Step step = std::move(due.back());
         due.pop_back();
         const auto part = step.instance->GetEbomInstance();
-        model.nodes.push_back({step.instance->GetId().GetText(), step.instance->GetName(),
-                               part ? part->GetIdPath().GetText() : std::string(), step.parent});
+        model.nodes.push_back({step.instance->GetId().GetText(),
+                               step.instance->GetName(),
+                               part ? part->GetIdPath().GetText() : std::string(),
+                               step.parent,
+                               {}});
         add(*step.instance, model.nodes.size() - 1);
     }
     return model;

@@ -36,10 +36,12 @@ struct LUHOST_API ServiceModel {
         std::string name;
         std::string part;               ///< id path of the part that it stands for; empty for a group
         std::size_t parent = kNoParent; ///< index of a node before this one
+        std::string foreign;            ///< attributes that are not understood, as XML
     };
 
     /// As they stand in XML: what is below a node follows it at once.
     std::vector<Node> nodes;
+    std::string foreign; ///< attributes of the whole that are not understood, as XML
 
     /// @param[out] problem why the XML is no service tree
     static bool Read(const dg::XmlElem& service, ServiceModel& model, std::string& problem);
@@ -53,6 +55,9 @@ struct LUHOST_API ServiceModel {
         std::size_t node;
         std::string path; ///< of the service node
     };
+
+    /// Id paths of the nodes.
+    std::vector<std::string> GetPaths() const;
 
     static ServiceModel Of(const luk::illustration::SbomTree& tree);
 

@@ -55,6 +55,32 @@ void CairoPainter::Paint(const PlacedStrokes& strokes)
 
 void CairoPainter::Paint(const Placement& placement)
 {
+    const PlacedMask& mask = placement.mask;
+    if (!mask.pixels) {
+        PaintWithOpacity(placement);
+        return;
+    }
+    cairo_save(m_context);
+    ClipAround(placement);
+    cairo_push_group(m_context);
+    PaintWithOpacity(placement);
+    cairo_pop_group_to_source(m_context);
+    const CairoSurface pixels = WrapPixels(*mask.pixels);
+    cairo_pattern_t* const pattern = cairo_pattern_create_for_surface(pixels.get());
+    const double columns = mask.pixels->width;
+    const double rows = mask.pixels->height;
+    const cairo_matrix_t toPixels{
+        columns / mask.width,          0.0, 0.0, rows / mask.height, -mask.left * columns / mask.width,
+        -mask.top * rows / mask.height};
+    cairo_pattern_set_matrix(pattern, &toPixels);
+    cairo_pattern_set_extend(pattern, CAIRO_EXTEND_PAD);
+    cairo_mask(m_context, pattern);
+    cairo_pattern_destroy(pattern);
+    cairo_restore(m_context);
+}
+
+void CairoPainter::PaintWithOpacity(const Placement& placement)
+{
     if (placement.opacity >= 1.0) {
         PaintParts(placement);
         return;

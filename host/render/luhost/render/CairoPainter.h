@@ -24,6 +24,7 @@ public:
     void Paint(const Placement& placement);
 
 private:
+    void PaintWithOpacity(const Placement& placement);
     void PaintParts(const Placement& placement);
     void PaintMissing(const Placement& placement);
     void PaintWhole(const Placement& placement);

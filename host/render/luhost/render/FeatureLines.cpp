@@ -139,53 +139,10 @@ private:
         line.endVertex = edge.end;
         line.start = m_points[edge.start];
         line.end = m_points[edge.end];
-        if (Clip(line)) {
-            line.screenStart = m_view.ToScreen(line.start);
-            line.screenEnd = m_view.ToScreen(line.end);
+        if (FitToSheet(m_view, line)) {
             line.outwards = OutwardsOf(edge, line);
             m_lines.push_back(line);
         }
-    }
-
-    /// Cuts off what lies behind the eye or away from the sheet. @return false when nothing is left
-    bool Clip(FeatureLine& line) const noexcept
-    {
-        const double halfWidth = (0.5 * m_view.pixelWidth + kMarginPixels) / m_view.pixelsPerUnit;
-        const double halfHeight = (0.5 * m_view.pixelHeight + kMarginPixels) / m_view.pixelsPerUnit;
-        double first = 0.0;
-        double last = 1.0;
-        const auto cut = [&](double atStart, double atEnd) {
-            if (atStart < 0.0 && atEnd > atStart) {
-                first = std::max(first, atStart / (atStart - atEnd));
-            } else if (atEnd < 0.0 && atStart > atEnd) {
-                last = std::min(last, atStart / (atStart - atEnd));
-            } else if (!(atStart >= 0.0)) {
-                last = -1.0;
-            }
-        };
-        const auto cutSide = [&](double start, double end, double half) {
-            cut(half * m_view.DepthOf(line.start) - start, half * m_view.DepthOf(line.end) - end);
-        };
-        cutSide(line.start.x, line.end.x, halfWidth);
-        cutSide(-line.start.x, -line.end.x, halfWidth);
-        cutSide(line.start.y, line.end.y, halfHeight);
-        cutSide(-line.start.y, -line.end.y, halfHeight);
-        if (!m_view.isOrthographic) {
-            cut(line.start.z - kNearest, line.end.z - kNearest);
-        }
-        if (!(first < last)) {
-            return false;
-        }
-        const dg::DVec3 whole = line.end - line.start;
-        if (last < 1.0) {
-            line.end = line.start + whole * last;
-            line.endVertex = FeatureLine::kNoVertex;
-        }
-        if (first > 0.0) {
-            line.start = line.start + whole * first;
-            line.startVertex = FeatureLine::kNoVertex;
-        }
-        return true;
     }
 
     /// Away from the side on which all its faces appear.
@@ -233,6 +190,48 @@ private:
 };
 
 } // namespace
+
+bool FitToSheet(const ViewFrame& view, FeatureLine& line) noexcept
+{
+    const double halfWidth = (0.5 * view.pixelWidth + kMarginPixels) / view.pixelsPerUnit;
+    const double halfHeight = (0.5 * view.pixelHeight + kMarginPixels) / view.pixelsPerUnit;
+    double first = 0.0;
+    double last = 1.0;
+    const auto cut = [&](double atStart, double atEnd) {
+        if (atStart < 0.0 && atEnd > atStart) {
+            first = std::max(first, atStart / (atStart - atEnd));
+        } else if (atEnd < 0.0 && atStart > atEnd) {
+            last = std::min(last, atStart / (atStart - atEnd));
+        } else if (!(atStart >= 0.0)) {
+            last = -1.0;
+        }
+    };
+    const auto cutSide = [&](double start, double end, double half) {
+        cut(half * view.DepthOf(line.start) - start, half * view.DepthOf(line.end) - end);
+    };
+    cutSide(line.start.x, line.end.x, halfWidth);
+    cutSide(-line.start.x, -line.end.x, halfWidth);
+    cutSide(line.start.y, line.end.y, halfHeight);
+    cutSide(-line.start.y, -line.end.y, halfHeight);
+    if (!view.isOrthographic) {
+        cut(line.start.z - kNearest, line.end.z - kNearest);
+    }
+    if (!(first < last)) {
+        return false;
+    }
+    const dg::DVec3 whole = line.end - line.start;
+    if (last < 1.0) {
+        line.end = line.start + whole * last;
+        line.endVertex = FeatureLine::kNoVertex;
+    }
+    if (first > 0.0) {
+        line.start = line.start + whole * first;
+        line.startVertex = FeatureLine::kNoVertex;
+    }
+    line.screenStart = view.ToScreen(line.start);
+    line.screenEnd = view.ToScreen(line.end);
+    return true;
+}
 
 std::vector<FeatureLine> FindFeatureLines(const PreparedScene& scene, std::size_t shape, const ViewFrame& view)
 {

@@ -13,7 +13,8 @@ namespace luhost::render
 {
 
 /// Why there is a line, what stands out most first.
-enum class LineKind : std::uint8_t { Silhouette, Border, Crease, PartBoundary };
+enum class LineKind : std::uint8_t { Silhouette, Border, Crease, PartBoundary, Piercing };
+inline constexpr std::size_t kLineKinds = 5;
 
 /// An edge of a shape that a camera has a line for, as far as it lies before the eye and near the sheet.
 struct FeatureLine {
@@ -31,6 +32,10 @@ struct FeatureLine {
     /// On the screen, of length 1, away from the faces of a silhouette or border; (0, 0) where they lie on both sides.
     dg::DPoint2D outwards;
 };
+
+/// Cuts off what of a line lies behind the eye or away from the sheet, and finds where the rest appears.
+/// @return false when nothing is left
+bool FitToSheet(const ViewFrame& view, FeatureLine& line) noexcept;
 
 /// The lines of one shape, in the order of its mesh's edges: borders, creases, part boundaries, and where the surface turns
 /// away from the viewer.

@@ -1,4 +1,5 @@
 #include <luhost/render/GroundShadow.h>
+#include <luhost/render/ViewCameras.h>
 #include <luhost/render/ViewFrame.h>
 
 #include <algorithm>
@@ -29,15 +30,21 @@ struct Range {
     }
 };
 
-Range RangeAlong(const SceneGeometry& geometry, const dg::DVec3& axis) noexcept
+dg::DBox BoxOfProduct(const SceneGeometry& geometry)
+{
+    dg::DBox box;
+    for (const SceneShape& shape : geometry.shapes) {
+        box.Enclose(shape.kind == SceneShape::Kind::Product ? shape.box : dg::DBox());
+    }
+    return box;
+}
+
+/// @param corners of a box
+Range RangeAlong(const std::vector<dg::DPoint3D>& corners, const UnitFrame& frame, const dg::DVec3& axis) noexcept
 {
     Range range;
-    for (unsigned corner = 0; corner < 8; ++corner) {
-        const dg::DPoint3D& min = geometry.box.GetMin();
-        const dg::DPoint3D& max = geometry.box.GetMax();
-        const dg::DPoint3D point{(corner & 1U) ? max.x : min.x, (corner & 2U) ? max.y : min.y,
-                                 (corner & 4U) ? max.z : min.z};
-        range.Enclose(((point - geometry.frame.center) * geometry.frame.scale).Dot(axis));
+    for (const dg::DPoint3D& corner : corners) {
+        range.Enclose(((corner - frame.center) * frame.scale).Dot(axis));
     }
     return range;
 }
@@ -62,24 +69,26 @@ void BlurLine(float* first, std::size_t step)
 Outcome GroundShadow::Cast(const PreparedScene& scene, const dg::DVec3& up, const Workers& workers)
 {
     m_cells.assign(kSide * kSide, 0.0F);
-    if (scene.shapes.empty()) {
+    const dg::DBox box = BoxOfProduct(scene.geometry);
+    if (box.IsEmpty()) {
         return Outcome::Done;
     }
-    Place(scene, up);
-    const Outcome outcome = RunParallel(kSide, workers, [this, &scene](std::size_t row) { CastRow(*scene.rays, row); });
+    Place(box, scene.geometry.frame, up);
+    const Outcome outcome = RunParallel(kSide, workers, [this, &scene](std::size_t row) { CastRow(scene, row); });
     Blur();
     return outcome;
 }
 
-void GroundShadow::Place(const PreparedScene& scene, const dg::DVec3& up)
+void GroundShadow::Place(const dg::DBox& box, const UnitFrame& frame, const dg::DVec3& up)
 {
+    const std::vector<dg::DPoint3D> corners = CornersOf(box);
     const dg::DVec3 other = std::fabs(up.x) < 0.5 ? dg::DVec3{1.0, 0.0, 0.0} : dg::DVec3{0.0, 1.0, 0.0};
     m_up = up;
     m_alongRows = other.Cross(up).Normalized();
     m_alongColumns = up.Cross(m_alongRows);
-    const Range height = RangeAlong(scene.geometry, m_up);
-    const Range rows = RangeAlong(scene.geometry, m_alongRows);
-    const Range columns = RangeAlong(scene.geometry, m_alongColumns);
+    const Range height = RangeAlong(corners, frame, m_up);
+    const Range rows = RangeAlong(corners, frame, m_alongRows);
+    const Range columns = RangeAlong(corners, frame, m_alongColumns);
     m_height = std::max(height.high - height.low, 1e-6);
     const double side = std::max({rows.high - rows.low, columns.high - columns.low, 1e-6}) * kMargin;
     m_cellSize = side / kSide;
@@ -87,7 +96,7 @@ void GroundShadow::Place(const PreparedScene& scene, const dg::DVec3& up)
                m_alongColumns * (0.5 * (columns.low + columns.high - side));
 }
 
-void GroundShadow::CastRow(const RayScene& rays, std::size_t row)
+void GroundShadow::CastRow(const PreparedScene& scene, std::size_t row)
 {
     constexpr double kBelow = 1e-4; // so that what stands on the plane is met
     RayPacket packet;
@@ -107,11 +116,12 @@ void GroundShadow::CastRow(const RayScene& rays, std::size_t row)
             packet.originY[lane] = static_cast<float>(origin.y);
             packet.originZ[lane] = static_cast<float>(origin.z);
         }
-        rays.IntersectOpaque(packet, hits);
+        scene.rays->IntersectOpaque(packet, hits);
         for (std::size_t lane = 0; lane < RayPacket::kWidth; ++lane) {
             const double height = static_cast<double>(hits.distance[lane]) / (kHalfHeight * m_height);
-            m_cells[row * kSide + first + lane] =
-                hits.shape[lane] == HitPacket::kNothing ? 0.0F : static_cast<float>(1.0 / (1.0 + height * height));
+            const bool casts = hits.shape[lane] != HitPacket::kNothing &&
+                               scene.geometry.shapes[hits.shape[lane]].kind == SceneShape::Kind::Product;
+            m_cells[row * kSide + first + lane] = casts ? static_cast<float>(1.0 / (1.0 + height * height)) : 0.0F;
         }
     }
 }

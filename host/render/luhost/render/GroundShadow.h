@@ -9,8 +9,8 @@
 namespace luhost::render
 {
 
-/// The soft shadow that a scene casts onto the plane it stands on, darker where it is nearer to it. The same for every
-/// camera.
+/// The soft shadow that a product casts onto the plane it stands on, darker where it is nearer to it; symbols cast none. The
+/// same for every camera.
 ///
 /// Cost: a fixed number of rays.
 class GroundShadow
@@ -23,8 +23,8 @@ public:
     float DarknessOnRay(const dg::DVec3& origin, const dg::DVec3& direction) const noexcept;
 
 private:
-    void Place(const PreparedScene& scene, const dg::DVec3& up);
-    void CastRow(const RayScene& rays, std::size_t row);
+    void Place(const dg::DBox& box, const UnitFrame& frame, const dg::DVec3& up);
+    void CastRow(const PreparedScene& scene, std::size_t row);
     void Blur();
     float At(double column, double row) const noexcept;
 

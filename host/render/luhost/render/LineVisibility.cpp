@@ -22,7 +22,7 @@ constexpr double kTowardsViewerPixels = 0.35;
 constexpr double kOutwardsPixels = 0.08;
 constexpr double kSmallestOffset = 4.0e-6;
 
-struct Place {
+struct LinePlace {
     std::size_t line;
     double fraction;
 };
@@ -86,7 +86,7 @@ private:
         }
     }
 
-    void SetRay(RayPacket& rays, unsigned lane, const Place& place) const
+    void SetRay(RayPacket& rays, unsigned lane, const LinePlace& place) const
     {
         const dg::DVec3 start = StartOf(m_lines[place.line], place.fraction);
         const double distance = start.Length();
@@ -258,8 +258,8 @@ private:
     void FindChanges()
     {
         for (std::size_t i = 1; i < m_samples.size(); ++i) {
-            const Place& before = m_samples[i - 1];
-            const Place& after = m_samples[i];
+            const LinePlace& before = m_samples[i - 1];
+            const LinePlace& after = m_samples[i];
             if (before.line == after.line && m_isHidden[i - 1] != m_isHidden[i]) {
                 const bool isHidden = m_isHidden[i] != 0;
                 m_changes.push_back({after.line, isHidden ? before.fraction : after.fraction,
@@ -271,7 +271,7 @@ private:
     void NarrowChanges()
     {
         const auto middleOf = [this](std::size_t i) {
-            return Place{m_changes[i].line, 0.5 * (m_changes[i].visible + m_changes[i].hidden)};
+            return LinePlace{m_changes[i].line, 0.5 * (m_changes[i].visible + m_changes[i].hidden)};
         };
         for (int round = 0; round < kHalvings; ++round) {
             m_caster.FindHidden(m_changes.size(), middleOf, [&](std::size_t i, bool isHidden) {
@@ -290,7 +290,7 @@ private:
         m_caster.FindInFront(
             m_changes.size(),
             [this](std::size_t i) {
-                return Place{m_changes[i].line, m_changes[i].hidden};
+                return LinePlace{m_changes[i].line, m_changes[i].hidden};
             },
             [&](std::size_t i, std::size_t shape, std::size_t triangle) {
                 snapper.Snap(m_lines[m_changes[i].line], shape, triangle, m_changes[i]);
@@ -326,8 +326,8 @@ private:
     const std::vector<FeatureLine>& m_lines;
     const ViewFrame& m_view;
     LineCaster m_caster;
-    std::vector<Place> m_samples; ///< by line, and by their places on it
-    std::vector<char> m_isHidden; ///< the samples
+    std::vector<LinePlace> m_samples; ///< by line, and by their places on it
+    std::vector<char> m_isHidden;     ///< the samples
     std::vector<Change> m_changes;
 };
 

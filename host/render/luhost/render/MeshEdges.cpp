@@ -281,6 +281,10 @@ public:
     void Find()
     {
         JoinPieces();
+        for (const WeldedMesh::Triangle& triangle : m_mesh.triangles) {
+            m_result.hasSeveralBodies =
+                m_result.hasSeveralBodies || PieceOf(triangle[0]) != PieceOf(m_mesh.triangles.front()[0]);
+        }
         std::vector<double> volumes(m_mesh.GetVertexCount(), 0.0);
         for (const WeldedMesh::Triangle& triangle : m_mesh.triangles) {
             volumes[PieceOf(triangle[0])] += VolumeBelow(triangle);

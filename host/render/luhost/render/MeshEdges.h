@@ -42,6 +42,7 @@ struct MeshEdges {
 
     std::vector<dg::FVec3> normals; ///< for each triangle, of length 1, or 0 where nothing gives one
     std::vector<MeshEdge> edges;
+    bool hasSeveralBodies = false; ///< pieces that share no vertex
 };
 
 } // namespace luhost::render

@@ -10,7 +10,8 @@ namespace luhost::render
 namespace
 {
 
-constexpr double kPixelsPerMillimetre = 96.0 / 25.4;
+constexpr double kPixelsPerInch = 96.0;
+constexpr double kPixelsPerMillimetre = kPixelsPerInch / 25.4;
 
 float Clamped(float value) noexcept { return value >= 0.0F ? std::min(value, 1.0F) : 0.0F; }
 
@@ -44,7 +45,14 @@ Placement::Content ContentOf(const Box& box, const StoredUse& use) noexcept
 
 double PixelsPerUnit(const Drawing& drawing) noexcept
 {
-    return drawing.unit == Drawing::Unit::Millimetre ? kPixelsPerMillimetre : 1.0;
+    return drawing.unit == Drawing::Unit::Millimetre ? kPixelsPerMillimetre : kPixelsPerInch / drawing.pixelsPerInch;
+}
+
+double PatchPixelsPerUnit(const Drawing& drawing) noexcept
+{
+    constexpr double kDetail = 2.0; // of what a screen shows
+    return kDetail *
+           (drawing.unit == Drawing::Unit::Pixel ? std::max(PixelsPerUnit(drawing), 1.0) : PixelsPerUnit(drawing));
 }
 
 Sheet SheetOf(const Drawing& drawing) noexcept { return {drawing.width, drawing.height, 1.0 / PixelsPerUnit(drawing)}; }
@@ -92,6 +100,10 @@ std::optional<Placement> Place(const DrawnPicture& picture, const Sheet& sheet, 
     placement.use = store.Find(picture.image.get());
     placement.corners = placement.use.Turn(corners);
     placement.content = ContentOf(placement.box, placement.use);
+    if (const auto& mask = picture.mask; mask && mask->pixels && !mask->pixels->pixels.empty()) {
+        placement.mask = {mask->left * scaleX, mask->top * scaleY, mask->width * scaleX, mask->height * scaleY,
+                          mask->pixels.get()};
+    }
     return placement;
 }
 

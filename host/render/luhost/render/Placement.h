@@ -12,8 +12,10 @@ namespace luhost::render
 /// @return false with the reason for a drawing that no output takes
 bool CheckSheet(const Drawing& drawing, std::string& error);
 Sheet SheetOf(const Drawing& drawing) noexcept;
-/// 96 an inch where the drawing is in millimetres.
+/// Of 96 an inch.
 double PixelsPerUnit(const Drawing& drawing) noexcept;
+/// Of what is drawn as pixels in outputs that are scaled when they are seen.
+double PatchPixelsPerUnit(const Drawing& drawing) noexcept;
 
 /// From 0 to 1; what is not a number is 0.
 dg::Color Clamped(const dg::Color& color) noexcept;
@@ -21,6 +23,15 @@ dg::Color Clamped(const dg::Color& color) noexcept;
 /// Lines around and across a box whose picture is missing, and their colour.
 inline constexpr double kMissingGrey = 0.6;
 inline constexpr double kMissingDash = 4.0; ///< thin lines on, and as much off
+
+/// Where the mask of a picture lies on the sheet.
+struct PlacedMask {
+    double left = 0.0;
+    double top = 0.0;
+    double width = 0.0;
+    double height = 0.0;
+    Raster* pixels = nullptr; ///< null for no mask
+};
 
 /// How one picture of a drawing is put down, the same for every output.
 struct Placement {
@@ -39,6 +50,7 @@ struct Placement {
     dg::Color lineColor;
     double lineWidth = 0.0; ///< 0 for no frame
     double opacity = 1.0;
+    PlacedMask mask;
 };
 
 /// Nothing for a picture that is not seen.
@@ -58,8 +70,7 @@ struct Patch {
 /// @param pixelsPerUnit wanted; fewer when the patch would have more than `mostPixels`
 Patch MakePatch(const Placement& placement, const Sheet& sheet, double pixelsPerUnit, double mostPixels);
 
-/// For outputs that are scaled when they are seen: twice the pixels of a screen, and what a large patch has at most.
-inline constexpr double kPatchDetail = 2.0;
+/// What a large patch has at most, in outputs that are scaled when they are seen.
 inline constexpr double kMostPatchPixels = 16777216.0;
 
 } // namespace luhost::render

@@ -22,7 +22,8 @@ Size PictureSize(const Drawing& drawing, int pixelWidth, int pixelHeight)
     const auto whole = [](double pixels) { return std::max(1.0, std::round(pixels)); };
     Size size{1.0 * pixelWidth, 1.0 * pixelHeight};
     if (pixelWidth <= 0 && pixelHeight <= 0) {
-        size = {drawing.width * PixelsPerUnit(drawing), drawing.height * PixelsPerUnit(drawing)};
+        const double pixelsPerUnit = drawing.unit == Drawing::Unit::Pixel ? 1.0 : PixelsPerUnit(drawing);
+        size = {drawing.width * pixelsPerUnit, drawing.height * pixelsPerUnit};
     } else if (pixelWidth <= 0) {
         size.width = drawing.width / drawing.height * pixelHeight;
     } else if (pixelHeight <= 0) {

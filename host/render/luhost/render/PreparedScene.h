@@ -23,8 +23,8 @@ namespace luhost::render
 /// Cost: linear in the triangles of the distinct meshes, and in the shapes; about 250 bytes for such a triangle.
 struct PreparedScene {
     struct Options {
-        double creaseAngleDegrees =
-            30.0; ///< faces that meet at more have a line between them and are not shaded as one
+        /// Faces that meet at more have a line between them and are not shaded as one. What has twelve sides is meant round.
+        double creaseAngleDegrees = 32.0;
         RayScene::Limits limits;
     };
 

@@ -1,11 +1,14 @@
 #include <luhost/render/DrawingOutput.h>
+#include <luhost/render/FlatStretches.h>
 #include <luhost/render/LineCover.h>
+#include <luhost/render/PiercingLines.h>
 #include <luhost/render/SceneDrawing.h>
 #include <luhost/render/Shading.h>
 #include <luhost/render/Strokes.h>
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -17,8 +20,8 @@ namespace luhost::render
 namespace
 {
 
-constexpr std::array<LineKind, 4> kKinds{LineKind::PartBoundary, LineKind::Crease, LineKind::Border,
-                                         LineKind::Silhouette};
+constexpr std::array<LineKind, kLineKinds> kKinds{LineKind::Piercing, LineKind::PartBoundary, LineKind::Crease,
+                                                  LineKind::Border, LineKind::Silhouette};
 
 std::string_view NameOf(LineKind kind)
 {
@@ -29,6 +32,8 @@ std::string_view NameOf(LineKind kind)
         return "border";
     case LineKind::PartBoundary:
         return "boundary";
+    case LineKind::Piercing:
+        return "intersection";
     case LineKind::Crease:
         break;
     }
@@ -64,11 +69,55 @@ std::vector<Stroke> DropDoubles(const ViewFrame& view, std::vector<Stroke> strok
 
 Outcome FindStrokes(const PreparedScene& scene, const ViewFrame& view, const Workers& workers, StrokesOfShapes& strokes)
 {
+    std::vector<std::vector<FeatureLine>> piercing;
+    if (const Outcome outcome = FindPiercingLines(scene, view, workers, piercing); outcome != Outcome::Done) {
+        return outcome;
+    }
+    const auto strokesOf = [&](const std::vector<FeatureLine>& lines) {
+        return MakeStrokes(lines, FindLineSpans(scene, lines, view));
+    };
     strokes.resize(scene.shapes.size());
     return RunParallel(scene.shapes.size(), workers, [&](std::size_t shape) {
-        const std::vector<FeatureLine> lines = FindFeatureLines(scene, shape, view);
-        strokes[shape] = DropDoubles(view, MakeStrokes(lines, FindLineSpans(scene, lines, view)));
+        std::vector<Stroke> all = strokesOf(FindFeatureLines(scene, shape, view));
+        std::ranges::move(strokesOf(piercing[shape]), std::back_inserter(all));
+        strokes[shape] = DropFlatStretches(scene, shape, view, DropDoubles(view, std::move(all)));
     });
+}
+
+std::size_t CountSegments(const StrokesOfShapes& strokes)
+{
+    std::size_t count = 0;
+    for (const std::vector<Stroke>& ofShape : strokes) {
+        for (const Stroke& stroke : ofShape) {
+            count += stroke.points.size();
+        }
+    }
+    return count;
+}
+
+/// Edges of parts that lie upon one another are one line, of the part that comes first.
+void DropDoublesOfParts(const SceneGeometry& geometry, const ViewFrame& view, StrokesOfShapes& strokes)
+{
+    // In a picture of more, nobody sees how bold a line is.
+    constexpr std::size_t kMostSegments = 200'000;
+    if (CountSegments(strokes) > kMostSegments) {
+        return;
+    }
+    LineCover cover(view.pixelWidth, view.pixelHeight);
+    for (std::size_t shape = 0; shape < strokes.size(); ++shape) {
+        if (geometry.shapes[shape].kind != SceneShape::Kind::Product) {
+            continue;
+        }
+        std::vector<Stroke> kept;
+        for (Stroke& stroke : strokes[shape]) {
+            if (stroke.isVisible) {
+                AddUncovered(stroke, cover, kept);
+            } else {
+                kept.push_back(std::move(stroke));
+            }
+        }
+        strokes[shape] = std::move(kept);
+    }
 }
 
 /// Leaves out what of the hidden lines lies exactly behind visible ones, or behind hidden ones before them.
@@ -100,6 +149,7 @@ struct Layer {
     bool isVisible;
     SceneShape::Kind shapes;
     const LineStyle* style;
+    std::array<double, kKinds.size()> widthsMm; ///< by kind; 0: as the style has it
 };
 
 class StrokeLayers
@@ -133,7 +183,8 @@ private:
         if (drawn.strokes.empty()) {
             return;
         }
-        drawn.width = layer.style->widthMm * m_pixelsPerMm;
+        const double widthMm = layer.widthsMm[static_cast<std::size_t>(kind)];
+        drawn.width = (widthMm > 0.0 ? widthMm : layer.style->widthMm) * m_pixelsPerMm;
         for (const double dash : layer.style->dashesMm) {
             drawn.dashes.push_back(dash * m_pixelsPerMm);
         }
@@ -157,14 +208,15 @@ Outcome AddLines(const PreparedScene& scene, const ViewFrame& view, const SceneD
     StrokesOfShapes strokes;
     const Outcome outcome = FindStrokes(scene, view, workers, strokes);
     if (outcome == Outcome::Done) {
+        DropDoublesOfParts(scene.geometry, view, strokes);
         StrokeLayers layers(scene.geometry, strokes, options.pixelsPerMm, drawing);
         if (options.showsHiddenLines) {
             UncoverHiddenStrokes(view, strokes);
-            layers.Add({false, SceneShape::Kind::Product, &options.hiddenLines});
-            layers.Add({false, SceneShape::Kind::Symbol, &options.hiddenLines});
+            layers.Add({false, SceneShape::Kind::Product, &options.hiddenLines, {}});
+            layers.Add({false, SceneShape::Kind::Symbol, &options.hiddenLines, {}});
         }
-        layers.Add({true, SceneShape::Kind::Product, &options.visibleLines});
-        layers.Add({true, SceneShape::Kind::Symbol, &options.symbolLines});
+        layers.Add({true, SceneShape::Kind::Product, &options.visibleLines, options.visibleWidthsMm});
+        layers.Add({true, SceneShape::Kind::Symbol, &options.symbolLines, {}});
     }
     return outcome;
 }
@@ -199,6 +251,25 @@ Outcome AddAll(const PreparedScene& scene, const ViewFrame& view, const SceneDra
 }
 
 } // namespace
+
+bool SceneDrawingOptions::SetLineWidth(std::string_view kind, double widthMm)
+{
+    if (kind == "all") {
+        visibleLines.widthMm = symbolLines.widthMm = widthMm;
+        visibleWidthsMm = {};
+    } else if (kind == "symbol") {
+        symbolLines.widthMm = widthMm;
+    } else if (kind == "hidden") {
+        hiddenLines.widthMm = widthMm;
+    } else {
+        const auto* const known = std::ranges::find(kKinds, kind, NameOf);
+        if (known == kKinds.end()) {
+            return false;
+        }
+        visibleWidthsMm[static_cast<std::size_t>(*known)] = widthMm;
+    }
+    return true;
+}
 
 bool DrawScene(const PreparedScene& scene, const dg::Camera3D& camera, const SceneDrawingOptions& options,
                const Workers& workers, Drawing& drawing, std::string& error)

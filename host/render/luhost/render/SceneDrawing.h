@@ -2,10 +2,13 @@
 
 #include <dg/Camera3D.h>
 #include <luhost/render/Drawing.h>
+#include <luhost/render/FeatureLines.h>
 #include <luhost/render/PreparedScene.h>
 #include <luhost/render/Workers.h>
 
+#include <array>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace luhost::render
@@ -21,8 +24,13 @@ struct LineStyle {
 struct SceneDrawingOptions {
     enum class Style { Shaded, Lines, Both };
 
+    /// "silhouette", "border", "crease", "boundary", "intersection", "symbol", "hidden", or "all" for all but the hidden ones.
+    /// @return false for another word
+    bool SetLineWidth(std::string_view kind, double widthMm);
+
     Style style = Style::Both;
     LineStyle visibleLines;
+    std::array<double, kLineKinds> visibleWidthsMm{}; ///< by LineKind; 0: as visible lines are
     LineStyle symbolLines;
     LineStyle hiddenLines{0.18, {1.6, 1.0}, dg::Color::BLACK};
     bool showsHiddenLines = false;
@@ -33,7 +41,7 @@ struct SceneDrawingOptions {
 
 /// Draws a scene in space: shaded pixels as the underlay, and lines over them: hidden ones, visible ones, those of symbols.
 /// Lines are grouped by part and kind, with the id path as part, the component's name as title, and classes such as
-/// "visible silhouette", "hidden crease" and "visible border symbol".
+/// "visible silhouette", "hidden crease" and "visible border symbol". Where lines of parts lie upon one another there is one.
 ///
 /// The drawing is in pixels of the camera's viewport, without a background.
 ///

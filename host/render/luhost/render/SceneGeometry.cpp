@@ -223,6 +223,20 @@ SceneGeometry SceneGeometry::Collect(const luk::ShapeScene& scene)
     return geometry;
 }
 
+SceneGeometry SceneGeometry::Of(const du::SmartPtr<luk::Mesh>& mesh)
+{
+    SceneGeometry geometry;
+    geometry.meshes.push_back(MakeMesh(mesh));
+    geometry.box = geometry.meshes.front().box;
+    if (!geometry.box.IsEmpty()) {
+        SceneShape& shape = geometry.shapes.emplace_back();
+        shape.box = geometry.box;
+        shape.isOpaque = geometry.meshes.front().isOpaque;
+    }
+    geometry.frame = UnitFrame::Around(geometry.box);
+    return geometry;
+}
+
 Surface SceneGeometry::SurfaceOf(const SceneShape& shape, std::size_t part) const noexcept
 {
     Surface surface;

@@ -78,6 +78,8 @@ struct SceneShape {
 /// Cost: linear in the instances and in the triangles of the distinct meshes.
 struct SceneGeometry {
     static SceneGeometry Collect(const luk::ShapeScene& scene);
+    /// One mesh by itself, in its own frame. Nothing of one that has no triangles to be drawn.
+    static SceneGeometry Of(const du::SmartPtr<luk::Mesh>& mesh);
 
     /// @param part of its mesh; a number beyond its parts is for triangles that belong to none
     Surface SurfaceOf(const SceneShape& shape, std::size_t part) const noexcept;

@@ -1,3 +1,4 @@
+#include <luhost/render/PixelRays.h>
 #include <luhost/render/Shading.h>
 
 #include <algorithm>
@@ -145,9 +146,7 @@ class Shader
 {
 public:
     Shader(const PreparedScene& scene, const ViewFrame& view, const ShadingOptions& options, Raster& raster)
-        : m_scene(scene), m_view(view), m_options(options), m_lights(view), m_raster(raster),
-          m_start(view.isOrthographic ? kUnitRadius - view.eye.Dot(view.towardsViewer)
-                                      : std::max(0.0, view.eye.Length() - kUnitRadius))
+        : m_scene(scene), m_view(view), m_options(options), m_lights(view), m_raster(raster), m_rays(view)
     {
         m_normals.reserve(scene.shapes.size());
         for (const RayScene::Shape& shape : scene.shapes) {
@@ -195,35 +194,12 @@ private:
     void MakeRays(int x, int y, RayPacket& rays) const
     {
         rays.count = RayPacket::kWidth;
-        rays.nearest.fill(0.0F);
-        rays.farthest.fill(static_cast<float>(4.0 * kUnitRadius));
         for (unsigned lane = 0; lane < RayPacket::kWidth; ++lane) {
             const auto& offset = kPattern[lane % kSamples];
             const double column = x + static_cast<int>(lane / kSamples % 2) + offset[0];
             const double row = y + static_cast<int>(lane / kSamples / 2) + offset[1];
-            SetRay(rays, lane, column, row);
+            m_rays.Set(rays, lane, column, row);
         }
-    }
-
-    void SetRay(RayPacket& rays, unsigned lane, double column, double row) const
-    {
-        const dg::DVec3 across = m_view.right * ((column - m_view.centerX) / m_view.pixelsPerUnit) +
-                                 m_view.up * ((m_view.centerY - row) / m_view.pixelsPerUnit);
-        dg::DVec3 origin = m_view.eye;
-        dg::DVec3 direction = -m_view.towardsViewer;
-        if (m_view.isOrthographic) {
-            origin = origin + across + m_view.towardsViewer * m_start;
-        } else {
-            direction = across - m_view.towardsViewer;
-            direction = direction * (1.0 / std::sqrt(direction.Dot(direction)));
-            origin = origin + direction * m_start;
-        }
-        rays.originX[lane] = static_cast<float>(origin.x);
-        rays.originY[lane] = static_cast<float>(origin.y);
-        rays.originZ[lane] = static_cast<float>(origin.z);
-        rays.directionX[lane] = static_cast<float>(direction.x);
-        rays.directionY[lane] = static_cast<float>(direction.y);
-        rays.directionZ[lane] = static_cast<float>(direction.z);
     }
 
     void FollowRays(RayPacket& rays, Samples& samples) const
@@ -313,7 +289,7 @@ private:
     const ShadingOptions& m_options;
     Lights m_lights;
     Raster& m_raster;
-    double m_start; ///< how far before the eye rays begin, all of the scene still before them
+    PixelRays m_rays;
     std::vector<NormalTransform> m_normals;
 };
 

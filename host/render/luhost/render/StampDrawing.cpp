@@ -3,6 +3,7 @@
 #include <luk/AnnoSet.h>
 #include <luk/Annotation.h>
 #include <luk/illustration2d/Document2D.h>
+#include <luk/illustration2d/Lines2D.h>
 #include <luk/illustration2d/Stamp2D.h>
 #include <luk/Scene.h>
 #include <lumk/Stamp.h>
@@ -66,66 +67,86 @@ DrawnPicture DrawStamp2D(const luk::illustration2d::Stamp2D& stamp, double pageH
     return picture;
 }
 
-/// Where the box of a stamp appears; false when it appears nowhere.
-class StampProjection
+DrawnStrokes DrawLines2D(const luk::illustration2d::Lines2D& lines, double pageHeight)
 {
-public:
-    StampProjection(const lumk::Stamp& stamp, const dg::Camera3D& camera)
-        : m_center(stamp.GetCenter()), m_halfWidth(static_cast<double>(stamp.GetWidth())),
-          m_halfHeight(static_cast<double>(stamp.GetHeight())), m_camera(camera)
-    {
-    }
-
-    bool OnScreen(Corners& corners) const
-    {
-        corners = UprightBox(m_center.x - m_halfWidth, m_center.y - m_halfHeight, m_center.x + m_halfWidth,
-                             m_center.y + m_halfHeight);
-        return AreFinite(corners);
-    }
-
-    /// In a plane along the screen, every point of which is as far away as the centre: the box stays upright.
-    bool FacingTheViewer(Corners& corners) const
-    {
-        dg::DPoint2D upperLeft;
-        dg::DPoint2D lowerRight;
-        const dg::DVec3 right = m_camera.GetU() * m_halfWidth;
-        const dg::DVec3 up = m_camera.GetV() * m_halfHeight;
-        if (!m_camera.ProjectPoint(m_center - right + up, upperLeft) ||
-            !m_camera.ProjectPoint(m_center + right - up, lowerRight)) {
-            return false;
+    DrawnStrokes drawn;
+    drawn.strokes.reserve(lines.GetLines().size());
+    for (const luk::illustration2d::Lines2D::Line& line : lines.GetLines()) {
+        DrawnStrokes::Stroke& stroke = drawn.strokes.emplace_back();
+        stroke.closed = line.isClosed;
+        stroke.points.reserve(line.points.size());
+        for (const dg::DPoint2D& point : line.points) {
+            stroke.points.push_back({point.x, pageHeight - point.y});
         }
-        corners = UprightBox(upperLeft.x, upperLeft.y, lowerRight.x, lowerRight.y);
-        return true;
     }
+    drawn.width = lines.GetWidth();
+    drawn.dashes = lines.GetDashes();
+    drawn.color = lines.GetColor();
+    drawn.lineClass = lines.GetLineClass();
+    drawn.part = lines.GetPart();
+    drawn.annotation = lines.GetIDPath().GetText();
+    drawn.title = lines.GetTitle();
+    return drawn;
+}
 
-    bool InSpace(const dg::FMat33& axes, Corners& corners) const
+/// Where a stamp stands in space: the box reaches from centre - right - up to centre + right + up.
+struct StampPlace {
+    dg::DPoint3D center;
+    dg::DVec3 right;
+    dg::DVec3 up;
+
+    std::array<dg::DPoint3D, 4> GetCorners() const noexcept
     {
-        const dg::DVec3 right = axes.GetColumn(0) * m_halfWidth;
-        const dg::DVec3 up = axes.GetColumn(1) * m_halfHeight;
-        return m_camera.ProjectPoint(m_center - right + up, corners[0]) &&
-               m_camera.ProjectPoint(m_center + right + up, corners[1]) &&
-               m_camera.ProjectPoint(m_center + right - up, corners[2]) &&
-               m_camera.ProjectPoint(m_center - right - up, corners[3]);
+        return {center - right + up, center + right + up, center + right - up, center - right - up};
     }
-
-private:
-    dg::DPoint3D m_center;
-    double m_halfWidth;
-    double m_halfHeight;
-    const dg::Camera3D& m_camera;
 };
 
+bool IsSeen(const lumk::Stamp& stamp) { return stamp.GetWidth() > 0.0F && stamp.GetHeight() > 0.0F; }
+
+bool FacesTheViewer(const lumk::Stamp& stamp) { return stamp.IsBillboard() || !stamp.GetLocation(); }
+
+/// Of a stamp that is not on the screen. One that faces the viewer lies along the screen, every point of it as far away as
+/// the centre.
+StampPlace PlaceOf(const lumk::Stamp& stamp, const dg::Camera3D& camera)
+{
+    const auto halfWidth = static_cast<double>(stamp.GetWidth());
+    const auto halfHeight = static_cast<double>(stamp.GetHeight());
+    if (FacesTheViewer(stamp)) {
+        return {stamp.GetCenter(), camera.GetU() * halfWidth, camera.GetV() * halfHeight};
+    }
+    const dg::FMat33& axes = stamp.GetLocation()->GetMat();
+    return {stamp.GetCenter(), axes.GetColumn(0) * halfWidth, axes.GetColumn(1) * halfHeight};
+}
+
+bool FindCornersOnScreen(const lumk::Stamp& stamp, Corners& corners)
+{
+    const dg::DPoint3D& center = stamp.GetCenter();
+    const auto halfWidth = static_cast<double>(stamp.GetWidth());
+    const auto halfHeight = static_cast<double>(stamp.GetHeight());
+    corners = UprightBox(center.x - halfWidth, center.y - halfHeight, center.x + halfWidth, center.y + halfHeight);
+    return AreFinite(corners);
+}
+
+/// Where the box of a stamp appears; false when it appears nowhere.
 bool FindCorners(const lumk::Stamp& stamp, const dg::Camera3D& camera, Corners& corners)
 {
-    if (!(stamp.GetWidth() > 0.0F && stamp.GetHeight() > 0.0F)) {
+    if (!IsSeen(stamp)) {
         return false;
     }
-    const StampProjection projection(stamp, camera);
     if (stamp.IsScreenSpace()) {
-        return projection.OnScreen(corners);
+        return FindCornersOnScreen(stamp, corners);
     }
-    return stamp.IsBillboard() || !stamp.GetLocation() ? projection.FacingTheViewer(corners)
-                                                       : projection.InSpace(stamp.GetLocation()->GetMat(), corners);
+    const std::array<dg::DPoint3D, 4> inSpace = PlaceOf(stamp, camera).GetCorners();
+    for (std::size_t i = 0; i < inSpace.size(); ++i) {
+        if (!camera.ProjectPoint(inSpace[i], corners[i])) {
+            return false;
+        }
+    }
+    if (FacesTheViewer(stamp)) {
+        // Upright to the last bit.
+        corners = UprightBox(corners[0].x, corners[0].y, corners[2].x, corners[2].y);
+    }
+    return true;
 }
 
 /// Opaque where the transparency is not a number.
@@ -181,9 +202,25 @@ Drawing DrawPage(const luk::illustration2d::Document2D& page)
             if (AreFinite(picture.corners)) {
                 drawing.pictures.push_back(std::move(picture));
             }
+        } else if (const auto* lines = dynamic_cast<const luk::illustration2d::Lines2D*>(node.get())) {
+            drawing.strokes.push_back(DrawLines2D(*lines, page.GetHeight()));
         }
     }
     return drawing;
+}
+
+std::vector<dg::DPoint3D> StampCorners(const luk::Scene& scene, const dg::Camera3D& camera)
+{
+    std::vector<dg::DPoint3D> corners;
+    for (const Entry& entry : CollectStamps(scene.GetMarkups(), {})) {
+        if (IsSeen(*entry.stamp) && !entry.stamp->IsScreenSpace()) {
+            for (const dg::DPoint3D& corner : PlaceOf(*entry.stamp, camera).GetCorners()) {
+                corners.push_back(corner);
+            }
+        }
+    }
+    std::erase_if(corners, [](const dg::DPoint3D& corner) { return corner.IsBad(); });
+    return corners;
 }
 
 Drawing DrawView(const luk::Scene& scene, const dg::Camera3D& camera, const WordsOf& wordsOf)
@@ -203,6 +240,10 @@ Drawing DrawView(const luk::Scene& scene, const dg::Camera3D& camera, const Word
             continue;
         }
         picture.corners = Flip(box, stamp.GetReverse(), stamp.GetFlipHorizontally());
+        if (!stamp.IsScreenSpace()) {
+            const StampPlace place = PlaceOf(stamp, camera);
+            picture.plane = DrawnPlane{place.center, place.right.Cross(place.up)};
+        }
         picture.image = stamp.GetImage();
         picture.fillColor = stamp.GetFillColor();
         picture.lineColor = stamp.GetLineColor();
@@ -213,6 +254,7 @@ Drawing DrawView(const luk::Scene& scene, const dg::Camera3D& camera, const Word
             picture.id = std::move(words.id);
             picture.title = std::move(words.title);
             picture.description = std::move(words.description);
+            picture.link = std::move(words.link);
         }
         drawing.pictures.push_back(std::move(picture));
     }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <dg/DPoint3D.h>
 #include <luhost/render/Drawing.h>
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace dg
 {
@@ -29,10 +31,11 @@ struct Words {
     std::string id;
     std::string title;
     std::string description;
+    std::string link = {}; ///< where it leads to
 };
 using WordsOf = std::function<Words(const luk::Annotation&)>;
 
-/// The page as it is: visible nodes in drawing order, in millimetres.
+/// The page as it is: visible nodes in drawing order, lines below stamps, in millimetres.
 Drawing DrawPage(const luk::illustration2d::Document2D& page);
 
 /// The stamps of a scene seen through a camera, in pixels of its viewport: visible markups by layer, then in the order of
@@ -40,5 +43,8 @@ Drawing DrawPage(const luk::illustration2d::Document2D& page);
 /// stamp that appears nowhere is left out.
 /// @param wordsOf may be empty
 Drawing DrawView(const luk::Scene& scene, const dg::Camera3D& camera, const WordsOf& wordsOf);
+
+/// Corners of the same stamps in space, for a camera that is to show them whole. Those on the screen have none.
+std::vector<dg::DPoint3D> StampCorners(const luk::Scene& scene, const dg::Camera3D& camera);
 
 } // namespace luhost::render

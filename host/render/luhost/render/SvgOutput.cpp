@@ -103,9 +103,10 @@ private:
         m_out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" "
                 "xmlns:xlink=\"http://www.w3.org/1999/xlink\"";
         const std::string_view unit = inMillimetres ? "mm" : "px";
-        WriteNumber(" width=\"", m_sheet.width);
+        const double scale = inMillimetres ? 1.0 : PixelsPerUnit(m_drawing);
+        WriteNumber(" width=\"", m_sheet.width * scale);
         m_out.append(unit).append("\"");
-        WriteNumber(" height=\"", m_sheet.height);
+        WriteNumber(" height=\"", m_sheet.height * scale);
         m_out.append(unit).append("\"");
         WriteNumber(" viewBox=\"0 0 ", m_sheet.width);
         WriteNumber(" ", m_sheet.height);
@@ -178,9 +179,11 @@ private:
 
     void WriteStrokes(const DrawnStrokes& strokes, const PlacedStrokes& placed)
     {
+        OpenLink(strokes.link);
         m_out += "<path";
         for (const auto& [before, text] :
-             {std::pair(" class=\"", &strokes.lineClass), std::pair(" data-part=\"", &strokes.part)}) {
+             {std::pair(" class=\"", &strokes.lineClass), std::pair(" data-part=\"", &strokes.part),
+              std::pair(" data-annotation=\"", &strokes.annotation)}) {
             if (!text->empty()) {
                 WriteText(before, *text);
                 m_out += "\"";
@@ -198,7 +201,18 @@ private:
             m_out.back() = '<';
             m_out += "/path>\n";
         }
+        CloseLink(strokes.link);
     }
+
+    void OpenLink(const std::string& link)
+    {
+        if (!link.empty()) {
+            WriteText("<a xlink:href=\"", link);
+            m_out += "\">\n";
+        }
+    }
+
+    void CloseLink(const std::string& link) { m_out += link.empty() ? "" : "</a>\n"; }
 
     void WritePath(const Line& line)
     {
@@ -211,7 +225,13 @@ private:
 
     void WritePicture(const DrawnPicture& picture, const Placement& placement)
     {
+        const std::size_t mask = WriteMask(placement.mask);
+        OpenLink(picture.link);
         m_out += "<g";
+        if (mask > 0) {
+            WriteInteger(" mask=\"url(#mask", mask);
+            m_out += ")\"";
+        }
         if (!picture.id.empty()) {
             WriteText(" data-annotation=\"", picture.id);
             m_out += "\"";
@@ -237,6 +257,33 @@ private:
             m_out += "\"/>\n";
         }
         m_out += "</g>\n";
+        CloseLink(picture.link);
+    }
+
+    /// @return its number, from 1; 0 for none
+    std::size_t WriteMask(const PlacedMask& mask)
+    {
+        if (!mask.pixels) {
+            return 0;
+        }
+        WriteInteger("<mask id=\"mask", ++m_maskCount);
+        m_out += "\" maskUnits=\"userSpaceOnUse\"";
+        const std::string box = BoxText(mask.left, mask.top, mask.width, mask.height);
+        m_out.append(box).append("><image").append(box).append(" preserveAspectRatio=\"none\" xlink:href=\"");
+        m_complete = AppendPng(m_out, *mask.pixels) && m_complete;
+        m_out += "\"/></mask>\n";
+        return m_maskCount;
+    }
+
+    static std::string BoxText(double left, double top, double width, double height)
+    {
+        std::string text;
+        for (const auto& [name, value] : {std::pair(" x=\"", left), std::pair("\" y=\"", top),
+                                          std::pair("\" width=\"", width), std::pair("\" height=\"", height)}) {
+            text += name;
+            AppendCoordinate(text, value);
+        }
+        return text += '"';
     }
 
     void WriteContent(const Placement& placement)
@@ -317,17 +364,16 @@ private:
 
     void WritePatch(const Placement& placement)
     {
-        Patch patch = MakePatch(placement, m_sheet, kPatchDetail * PixelsPerUnit(m_drawing), kMostPatchPixels);
+        Patch patch = MakePatch(placement, m_sheet, PatchPixelsPerUnit(m_drawing), kMostPatchPixels);
         const std::size_t number = ++m_clipCount;
         WriteInteger("<clipPath id=\"clip", number);
         m_out += "\">";
         WriteLine({placement.box.outline, true});
         WriteInteger("/></clipPath>\n<g clip-path=\"url(#clip", number);
-        WriteNumber(")\"><image x=\"", patch.left);
-        WriteNumber("\" y=\"", patch.top);
-        WriteNumber("\" width=\"", patch.pixels.width / patch.pixelsPerUnit);
-        WriteNumber("\" height=\"", patch.pixels.height / patch.pixelsPerUnit);
-        m_out += "\" preserveAspectRatio=\"none\" xlink:href=\"";
+        m_out.append(")\"><image")
+            .append(BoxText(patch.left, patch.top, patch.pixels.width / patch.pixelsPerUnit,
+                            patch.pixels.height / patch.pixelsPerUnit));
+        m_out += " preserveAspectRatio=\"none\" xlink:href=\"";
         m_complete = AppendPng(m_out, patch.pixels) && m_complete;
         m_out += "\"/></g>\n";
     }
@@ -392,6 +438,7 @@ private:
     std::vector<std::pair<const DrawnPicture*, Placement>> m_placed;
     std::vector<std::pair<StoredPicture*, std::size_t>> m_uses; ///< as a whole, by the number of the picture
     std::size_t m_clipCount = 0;
+    std::size_t m_maskCount = 0;
     std::string m_out;
     bool m_complete = true;
 };

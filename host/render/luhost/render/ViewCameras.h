@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace luhost::render
 {
@@ -25,6 +26,7 @@ enum class UpAxis : std::uint8_t { Y, Z };
 
 /// "iso", "front" and so on; nothing for another word.
 std::optional<StandardView> StandardViewOf(std::string_view name) noexcept;
+std::vector<std::string_view> StandardViewNames();
 
 /// Which way is up in the scene.
 dg::DVec3 UpVector(UpAxis axis) noexcept;
@@ -35,7 +37,11 @@ dg::DVec3 UpVector(UpAxis axis) noexcept;
 dg::Camera3D MakeViewCamera(StandardView view, UpAxis up, const dg::DBox& box, int pixelWidth, int pixelHeight,
                             double margin);
 
-/// The same, without turning: as large as fits, seen from where the camera looks.
-dg::Camera3D FitCamera(const dg::Camera3D& camera, const dg::DBox& box, double margin);
+/// The same for points, without turning: as large as fits, seen from where the camera looks. A camera in perspective keeps
+/// its angle and comes nearer or goes away.
+dg::Camera3D FitCamera(const dg::Camera3D& camera, const std::vector<dg::DPoint3D>& points, double margin);
+
+/// The corners of a box; none of an empty one.
+std::vector<dg::DPoint3D> CornersOf(const dg::DBox& box);
 
 } // namespace luhost::render
