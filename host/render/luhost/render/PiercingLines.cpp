@@ -4,11 +4,12 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <compare>
 #include <deque>
 #include <map>
 #include <optional>
 #include <set>
+#include <tuple>
+#include <utility>
 
 namespace luhost::render
 {
@@ -28,14 +29,19 @@ constexpr int kBandRows = 16;
 struct Facet {
     std::uint32_t shape = 0;
     std::uint32_t triangle = 0;
-    auto operator<=>(const Facet&) const = default;
+    bool operator==(const Facet&) const = default;
+    bool operator<(const Facet& other) const noexcept
+    {
+        return std::tie(shape, triangle) < std::tie(other.shape, other.triangle);
+    }
 };
 
 /// The lower facet first.
 struct FacetPair {
     Facet a;
     Facet b;
-    auto operator<=>(const FacetPair&) const = default;
+    bool operator==(const FacetPair&) const = default;
+    bool operator<(const FacetPair& other) const noexcept { return std::tie(a, b) < std::tie(other.a, other.b); }
 };
 
 FacetPair PairOf(const Facet& a, const Facet& b) noexcept { return a < b ? FacetPair{a, b} : FacetPair{b, a}; }
@@ -46,7 +52,10 @@ struct Piercing {
     std::uint32_t start = 0; ///< vertices, the lower number first
     std::uint32_t end = 0;
     Facet through;
-    auto operator<=>(const Piercing&) const = default;
+    bool operator<(const Piercing& other) const noexcept
+    {
+        return std::tie(shape, start, end, through) < std::tie(other.shape, other.start, other.end, other.through);
+    }
 };
 
 struct LineEnd {

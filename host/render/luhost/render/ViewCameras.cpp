@@ -127,6 +127,7 @@ std::optional<StandardView> StandardViewOf(std::string_view name) noexcept
 std::vector<std::string_view> StandardViewNames()
 {
     std::vector<std::string_view> names;
+    names.reserve(kNames.size());
     for (const auto& [name, view] : kNames) {
         names.push_back(name);
     }
@@ -148,6 +149,7 @@ dg::Camera3D MakeViewCamera(StandardView view, UpAxis up, const dg::DBox& box, i
 std::vector<dg::DPoint3D> CornersOf(const dg::DBox& box)
 {
     std::vector<dg::DPoint3D> corners;
+    corners.reserve(8);
     for (unsigned corner = 0; corner < 8 && !box.IsEmpty(); ++corner) {
         corners.push_back({(corner & 1U) ? box.GetMax().x : box.GetMin().x,
                            (corner & 2U) ? box.GetMax().y : box.GetMin().y,
