@@ -2,7 +2,9 @@
 #include "ShapeFolder.h"
 #include "support/Contains.h"
 
-#include <regex>
+#include <algorithm>
+#include <cctype>
+#include <sstream>
 
 namespace
 {
@@ -30,12 +32,15 @@ protected:
     static double LeftOf(const std::string& svg, const std::string& part)
     {
         double left = 1e9;
-        const std::regex path("data-part=\"" + part + "\"[^>]* d=\"([^\"]*)\"");
-        const std::regex point("([-0-9.]+) [-0-9.]+");
-        for (std::sregex_iterator found(svg.begin(), svg.end(), path), end; found != end; ++found) {
-            const std::string data = (*found)[1];
-            for (std::sregex_iterator at(data.begin(), data.end(), point); at != end; ++at) {
-                left = std::min(left, std::stod((*at)[1]));
+        const std::string mark = "data-part=\"" + part + "\"";
+        for (std::size_t at = svg.find(mark); at != svg.npos; at = svg.find(mark, at + 1)) {
+            const std::size_t data = svg.find(" d=\"", at) + 4;
+            std::string points = svg.substr(data, svg.find('"', data) - data);
+            std::ranges::replace_if(
+                points, [](unsigned char c) { return std::isalpha(c) != 0; }, ' ');
+            std::istringstream numbers(points);
+            for (double x = 0.0, y = 0.0; numbers >> x >> y;) {
+                left = std::min(left, x);
             }
         }
         return left;
