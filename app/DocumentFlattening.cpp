@@ -55,7 +55,7 @@ private:
 /// By how much a viewport is enlarged so that lines are as exact as a printer.
 int DetailOf(const dg::Camera3D& camera, double millimetresPerPixel)
 {
-    constexpr double kPixelsPerMillimetre = 12.0;
+    constexpr double kPixelsPerMillimetre = 8.0;
     constexpr int kMost = 8;
     constexpr int kLongestSide = 16384;
     const int longest = std::max(camera.GetPixelWidth(), camera.GetPixelHeight());
@@ -64,14 +64,14 @@ int DetailOf(const dg::Camera3D& camera, double millimetresPerPixel)
     return std::clamp(wanted, 1, std::max(1, kLongestSide / longest));
 }
 
-/// Of the sheet, in whole thousandths of a millimetre, which is more than any printer knows.
+/// Of the sheet, in whole thousandths of a millimetre: no printer knows more.
 double Rounded(double millimetres) { return std::round(millimetres * 1000.0) / 1000.0; }
 
 /// @param scale millimetres of a pixel of the drawing, of which there are `detail` times as many as the placement counts
 du::SmartPtr<Lines2D> ToLines(const luhost::render::DrawnStrokes& strokes, const SheetPlacement& placement,
                               double scale, int detail)
 {
-    const auto lines = du::MakeCounted<Lines2D>();
+    auto lines = du::MakeCounted<Lines2D>();
     std::vector<Lines2D::Line> all;
     for (const luhost::render::DrawnStrokes::Stroke& stroke : strokes.strokes) {
         Lines2D::Line& line = all.emplace_back();

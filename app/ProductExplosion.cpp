@@ -65,7 +65,7 @@ public:
             }
             item.location.SetPosition(item.location.GetPosition() + item.way);
             if (item.location.HasPosition() && !luhost::CheckProductLocation(item.location, problem)) {
-                problem = Quote(item.part->GetInstance()->GetIdPath().GetText()) + " would go too far: " + problem;
+                problem.insert(0, Quote(item.part->GetInstance()->GetIdPath().GetText()) + " would go too far: ");
                 return false;
             }
         }

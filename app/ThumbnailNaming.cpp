@@ -58,11 +58,11 @@ bool DiffersInThumbnailsAlone(std::string_view oldText, std::string_view newText
         const std::string_view newLine = TakeLine(newText);
         std::string_view restOfOld = oldText;
         const std::string_view oldLine = TakeLine(restOfOld);
-        if (newLine == oldLine) {
-            oldText = restOfOld;
-        } else if (namingLines.count(std::string(WithoutIndent(newLine))) == 0) {
+        const bool isSame = newLine == oldLine;
+        if (!isSame && namingLines.count(std::string(WithoutIndent(newLine))) == 0) {
             return false;
-        } else if (WithoutIndent(oldLine).starts_with(start)) {
+        }
+        if (isSame || WithoutIndent(oldLine).starts_with(start)) {
             oldText = restOfOld;
         }
     }

@@ -182,6 +182,7 @@ TEST_F(ProductImportTest, TellsWhatIsWrongWithAFile)
         {"cut.glb", "glTF\2", "it is no glb file"},
         {"cut.gltf", Gltf(R"({"mesh":0})").substr(0, 300), ""},
         {"cut.dae", "<COLLADA><library", ""},
+        {"cut.ply", "ply\nformat ascii 1.0\nelement vertex 3\n", "its header has no end"},
         {"junk.3mf", "PK\3\4junk", ""},
         {"self.gltf", Gltf(R"({"mesh":0,"children":[0]})"), "recursive"},
         {"ring.gltf", Gltf(R"({"children":[1]},{"mesh":0,"children":[2]},{"children":[1]})"), "recursive"},

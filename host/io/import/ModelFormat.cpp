@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <fstream>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -131,6 +132,19 @@ bool ModelFormat::Find(const std::string& extension, const std::string& path, Mo
         return false;
     }
     return true;
+}
+
+std::string ModelFormat::FindTrap(const std::string& extension, const std::string& path)
+{
+    constexpr std::size_t kLongestHeader = std::size_t{1} << 20;
+    if (extension != ".ply") {
+        return {};
+    }
+    std::string front(kLongestHeader, '\0');
+    std::ifstream file(path, std::ios::binary);
+    file.read(front.data(), static_cast<std::streamsize>(front.size()));
+    front.resize(static_cast<std::size_t>(file.gcount()));
+    return front.find("end_header") == front.npos ? "its header has no end" : std::string();
 }
 
 } // namespace luhost::io

@@ -17,6 +17,9 @@ struct ModelFormat {
     /// @param extension in small letters, with its dot
     /// @return false for an extension that is none of ours
     static bool Find(const std::string& extension, const std::string& path, ModelFormat& format);
+
+    /// @return why the importer must not see the file, which it would read for ever; empty when it may
+    static std::string FindTrap(const std::string& extension, const std::string& path);
 };
 
 } // namespace luhost::io

@@ -96,6 +96,9 @@ std::string Import(const Order& order)
     if (!ModelFormat::Find(files->GetExtension(), order.path, format)) {
         return ProductStream::FromProblem("its name ends in none of .gltf, .glb, .obj, .stl, .ply, .3mf and .dae");
     }
+    if (const std::string trap = ModelFormat::FindTrap(files->GetExtension(), order.path); !trap.empty()) {
+        return ProductStream::FromProblem(trap);
+    }
     const ModelFiles& view = *files;
     Assimp::Importer importer;
     KeepImporters(importer, view.GetExtension());
