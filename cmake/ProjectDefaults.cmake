@@ -37,6 +37,9 @@ if(CMAKE_UNITY_BUILD)
   # The compiler takes a source that is compiled along with others for a header, whose classes must not hold what is private.
   target_compile_options(project_defaults INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
 endif()
+if(LUSYMBOLS_BUILD_FUZZERS)
+  target_compile_options(project_defaults INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 if(LUSYMBOLS_SANITIZE)
   target_compile_options(project_defaults INTERFACE
     -fsanitize=${LUSYMBOLS_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

@@ -1,20 +1,22 @@
 #!/usr/bin/env bash
-# Installs what the project needs on Debian 12. Usage: scripts/setup.sh [build|check]...
+# Installs what the project needs on Debian 12. Usage: scripts/setup.sh [build|bench|check|fuzz]...
 #   build   compiler, build tools and libraries, tests included (the default)
 #   bench   what the benchmarks measure against
-#   check   what CI needs beyond that: formatter, linter, sanitizer run-times
+#   check   what CI needs beyond that: formatter, linter
+#   fuzz    the compiler of the fuzzers, with its run-times
 # Packages that are there already are left alone; as an ordinary user it asks sudo.
 set -euo pipefail
 
 build="g++ cmake ninja-build ccache pkg-config libpugixml-dev libcli11-dev nlohmann-json3-dev libgtest-dev libzip-dev libpng-dev libjpeg62-turbo-dev libgif-dev libwebp-dev libtiff-dev librsvg2-dev libcairo2-dev libassimp-dev libembree-dev"
 bench="libbenchmark-dev libxml2-dev"
 check="clang-format clang-tidy"
+fuzz="clang libclang-rt-14-dev"
 
 wanted=()
 for group in "${@:-build}"; do
   case $group in
-    build | bench | check) read -ra packages <<<"${!group}"; wanted+=("${packages[@]}") ;;
-    *) echo "setup.sh: unknown group '$group'; there are build, bench and check" >&2; exit 2 ;;
+    build | bench | check | fuzz) read -ra packages <<<"${!group}"; wanted+=("${packages[@]}") ;;
+    *) echo "setup.sh: unknown group '$group'; there are build, bench, check and fuzz" >&2; exit 2 ;;
   esac
 done
 

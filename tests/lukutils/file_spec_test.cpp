@@ -47,6 +47,7 @@ TEST(FileSpec, SplitsAndNormalises)
         {"name.", "name.", "", "name.", ""},
         {"http://host//a/b.png", "http://host/a/b.png", "http://host/a/", "b.png", "png"},
         {"file:////tmp/a.png", "file:///tmp/a.png", "file:///tmp/", "a.png", "png"},
+        {"ab://", "ab://", "ab://", "", ""},
         {"c://a", "c:/a", "c:/", "a", ""},
         {".hidden", ".hidden", "", ".hidden", "hidden"},
         {std::string_view("a/\0/b", 5), nullptr, nullptr, "b", ""},

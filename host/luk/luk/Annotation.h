@@ -25,7 +25,7 @@ class Pipeline;
 
 namespace lucontext
 {
-class Context2D;
+struct Context2D;
 }
 
 namespace luannotations

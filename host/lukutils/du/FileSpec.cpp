@@ -28,6 +28,13 @@ std::size_t SchemeLength(std::string_view text) noexcept
     return end >= 2 && text.substr(end, 3) == "://" ? end + 3 : 0;
 }
 
+/// A location without the separator at its end, unless that is one of the two of "scheme://".
+std::string_view WithoutSeparator(std::string_view location) noexcept
+{
+    const bool isSchemeAlone = location.size() == SchemeLength(location);
+    return location.substr(0, location.size() - (location.empty() || isSchemeAlone ? 0 : 1));
+}
+
 std::size_t NameStart(std::string_view path) noexcept
 {
     std::size_t start = path.size();
@@ -134,15 +141,14 @@ void FileSpec::SetFileExtension(std::string_view extension)
 
 std::string FileSpec::GetFileSpec() const
 {
-    const bool isPureLocation = m_fileStart == m_path.size() && !m_path.empty();
-    return m_path.substr(0, m_path.size() - (isPureLocation ? 1 : 0));
+    return m_fileStart == m_path.size() ? std::string(WithoutSeparator(m_path)) : m_path;
 }
 
 void FileSpec::GetLocation(std::string* location, bool withSeparator) const
 {
     if (location) {
-        const bool dropSeparator = !withSeparator && m_fileStart > 0;
-        location->assign(m_path, 0, m_fileStart - (dropSeparator ? 1 : 0));
+        const std::string_view folders = std::string_view(m_path).substr(0, m_fileStart);
+        location->assign(withSeparator ? folders : WithoutSeparator(folders));
     }
 }
 

@@ -52,6 +52,7 @@ int OnClose(thandle_t) { return 0; }
 toff_t OnSize(thandle_t handle) { return SourceOf(handle).bytes.size(); }
 
 /// Keeps the first message, which is the cause of those that follow. @return that nobody else is to be told
+LUHOST_PRINTF_LIKE(4, 0)
 int OnError(TIFF*, void* user, const char*, const char* format, std::va_list values)
 {
     Source& source = *static_cast<Source*>(user);
