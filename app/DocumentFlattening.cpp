@@ -1,5 +1,6 @@
 #include "DocumentFlattening.h"
 
+#include "annotations2d/Symbol2D.h"
 #include "annotations3d/SymbolAnnotationFlattened.h"
 #include "DocumentSource.h"
 #include "SymbolState.h"
@@ -98,8 +99,31 @@ du::SmartPtr<Lines2D> ToLines(const luhost::render::DrawnStrokes& strokes, const
     return lines;
 }
 
+/// How much of the box of a picture that stands in space its width and height are, when it faces the reader in there as
+/// large as fits. Those of others are their box.
+dg::DVec3 ShareOfBox(luk::Annotation& annotation, const luk::SerializedContentElement& content)
+{
+    const luannotations::Symbol2D* const picture = AsPicture(annotation);
+    if (!picture || picture->IsBillboard3D() || picture->IsScreenSpace()) {
+        return {1.0, 1.0, 0.0};
+    }
+    const auto number = [&content](const du::Symbol& key) {
+        for (const auto& property : content.GetProperties()) {
+            if (const auto* const value = std::get_if<float>(&property.value); value && property.key == key) {
+                return static_cast<double>(*value);
+            }
+        }
+        return 0.0;
+    };
+    const dg::FVec3 own = picture->GetMarkupSize(0);
+    const double ratio = number(du::Symbol("width")) * static_cast<double>(own.y) /
+                         (number(du::Symbol("height")) * static_cast<double>(own.x));
+    return ratio > 0.0 && std::isfinite(ratio) ? dg::DVec3{std::min(1.0, 1.0 / ratio), std::min(1.0, ratio), 0.0}
+                                               : dg::DVec3{1.0, 1.0, 0.0};
+}
+
 /// A symbol of a page faces the reader, whatever it did in space.
-void PlaceContent(luk::SerializedContentElement& content, const SheetPlacement& placement)
+void PlaceContent(luk::SerializedContentElement& content, const SheetPlacement& placement, const dg::DVec3& share)
 {
     static const du::Symbol center("center");
     static const du::Symbol width("width");
@@ -113,7 +137,8 @@ void PlaceContent(luk::SerializedContentElement& content, const SheetPlacement& 
         if (auto* const point = std::get_if<dg::DPoint3D>(&value); point && key == center) {
             *point = placement.At(point->x, point->y);
         } else if (auto* const half = std::get_if<float>(&value); half && (key == width || key == height)) {
-            *half = static_cast<float>(static_cast<double>(*half) * placement.GetScale());
+            *half = static_cast<float>(static_cast<double>(*half) * placement.GetScale() *
+                                       (key == width ? share.x : share.y));
         } else if (auto* const flag = std::get_if<bool>(&value); flag && (key == faces || key == isOnScreen)) {
             *flag = key == faces;
         }
@@ -233,7 +258,7 @@ void FlattenedView::ReadSymbols(const luhost::Document& document, const dg::Came
             symbol.box = {box.GetMin().x, box.GetMin().y, box.GetMax().x - box.GetMin().x,
                           box.GetMax().y - box.GetMin().y};
         } else {
-            PlaceContent(symbol.content, placement);
+            PlaceContent(symbol.content, placement, ShareOfBox(*annotation, symbol.content));
         }
         m_symbols.push_back(std::move(symbol));
     }

@@ -8,11 +8,13 @@
 #include "Printable.h"
 #include "Progress.h"
 #include "TextValues.h"
+#include "ValueOptions.h"
 
 #include <CLI/CLI.hpp>
 
 #include <map>
 #include <memory>
+#include <utility>
 
 namespace lusym
 {
@@ -93,20 +95,18 @@ std::string FaultOfPaper(const std::string& text)
 void AddViewOptions(CLI::App& verb, FlattenOptions& options)
 {
     using luhost::render::UpAxis;
-    std::vector<std::string> names;
-    for (const std::string_view name : ViewNames()) {
-        names.emplace_back(name);
+    std::map<std::string, std::optional<luhost::render::StandardView>> views;
+    const std::vector<std::string_view> names = ViewNames();
+    for (const std::string_view name : names) {
+        views.emplace(name, luhost::render::StandardViewOf(name));
     }
-    verb.add_option_function<std::string>(
-            "--view", [&options](const std::string& name) { options.view.view = luhost::render::StandardViewOf(name); },
-            "The side from which the product is seen: " + CLI::detail::join(names, ", ") +
-                "; each but saved, the camera of the document, shows everything (default: saved)")
-        ->check(CLI::IsMember(names).description(""))
+    AddChoice(verb, "--view", options.view.view,
+              "The side from which the product is seen: " + CLI::detail::join(names, ", ") +
+                  "; each but saved, the camera of the document, shows everything (default: saved)",
+              std::move(views))
         ->type_name("NAME");
-    verb.add_option("--up", options.view.up, "Which way is up in the product, y or z (default: y)")
-        ->transform(
-            CLI::CheckedTransformer(std::map<std::string, UpAxis>{{"y", UpAxis::Y}, {"z", UpAxis::Z}}, CLI::ignore_case)
-                .description(""))
+    AddChoice<UpAxis>(verb, "--up", options.view.up, "Which way is up in the product, y or z (default: y)",
+                      {{"y", UpAxis::Y}, {"z", UpAxis::Z}})
         ->type_name("AXIS");
     verb.add_flag("--fit", options.view.isFitted, "Show everything with the saved camera too, as large as it fits");
     verb.add_flag("--hidden-lines", options.view.look.showsHiddenLines,

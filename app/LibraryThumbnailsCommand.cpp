@@ -7,12 +7,12 @@
 #include "Printable.h"
 #include "Progress.h"
 #include "ThumbnailNaming.h"
+#include "ValueOptions.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <map>
 #include <memory>
 
 namespace lusym
@@ -224,10 +224,8 @@ void AddLibraryThumbnails(CLI::App& library, Invocation& invocation)
     verb.add_flag("--force", options->isForced, "Make all of them anew, those too that were not made by this program");
     verb.add_flag("--json", options->asJson, "The report as JSON");
     using luhost::render::UpAxis;
-    verb.add_option("--up", options->up, "Which way is up in shapes without a camera, y or z (default: z)")
-        ->transform(
-            CLI::CheckedTransformer(std::map<std::string, UpAxis>{{"y", UpAxis::Y}, {"z", UpAxis::Z}}, CLI::ignore_case)
-                .description(""))
+    AddChoice<UpAxis>(verb, "--up", options->up, "Which way is up in shapes without a camera, y or z (default: z)",
+                      {{"y", UpAxis::Y}, {"z", UpAxis::Z}})
         ->type_name("AXIS");
     AddLibraryOptions(verb, options->library, false);
     verb.footer(

@@ -167,8 +167,7 @@ private:
         std::string bytes;
         std::string error;
         if (!MakeBytes(order, bytes, error)) {
-            return Fail(NameOf(order) + " cannot be drawn: " + Printable(error) +
-                        ". Ask for another size with --size.");
+            return Fail(NameOf(order) + " cannot be drawn: " + Printable(error) + HintFor(order, error));
         }
         OutputFile file(order.output);
         m_progress.Clear();
@@ -218,6 +217,18 @@ private:
                                           : PageText(0) + " " + order.viewName;
     }
 
+    static const char* HintFor(const PictureOrder& order, const std::string& error)
+    {
+        const auto tellsOf = [&error](const char* word) { return error.find(word) != std::string::npos; };
+        if (tellsOf("camera")) {
+            return ". Name a side with --view.";
+        }
+        if (tellsOf("scene")) {
+            return ". Leave parts out with --hide.";
+        }
+        return order.page > 0 && tellsOf("sheet") ? "." : ". Ask for another size with --size.";
+    }
+
     ExitCode Fail(const std::string& text)
     {
         m_progress.Tell(Printable(m_options.name) + ": error: " + text + "\n");
@@ -244,6 +255,11 @@ std::vector<std::string_view> ViewNames()
 
 std::string FaultOfOutput(const SeriesOptions& options)
 {
+    const std::string_view strange = options.views.empty() ? options.page ? kViewWord : "" : kPageWord;
+    if (!strange.empty() && options.output.find(strange) != std::string::npos) {
+        return "there is nothing to put in the place of " + std::string(strange) + ". Leave it out of " +
+               Quote(options.output);
+    }
     std::set<std::string> outputs;
     for (const PictureOrder& order : OrdersOfViews(options)) {
         if (!outputs.insert(order.output).second) {

@@ -5,6 +5,7 @@
 #include "PictureSeries.h"
 #include "Printable.h"
 #include "TextValues.h"
+#include "ValueOptions.h"
 
 #include <CLI/CLI.hpp>
 
@@ -147,7 +148,7 @@ public:
         m_verb
             .add_option("--dpi", m_options->pixelsPerInch,
                         "Pixels an inch of a view on paper, by which widths in millimetres go (default: 96)")
-            ->check(CLI::Range(1.0, 9600.0).description(""))
+            ->check(NumberBetween(1.0, 9600.0))
             ->excludes(m_page)
             ->type_name("N");
     }
@@ -185,7 +186,7 @@ private:
                     "--explode", m_options->explosion.factor,
                     "Move the parts away from the middle of the product; with 1 they are twice as far from each "
                     "other")
-                ->check(CLI::Range(0.0, 100.0).description(""))
+                ->check(NumberBetween(0.0, 100.0))
                 ->excludes(m_page)
                 ->type_name("FACTOR");
         m_verb
@@ -206,10 +207,7 @@ private:
     void AddChoice(const std::string& name, Value& value, const std::string& type, const std::string& help,
                    std::map<std::string, Value> choices)
     {
-        m_verb.add_option(name, value, help)
-            ->transform(CLI::CheckedTransformer(std::move(choices), CLI::ignore_case).description(""))
-            ->excludes(m_page)
-            ->type_name(type);
+        lusym::AddChoice(m_verb, name, value, help, std::move(choices))->excludes(m_page)->type_name(type);
     }
 
     CLI::App& m_verb;
@@ -246,8 +244,7 @@ void AddRender(CLI::App& program, Invocation& invocation)
     AddOutputOption(verb, options->output, "PICTURE");
     const auto format = std::make_shared<PictureFormat>();
     const CLI::Option* const formatOption =
-        verb.add_option("--format", *format, "svg, pdf or png (default: by the ending of PICTURE)")
-            ->transform(CLI::CheckedTransformer(PictureFormats(), CLI::ignore_case).description(""))
+        AddChoice(verb, "--format", *format, "svg, pdf or png (default: by the ending of PICTURE)", PictureFormats())
             ->type_name("FORMAT");
     CLI::Option* const page = verb.add_option("--page", options->page,
                                               "This page, from 1 (default: the view, or page 1 when the view is empty)")

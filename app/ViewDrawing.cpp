@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <functional>
 #include <system_error>
 #include <thread>
@@ -34,24 +35,36 @@ using luhost::render::SceneShape;
 constexpr int kUsualWidth = 1280;
 constexpr int kUsualHeight = 800;
 /// Around what is fitted, as a part of the shorter side.
-constexpr double kMargin = 0.04;
+constexpr double kFitMargin = 0.04;
 
 /// Work that starts threads, in a thread that takes no signal, and so in threads that take none.
 ///
 /// *Rationale:* held in the thread of the signals itself, they would wait until a large product is drawn.
 void RunWithoutSignals(const std::function<void()>& work)
 {
+    std::exception_ptr thrown; // such as that there is no memory, which would end the program in another thread
+    const auto run = [&] {
+        try {
+            work();
+        } catch (...) {
+            thrown = std::current_exception();
+        }
+    };
     std::thread worker;
     {
         const InterruptHold hold;
         try {
-            worker = std::thread(work);
+            worker = std::thread(run);
         } catch (const std::system_error&) {
-            work();
-            return;
+            run();
         }
     }
-    worker.join();
+    if (worker.joinable()) {
+        worker.join();
+    }
+    if (thrown) {
+        std::rethrow_exception(thrown);
+    }
 }
 
 /// The document's camera, with as many pixels as are asked for. A camera shows its whole width, so that another shape of
@@ -109,7 +122,7 @@ dg::Camera3D ViewDrawing::CameraFor(const ViewPicture& picture) const
         const std::vector<dg::DPoint3D> corners = luhost::render::CornersOf(shape.box);
         points.insert(points.end(), corners.begin(), corners.end());
     }
-    return luhost::render::FitCamera(camera, points, kMargin);
+    return luhost::render::FitCamera(camera, points, kFitMargin);
 }
 
 bool ViewDrawing::Draw(const ViewPicture& picture, Drawing& drawing, std::string& error)

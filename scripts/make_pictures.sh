@@ -25,6 +25,12 @@ TABLE
 "$lusym" flatten "$document" -o "$folder/page.luz" --fit
 "$lusym" render "$folder/page.luz" -o docs/gearbox-page.png --size 900 --background white
 
+page="$folder/manual.luz"
+"$lusym" document new -o "$page" --page a4-landscape --page a4 --library "${libraries[1]}" --library "${libraries[0]}" \
+  --library "$shared"
+"$lusym" symbol place "$page" -q --from examples/manual/symbols.csv
+"$lusym" render "$page" --page 1 --background white --size 900 -o docs/page.png
+
 "$lusym" library gallery "${libraries[@]}" --shared "$shared" -o "$folder/gallery.html" --title "Example library"
 chromium --headless --no-sandbox --hide-scrollbars --window-size=1180,900 --screenshot="$PWD/docs/gallery.png" \
   "file://$folder/gallery.html" 2>/dev/null

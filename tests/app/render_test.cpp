@@ -68,6 +68,8 @@ TEST(Render, TellsWhyNothingIsDrawn)
         {folder.Doc(), {"-o", folder.Path("p.png"), "--background=mud"}, 2, "\"mud\" is no colour. Write #rrggbb"},
         {folder.Doc(), {"-o", folder.Path("p.png"), "--page=3"}, 1, "there is no page 3; the document has 2"},
         {folder.Doc(), {"-o", folder.Path("p.png"), "--size=65536x65536"}, 1, "Ask for another size with --size"},
+        {folder.Doc(), {"-o", folder.Path("{view}.png"), "--page=1"}, 2, "nothing to put in the place of {view}"},
+        {folder.Doc(), {"-o", folder.Path("{page}.png"), "--view=top"}, 2, "nothing to put in the place of {page}"},
         {bare, {"-o", folder.Path("p-{page}.png")}, 1, "the document has no page. Leave {page} out"},
         {folder.Doc(), {"-o", folder.Path("none/p.png")}, 4, "none/p.png: cannot be written: "},
     };

@@ -189,6 +189,9 @@ TEST(DrawingOutput, EmbedsAPictureOnceAndKeepsVectors)
     EXPECT_EQ(Count(files.svg, "data:image/png;base64,"), 1U);
     EXPECT_EQ(Count(files.svg, "<use "), 3U);
     EXPECT_EQ(Count(files.pdf, "/Subtype /Image"), 1U);
+    std::string resources = files.pdf.substr(files.pdf.find("/XObject <<") + 12);
+    resources.resize(resources.find(">>"));
+    EXPECT_EQ(Count(resources, resources.substr(0, resources.find(' ') + 1)), 1U) << resources;
 
     files =
         WriteAll(MakeDrawing({PutInto(0, 0, 40, 40, vectors), PutInto(50, 0, 90, 40, vectors->CreateCWRotated(3))}));

@@ -4,6 +4,7 @@
 #include "support/Contains.h"
 #include "support/SessionTest.h"
 
+#include <du/UserData.h>
 #include <luhost/render/DrawingOutput.h>
 #include <luhost/render/Raster.h>
 #include <luhost/render/SceneDrawing.h>
@@ -12,6 +13,7 @@
 #include <luk/ShapeScene.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <map>
 
@@ -186,14 +188,20 @@ TEST_F(SceneDrawingTest, SheetsSeamsAndColorsHaveLinesOfTheirOwn)
 
 TEST_F(SceneDrawingTest, SymbolsAreAClassAndClearPartsHideNothing)
 {
-    const std::string symbol = std::string(luk::Instance::s_content_symbolPrefix.GetText()).append("7");
     const auto clear = [](luk::ShapeInstance& part) { part.OverrideTransparency(0.5F); };
-    const Drawing drawing =
-        DrawLines({{MakeBlock(1, 1, 1), At(0, 0, -3), {}, symbol}, {MakeBlock(3, 3, 1), At(0, 0, 0), clear, ""}},
-                  StandardView::Front);
-    EXPECT_EQ(drawing.strokes.back().lineClass, "visible silhouette symbol");
-    EXPECT_EQ(drawing.strokes.back().part, std::string("/").append(symbol));
-    EXPECT_EQ(drawing.strokes.back().strokes.at(0).points.size(), 4U);
+    const auto mark = [](luk::ShapeInstance& part) {
+        part.SetUserData(du::UserData::GetId("drellin::Drellin3DSymbolUserDataId"), part.GetShape());
+    };
+    const std::pair<std::string, std::function<void(luk::ShapeInstance&)>> symbols[] = {
+        {std::string(luk::Instance::s_content_symbolPrefix.GetText()).append("7"), {}}, {"own", mark}};
+    for (const auto& [symbol, change] : symbols) {
+        const Drawing drawing = DrawLines(
+            {{MakeBlock(1, 1, 1), At(0, 0, -3), change, symbol}, {MakeBlock(3, 3, 1), At(0, 0, 0), clear, ""}},
+            StandardView::Front);
+        EXPECT_EQ(drawing.strokes.back().lineClass, "visible silhouette symbol");
+        EXPECT_EQ(drawing.strokes.back().part, std::string("/").append(symbol));
+        EXPECT_EQ(drawing.strokes.back().strokes.at(0).points.size(), 4U);
+    }
 }
 
 TEST_F(SceneDrawingTest, ShadesInTheColorsOfTheParts)
@@ -223,6 +231,18 @@ TEST_F(SceneDrawingTest, ShadesInTheColorsOfTheParts)
     EXPECT_NEAR(ColorAt(drawing, 100, 10).alpha, 1.0F - 0.75F * 0.75F, 0.01F);
     EXPECT_EQ(ColorAt(drawing, 25, 10).alpha, 0.0F);
     EXPECT_EQ(ColorAt(drawing, 25, 1).alpha, 0.0F);
+}
+
+TEST_F(SceneDrawingTest, SidesOfABoxDifferInTheirLight)
+{
+    const auto scene = test::Prepare({{MakeBlock(2, 2, 2, {1, 1, 1, 1})}});
+    const Drawing drawing = Draw(*scene, CameraOf(*scene, StandardView::Iso), Style::Shaded);
+    const float top = ColorAt(drawing, 100, 60).red;
+    const float left = ColorAt(drawing, 60, 130).red;
+    const float right = ColorAt(drawing, 140, 130).red;
+    EXPECT_GT(top, 1.15F * left);
+    EXPECT_GT(left, 1.15F * right);
+    EXPECT_GT(right, 0.5F) << "black lines show on it";
 }
 
 std::vector<Part> MakeStillLife()
@@ -346,6 +366,9 @@ TEST_F(SceneDrawingTest, LooksOutOfAPart)
     }
     EXPECT_EQ(room["/p0 visible crease"], 8U);
     EXPECT_EQ(room["/p1 visible silhouette"], 1U);
+    // A view so wide that single precision knows no place in it.
+    camera.SetOrthographic(1e25);
+    EXPECT_TRUE(Draw(*scene, camera, Style::Both).strokes.empty());
     camera.SetPerspective(180.0);
     Drawing none;
     std::string error;

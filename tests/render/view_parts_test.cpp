@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <sstream>
 
 using namespace luhost::render;
 using test::At;
@@ -135,6 +136,9 @@ TEST_F(ViewPartsTest, CamerasShowEverythingAsLargeAsItFits)
         }
         EXPECT_NEAR(std::min({low.x, low.y, 300.0 - high.x, 200.0 - high.y}), 10.0, 0.1) << isOrthographic;
         EXPECT_TRUE(high.x - low.x > 279.0 || high.y - low.y > 179.0) << isOrthographic;
+        std::ranges::reverse(points);
+        EXPECT_EQ(FitCamera(camera, points, 0.05).GetLocation(), camera.GetLocation())
+            << "to the last bit, whatever the order";
     }
 }
 
@@ -217,6 +221,17 @@ TEST_F(ViewPartsTest, LinksAndResolutionsGoIntoTheFiles)
     for (const char* const text : {"/MediaBox [ 0 0 75 37.5 ]", "/URI (https://example.org/it%27s?a=1&b=%282)",
                                    "/Rect [ 7 22.5 23 30.5 ]", "/Title (A <b>)"}) {
         EXPECT_TRUE(test::Contains(pdf, text));
+    }
+    // Each number that the file tells a place of is there.
+    std::istringstream table(pdf.substr(pdf.rfind("\nxref\n0 ") + 8));
+    std::size_t count = 0;
+    table >> count;
+    for (std::size_t number = 0; number < count; ++number) {
+        std::size_t place = 0;
+        std::string use;
+        table >> place >> use >> use;
+        const std::string opening = std::to_string(number) + " 0 obj";
+        EXPECT_TRUE(use == "f" || pdf.compare(place, opening.size(), opening) == 0) << opening;
     }
 }
 

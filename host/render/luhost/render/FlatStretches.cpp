@@ -1,8 +1,8 @@
 #include <luhost/render/FlatStretches.h>
 #include <luhost/render/PixelRays.h>
+#include <luhost/render/ScreenGeometry.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <optional>
 #include <utility>
@@ -33,8 +33,7 @@ public:
         }
         m_lengths.push_back(0.0);
         for (std::size_t i = 1; i < m_points.size(); ++i) {
-            m_lengths.push_back(m_lengths.back() +
-                                std::hypot(m_points[i].x - m_points[i - 1].x, m_points[i].y - m_points[i - 1].y));
+            m_lengths.push_back(m_lengths.back() + Distance(m_points[i - 1], m_points[i]));
         }
     }
 
@@ -58,23 +57,17 @@ public:
 
     Points Between(double from, double to) const
     {
-        Points points{Rounded(At(from).point)};
+        Points points{RoundedPoint(At(from).point)};
         for (std::size_t i = 0; i < m_points.size(); ++i) {
             if (m_lengths[i] > from && m_lengths[i] < to) {
                 points.push_back(m_points[i]);
             }
         }
-        points.push_back(Rounded(At(to).point));
+        points.push_back(RoundedPoint(At(to).point));
         return points;
     }
 
 private:
-    static dg::DPoint2D Rounded(const dg::DPoint2D& point)
-    {
-        constexpr double kSteps = 1000.0;
-        return {std::round(point.x * kSteps) / kSteps, std::round(point.y * kSteps) / kSteps};
-    }
-
     Points m_points;
     std::vector<double> m_lengths; ///< up to each point
 };
@@ -123,16 +116,8 @@ private:
 
     Plane PlaneOf(std::size_t triangle) const
     {
-        const RayScene::Shape& shape = m_scene.shapes[m_shape];
-        const WeldedMesh& mesh = *m_scene.welded[shape.mesh];
-        std::array<dg::DPoint3D, 3> corners;
-        for (std::size_t corner = 0; corner < 3; ++corner) {
-            const dg::FVec3& p = mesh.positions[mesh.triangles[triangle][corner]];
-            corners[corner] = shape.toUnit.TransformPoint(
-                {static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)});
-        }
-        return {corners[0] - dg::DPoint3D::ORIGIN,
-                (corners[1] - corners[0]).Cross(corners[2] - corners[0]).Normalized()};
+        const auto [a, b, c] = m_scene.CornersOf(m_shape, triangle);
+        return {a, (b - a).Cross(c - a).Normalized()};
     }
 
     dg::Color ColorOf(std::size_t triangle) const

@@ -102,19 +102,12 @@ void GroundShadow::CastRow(const PreparedScene& scene, std::size_t row)
     RayPacket packet;
     HitPacket hits;
     packet.count = RayPacket::kWidth;
-    packet.directionX.fill(static_cast<float>(m_up.x));
-    packet.directionY.fill(static_cast<float>(m_up.y));
-    packet.directionZ.fill(static_cast<float>(m_up.z));
-    packet.nearest.fill(0.0F);
-    packet.farthest.fill(static_cast<float>(4.0 * kUnitRadius));
     for (std::size_t first = 0; first < kSide; first += RayPacket::kWidth) {
-        for (std::size_t lane = 0; lane < RayPacket::kWidth; ++lane) {
+        for (unsigned lane = 0; lane < RayPacket::kWidth; ++lane) {
             const double along = (static_cast<double>(first + lane) + 0.5) * m_cellSize;
             const dg::DVec3 origin = m_corner + m_alongRows * along +
                                      m_alongColumns * ((static_cast<double>(row) + 0.5) * m_cellSize) - m_up * kBelow;
-            packet.originX[lane] = static_cast<float>(origin.x);
-            packet.originY[lane] = static_cast<float>(origin.y);
-            packet.originZ[lane] = static_cast<float>(origin.z);
+            packet.Set(lane, origin, m_up, 4.0 * kUnitRadius);
         }
         scene.rays->IntersectOpaque(packet, hits);
         for (std::size_t lane = 0; lane < RayPacket::kWidth; ++lane) {

@@ -1,4 +1,5 @@
 #include <luhost/render/LineCover.h>
+#include <luhost/render/ScreenGeometry.h>
 
 #include <algorithm>
 #include <cmath>
@@ -43,9 +44,7 @@ public:
     {
         std::erase_if(m_strokes, [](const Stroke& stroke) {
             constexpr double kShortest = 1.0;
-            const dg::DPoint2D& a = stroke.points[0];
-            const dg::DPoint2D& b = stroke.points[1];
-            return stroke.points.size() == 2 && std::hypot(b.x - a.x, b.y - a.y) < kShortest;
+            return stroke.points.size() == 2 && Distance(stroke.points[0], stroke.points[1]) < kShortest;
         });
         return std::move(m_strokes);
     }

@@ -1,4 +1,5 @@
 #include <luhost/render/LineVisibility.h>
+#include <luhost/render/ScreenGeometry.h>
 
 #include <algorithm>
 #include <array>
@@ -27,10 +28,7 @@ struct LinePlace {
     double fraction;
 };
 
-double LengthOf(const FeatureLine& line) noexcept
-{
-    return std::hypot(line.screenEnd.x - line.screenStart.x, line.screenEnd.y - line.screenStart.y);
-}
+double LengthOf(const FeatureLine& line) noexcept { return Distance(line.screenStart, line.screenEnd); }
 
 /// Sends rays from places on lines to the viewer.
 class LineCaster
@@ -93,15 +91,8 @@ private:
         const dg::DVec3 origin = m_view.FromView(start);
         const dg::DVec3 direction =
             m_view.isOrthographic ? m_view.towardsViewer : (m_view.eye - origin) * (1.0 / distance);
-        rays.originX[lane] = static_cast<float>(origin.x);
-        rays.originY[lane] = static_cast<float>(origin.y);
-        rays.originZ[lane] = static_cast<float>(origin.z);
-        rays.directionX[lane] = static_cast<float>(direction.x);
-        rays.directionY[lane] = static_cast<float>(direction.y);
-        rays.directionZ[lane] = static_cast<float>(direction.z);
-        rays.nearest[lane] = 0.0F;
         constexpr double kEverything = 4.0 * kUnitRadius;
-        rays.farthest[lane] = static_cast<float>(m_view.isOrthographic ? kEverything : std::min(distance, kEverything));
+        rays.Set(lane, origin, direction, m_view.isOrthographic ? kEverything : std::min(distance, kEverything));
     }
 
     dg::DVec3 StartOf(const FeatureLine& line, double fraction) const
@@ -159,13 +150,9 @@ private:
 
     bool Project(std::size_t shape, std::size_t triangle)
     {
-        const RayScene::Shape& placed = m_scene.shapes[shape];
-        const WeldedMesh& mesh = *m_scene.welded[placed.mesh];
+        const std::array<dg::DVec3, 3> corners = m_scene.CornersOf(shape, triangle);
         for (std::size_t corner = 0; corner < 3; ++corner) {
-            const dg::FVec3& p = mesh.positions[mesh.triangles[triangle][corner]];
-            const dg::DPoint3D inUnit = placed.toUnit.TransformPoint(
-                {static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)});
-            m_corners[corner] = m_view.ToView(inUnit - dg::DPoint3D::ORIGIN);
+            m_corners[corner] = m_view.ToView(corners[corner]);
             if (!(m_view.DepthOf(m_corners[corner]) > 0.0)) {
                 return false;
             }

@@ -5,9 +5,12 @@
 
 #include <algorithm>
 #include <cairo-pdf.h>
+#include <charconv>
+#include <cstddef>
 #include <limits>
 #include <new>
 #include <string_view>
+#include <unordered_set>
 
 namespace luhost::render
 {
@@ -110,6 +113,48 @@ void PaintPage(const Drawing& drawing, cairo_surface_t* page, double pointsPerUn
     cairo_show_page(context.get());
 }
 
+/// Cairo names a picture among the resources of a page once for each time that it is painted, and a dictionary may have no
+/// key twice. Blanks in the place of the others keep all offsets in the file.
+void BlankRepeatedResources(std::string& pdf)
+{
+    constexpr std::string_view kStart = "/XObject <<";
+    for (std::size_t at = pdf.find(kStart); at != pdf.npos; at = pdf.find(kStart, at)) {
+        const std::size_t end = std::min(pdf.find(">>", at), pdf.size());
+        std::unordered_set<std::string_view> known;
+        for (at = pdf.find('/', at + kStart.size()); at < end;) {
+            const std::size_t next = std::min(pdf.find('/', at + 1), end);
+            if (!known.insert(std::string_view(pdf).substr(at, next - at)).second) {
+                std::fill_n(pdf.begin() + static_cast<std::ptrdiff_t>(at), next - at, ' ');
+            }
+            at = next;
+        }
+        at = end;
+    }
+}
+
+/// Cairo gives a link a number for a structure that it never writes, whose offset then is that of something else. The
+/// number is told as free, which makes what refers to it nothing, as it is meant.
+void FreeUnwrittenObjects(std::string& pdf)
+{
+    constexpr std::string_view kStart = "\nxref\n0 ";
+    constexpr std::string_view kFree = "0000000000 65535 f";
+    constexpr std::size_t kEntrySize = 20;
+    constexpr std::size_t kOffsetDigits = 10;
+    const std::size_t table = pdf.rfind(kStart);
+    if (table == pdf.npos) {
+        return;
+    }
+    std::size_t entry = pdf.find('\n', table + kStart.size()) + 1;
+    for (std::size_t number = 0; entry + kEntrySize <= pdf.size() && pdf[entry] != 't'; ++number, entry += kEntrySize) {
+        std::size_t offset = 0;
+        std::from_chars(pdf.data() + entry, pdf.data() + entry + kOffsetDigits, offset);
+        const std::string opening = std::to_string(number) + " 0 obj";
+        if (pdf.compare(std::min(offset, pdf.size()), opening.size(), opening) != 0) {
+            pdf.replace(entry, kFree.size(), kFree);
+        }
+    }
+}
+
 } // namespace
 
 bool WritePdf(const Drawing& drawing, std::string& pdf, std::string& error)
@@ -125,6 +170,8 @@ bool WritePdf(const Drawing& drawing, std::string& pdf, std::string& error)
         PaintPage(drawing, page.get(), pointsPerUnit, store);
         cairo_surface_finish(page.get());
         if (cairo_surface_status(page.get()) == CAIRO_STATUS_SUCCESS) {
+            BlankRepeatedResources(pdf);
+            FreeUnwrittenObjects(pdf);
             return true;
         }
         error = cairo_status_to_string(cairo_surface_status(page.get()));

@@ -1,3 +1,4 @@
+#include <luhost/render/DrawingOutput.h>
 #include <luhost/render/PictureCover.h>
 #include <luhost/render/Raster.h>
 #include <luhost/render/ViewFrame.h>
@@ -153,15 +154,8 @@ private:
         const dg::DVec3 onPlane = m_view.FromView(start);
         const dg::DVec3 towards =
             m_view.isOrthographic ? m_view.towardsViewer : (m_view.eye - onPlane) * (1.0 / distance);
-        const dg::DVec3 origin = onPlane + towards * kBefore;
-        rays.originX[lane] = static_cast<float>(origin.x);
-        rays.originY[lane] = static_cast<float>(origin.y);
-        rays.originZ[lane] = static_cast<float>(origin.z);
-        rays.directionX[lane] = static_cast<float>(towards.x);
-        rays.directionY[lane] = static_cast<float>(towards.y);
-        rays.directionZ[lane] = static_cast<float>(towards.z);
-        rays.nearest[lane] = 0.0F;
-        rays.farthest[lane] = static_cast<float>(m_view.isOrthographic ? kFarthest : std::max(distance - kBefore, 0.0));
+        rays.Set(lane, onPlane + towards * kBefore, towards,
+                 m_view.isOrthographic ? kFarthest : std::max(distance - kBefore, 0.0));
         return isFound;
     }
 
@@ -209,6 +203,7 @@ Outcome CoverPictures(const PreparedScene& scene, const dg::Camera3D& camera, do
         return Outcome::Done;
     }
     std::vector<DrawnPicture> kept;
+    double maskPixels = 0.0; // of all masks that are kept, which are there until the drawing is written
     for (DrawnPicture& picture : drawing.pictures) {
         const PictureBox box(picture);
         const PixelWindow window = box.WindowOn(*view);
@@ -223,7 +218,11 @@ Outcome CoverPictures(const PreparedScene& scene, const dg::Camera3D& camera, do
         mask.Shrink(static_cast<int>(std::lround(margin)));
         if (!mask.IsNothingLeft(box.upperLeft, box.lowerRight)) {
             picture.mask = mask.IsAllLeft() ? std::nullopt : std::optional(mask.GetMask());
+            maskPixels += picture.mask ? 1.0 * window.width * window.height : 0.0;
             kept.push_back(std::move(picture));
+        }
+        if (maskPixels > kMaximumPixels) {
+            return Outcome::NoMemory;
         }
     }
     drawing.pictures = std::move(kept);

@@ -143,15 +143,7 @@ private:
 
     Placed Place(const Facet& facet) const
     {
-        const RayScene::Shape& shape = m_scene.shapes[facet.shape];
-        const WeldedMesh& mesh = *m_scene.welded[shape.mesh];
-        Placed placed{facet, {}, {}};
-        for (std::size_t corner = 0; corner < 3; ++corner) {
-            const dg::FVec3& p = mesh.positions[mesh.triangles[facet.triangle][corner]];
-            placed.corners[corner] = shape.toUnit.TransformPoint({static_cast<double>(p.x), static_cast<double>(p.y),
-                                                                  static_cast<double>(p.z)}) -
-                                     dg::DPoint3D::ORIGIN;
-        }
+        Placed placed{facet, m_scene.CornersOf(facet.shape, facet.triangle), {}};
         placed.normal =
             (placed.corners[1] - placed.corners[0]).Cross(placed.corners[2] - placed.corners[0]).Normalized();
         return placed;
@@ -236,7 +228,12 @@ public:
     }
 
 private:
-    using Row = std::vector<Facet>;
+    /// What is seen at a pixel: what is nearest, and the nearest that nothing is seen through.
+    struct Sight {
+        Facet nearest;
+        Facet opaque;
+    };
+    using Row = std::vector<Sight>;
 
     void FindInBand(std::size_t band, std::vector<FacetPair>& seeds) const
     {
@@ -247,10 +244,10 @@ private:
             Row below = row < last ? LookAlong(row + 1) : Row();
             for (std::size_t column = 0; column < above.size(); ++column) {
                 if (column > 0) {
-                    Try(above[column - 1], above[column], seeds);
+                    Compare(above[column - 1], above[column], seeds);
                 }
                 if (!below.empty()) {
-                    Try(above[column], below[column], seeds);
+                    Compare(above[column], below[column], seeds);
                 }
             }
             above = std::move(below);
@@ -259,20 +256,37 @@ private:
 
     Row LookAlong(int row) const
     {
-        Row facets(static_cast<std::size_t>(m_view.pixelWidth));
+        Row sights(static_cast<std::size_t>(m_view.pixelWidth));
         RayPacket rays;
         HitPacket hits;
+        HitPacket opaque;
         rays.count = RayPacket::kWidth;
-        for (std::size_t first = 0; first < facets.size(); first += RayPacket::kWidth) {
+        for (std::size_t first = 0; first < sights.size(); first += RayPacket::kWidth) {
             for (unsigned lane = 0; lane < RayPacket::kWidth; ++lane) {
                 m_rays.Set(rays, lane, static_cast<double>(first + lane) + 0.5, row + 0.5);
             }
             m_scene.rays->Intersect(rays, hits);
-            for (std::size_t lane = 0; lane < RayPacket::kWidth && first + lane < facets.size(); ++lane) {
-                facets[first + lane] = {hits.shape[lane], hits.triangle[lane]};
+            const bool hitsClear = std::ranges::any_of(hits.shape, [this](std::uint32_t shape) {
+                return shape != HitPacket::kNothing && !m_scene.shapes[shape].isOpaque;
+            });
+            if (hitsClear) {
+                m_scene.rays->IntersectOpaque(rays, opaque);
+            }
+            const HitPacket& behind = hitsClear ? opaque : hits;
+            for (std::size_t lane = 0; lane < RayPacket::kWidth && first + lane < sights.size(); ++lane) {
+                sights[first + lane] = {{hits.shape[lane], hits.triangle[lane]},
+                                        {behind.shape[lane], behind.triangle[lane]}};
             }
         }
-        return facets;
+        return sights;
+    }
+
+    void Compare(const Sight& a, const Sight& b, std::vector<FacetPair>& seeds) const
+    {
+        Try(a.nearest, b.nearest, seeds);
+        if (!(a.nearest == a.opaque && b.nearest == b.opaque)) {
+            Try(a.opaque, b.opaque, seeds);
+        }
     }
 
     void Try(const Facet& a, const Facet& b, std::vector<FacetPair>& seeds) const

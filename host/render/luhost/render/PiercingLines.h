@@ -13,7 +13,7 @@ namespace luhost::render
 /// Found are those of which the camera sees something: where pixels side by side show different triangles there may be one, and
 /// from there it is followed as far as it goes. Surfaces that only touch, or lie in one plane, have none.
 ///
-/// Cost: a ray for each pixel, and linear in the length of the lines.
+/// Cost: a ray for each pixel, two where it is seen through something, and linear in the length of the lines.
 /// @param[out] lines by shape: of two the symbol, else the one that comes first
 Outcome FindPiercingLines(const PreparedScene& scene, const ViewFrame& view, const Workers& workers,
                           std::vector<std::vector<FeatureLine>>& lines);

@@ -25,14 +25,7 @@ void PixelRays::Set(RayPacket& rays, unsigned lane, double column, double row) c
         direction = direction * (1.0 / std::sqrt(direction.Dot(direction)));
         origin = origin + direction * m_start;
     }
-    rays.originX[lane] = static_cast<float>(origin.x);
-    rays.originY[lane] = static_cast<float>(origin.y);
-    rays.originZ[lane] = static_cast<float>(origin.z);
-    rays.directionX[lane] = static_cast<float>(direction.x);
-    rays.directionY[lane] = static_cast<float>(direction.y);
-    rays.directionZ[lane] = static_cast<float>(direction.z);
-    rays.nearest[lane] = 0.0F;
-    rays.farthest[lane] = static_cast<float>(4.0 * kUnitRadius);
+    rays.Set(lane, origin, direction, 4.0 * kUnitRadius);
 }
 
 } // namespace luhost::render

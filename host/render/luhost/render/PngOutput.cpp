@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -42,6 +43,22 @@ PixelWindow FitSheet(const Drawing& drawing, const Size& size)
             static_cast<int>(width), static_cast<int>(height)};
 }
 
+/// Neighbours that are drawn alike are painted as one.
+void PaintStrokes(const Drawing& drawing, const Sheet& sheet, double scaleX, double scaleY, CairoPainter& painter)
+{
+    PlacedStrokes together;
+    for (const DrawnStrokes& strokes : drawing.strokes) {
+        PlacedStrokes placed = PlaceStrokes(strokes, sheet, scaleX, scaleY);
+        if (!together.LooksLike(placed)) {
+            painter.Paint(together);
+            together = std::move(placed);
+        } else {
+            std::ranges::move(placed.lines, std::back_inserter(together.lines));
+        }
+    }
+    painter.Paint(together);
+}
+
 void PaintSheet(const Drawing& drawing, cairo_surface_t* surface, const PixelWindow& window)
 {
     const CairoSurface part(
@@ -54,9 +71,7 @@ void PaintSheet(const Drawing& drawing, cairo_surface_t* surface, const PixelWin
     PictureStore store;
     painter.PaintBackground(drawing.background);
     painter.PaintUnderlay(drawing.underlay.get());
-    for (const DrawnStrokes& strokes : drawing.strokes) {
-        painter.Paint(PlaceStrokes(strokes, sheet, scaleX, scaleY));
-    }
+    PaintStrokes(drawing, sheet, scaleX, scaleY, painter);
     for (const DrawnPicture& picture : drawing.pictures) {
         if (auto placement = Place(picture, sheet, scaleX, scaleY, store)) {
             if (placement->content == Placement::Content::Whole) {

@@ -55,4 +55,18 @@ std::unique_ptr<PreparedScene> PreparedScene::Prepare(SceneGeometry geometry, co
     }
 }
 
+std::array<dg::DVec3, 3> PreparedScene::CornersOf(std::size_t shape, std::size_t triangle) const noexcept
+{
+    const RayScene::Shape& placed = shapes[shape];
+    const WeldedMesh& mesh = *welded[placed.mesh];
+    std::array<dg::DVec3, 3> corners;
+    for (std::size_t corner = 0; corner < 3; ++corner) {
+        const dg::FVec3& p = mesh.positions[mesh.triangles[triangle][corner]];
+        corners[corner] = placed.toUnit.TransformPoint(
+                              {static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)}) -
+                          dg::DPoint3D::ORIGIN;
+    }
+    return corners;
+}
+
 } // namespace luhost::render

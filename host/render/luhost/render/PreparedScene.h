@@ -7,6 +7,7 @@
 #include <luhost/render/WeldedMesh.h>
 #include <luhost/render/Workers.h>
 
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,6 +37,9 @@ struct PreparedScene {
 
     static std::unique_ptr<PreparedScene> Prepare(SceneGeometry geometry, const Options& options,
                                                   const Workers& workers, std::string& error);
+
+    /// Of a triangle of a shape, in the unit frame.
+    std::array<dg::DVec3, 3> CornersOf(std::size_t shape, std::size_t triangle) const noexcept;
 
     SceneGeometry geometry;
     std::vector<std::unique_ptr<WeldedMesh>> welded; ///< as in the geometry's meshes

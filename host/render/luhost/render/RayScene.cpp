@@ -33,6 +33,20 @@ RTCIntersectContext MakeContext(RTCIntersectContextFlags flags) noexcept
     return context;
 }
 
+/// Where single precision ends: from farther away nothing is met, and embree refuses such rays by ending the program.
+constexpr float kFarthestOrigin = 1.0e15F;
+
+/// Whether a ray is one: each of its numbers is a number, and none too large.
+bool IsCastable(const RayPacket& rays, unsigned lane) noexcept
+{
+    const auto isWithin = [lane](const RayPacket::Lanes& lanes, float most) { return std::fabs(lanes[lane]) <= most; };
+    constexpr float kLongest = 2.0F;
+    return isWithin(rays.originX, kFarthestOrigin) && isWithin(rays.originY, kFarthestOrigin) &&
+           isWithin(rays.originZ, kFarthestOrigin) && isWithin(rays.directionX, kLongest) &&
+           isWithin(rays.directionY, kLongest) && isWithin(rays.directionZ, kLongest) && rays.nearest[lane] >= 0.0F &&
+           rays.farthest[lane] >= 0.0F;
+}
+
 void TakeRays(const RayPacket& rays, RTCRay16& taken, std::array<int, RayPacket::kWidth>& valid) noexcept
 {
     const auto copy = [](const RayPacket::Lanes& from, float* to) { std::copy(from.begin(), from.end(), to); };
@@ -49,7 +63,7 @@ void TakeRays(const RayPacket& rays, RTCRay16& taken, std::array<int, RayPacket:
         taken.mask[lane] = ~0U;
         taken.id[lane] = lane;
         taken.flags[lane] = 0;
-        valid[lane] = lane < rays.count ? -1 : 0;
+        valid[lane] = lane < rays.count && IsCastable(rays, lane) ? -1 : 0;
     }
 }
 
@@ -269,7 +283,7 @@ std::uint32_t RayScene::FindOccluded(const RayPacket& rays) const noexcept
     rtcOccluded16(valid.data(), m_device->GetOpaque(), &context, &packet);
     std::uint32_t occluded = 0;
     for (unsigned lane = 0; lane < rays.count; ++lane) {
-        occluded |= packet.tfar[lane] < 0.0F ? 1U << lane : 0U;
+        occluded |= valid[lane] != 0 && packet.tfar[lane] < 0.0F ? 1U << lane : 0U;
     }
     return occluded;
 }

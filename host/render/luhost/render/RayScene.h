@@ -1,6 +1,7 @@
 #pragma once
 
 #include <dg/DMat44.h>
+#include <dg/DVec3.h>
 #include <luhost/render/WeldedMesh.h>
 #include <luhost/render/Workers.h>
 
@@ -18,6 +19,19 @@ namespace luhost::render
 struct RayPacket {
     static constexpr unsigned kWidth = 16;
     using Lanes = std::array<float, kWidth>;
+
+    /// @param direction of length 1
+    void Set(unsigned lane, const dg::DVec3& origin, const dg::DVec3& direction, double farthestHit) noexcept
+    {
+        originX[lane] = static_cast<float>(origin.x);
+        originY[lane] = static_cast<float>(origin.y);
+        originZ[lane] = static_cast<float>(origin.z);
+        directionX[lane] = static_cast<float>(direction.x);
+        directionY[lane] = static_cast<float>(direction.y);
+        directionZ[lane] = static_cast<float>(direction.z);
+        nearest[lane] = 0.0F;
+        farthest[lane] = static_cast<float>(farthestHit);
+    }
 
     alignas(64) Lanes originX;
     alignas(64) Lanes originY;

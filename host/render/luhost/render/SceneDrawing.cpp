@@ -4,6 +4,7 @@
 #include <luhost/render/PiercingLines.h>
 #include <luhost/render/SceneDrawing.h>
 #include <luhost/render/Shading.h>
+#include <luhost/render/StrokeJoining.h>
 #include <luhost/render/Strokes.h>
 
 #include <algorithm>
@@ -67,7 +68,9 @@ std::vector<Stroke> DropDoubles(const ViewFrame& view, std::vector<Stroke> strok
     return kept;
 }
 
-Outcome FindStrokes(const PreparedScene& scene, const ViewFrame& view, const Workers& workers, StrokesOfShapes& strokes)
+/// @param withHidden whether the hidden ones are wanted too
+Outcome FindStrokes(const PreparedScene& scene, const ViewFrame& view, bool withHidden, const Workers& workers,
+                    StrokesOfShapes& strokes)
 {
     std::vector<std::vector<FeatureLine>> piercing;
     if (const Outcome outcome = FindPiercingLines(scene, view, workers, piercing); outcome != Outcome::Done) {
@@ -80,6 +83,9 @@ Outcome FindStrokes(const PreparedScene& scene, const ViewFrame& view, const Wor
     return RunParallel(scene.shapes.size(), workers, [&](std::size_t shape) {
         std::vector<Stroke> all = strokesOf(FindFeatureLines(scene, shape, view));
         std::ranges::move(strokesOf(piercing[shape]), std::back_inserter(all));
+        if (!withHidden) {
+            std::erase_if(all, [](const Stroke& stroke) { return !stroke.isVisible; });
+        }
         strokes[shape] = DropFlatStretches(scene, shape, view, DropDoubles(view, std::move(all)));
     });
 }
@@ -118,6 +124,8 @@ void DropDoublesOfParts(const SceneGeometry& geometry, const ViewFrame& view, St
         }
         strokes[shape] = std::move(kept);
     }
+    TakeSlivers(strokes,
+                [&geometry](std::size_t shape) { return geometry.shapes[shape].kind == SceneShape::Kind::Product; });
 }
 
 /// Leaves out what of the hidden lines lies exactly behind visible ones, or behind hidden ones before them.
@@ -206,12 +214,17 @@ Outcome AddLines(const PreparedScene& scene, const ViewFrame& view, const SceneD
                  const Workers& workers, Drawing& drawing)
 {
     StrokesOfShapes strokes;
-    const Outcome outcome = FindStrokes(scene, view, workers, strokes);
+    Outcome outcome = FindStrokes(scene, view, options.showsHiddenLines, workers, strokes);
     if (outcome == Outcome::Done) {
         DropDoublesOfParts(scene.geometry, view, strokes);
-        StrokeLayers layers(scene.geometry, strokes, options.pixelsPerMm, drawing);
         if (options.showsHiddenLines) {
             UncoverHiddenStrokes(view, strokes);
+        }
+        outcome = RunParallel(strokes.size(), workers, [&strokes](std::size_t shape) { JoinStrokes(strokes[shape]); });
+    }
+    if (outcome == Outcome::Done) {
+        StrokeLayers layers(scene.geometry, strokes, options.pixelsPerMm, drawing);
+        if (options.showsHiddenLines) {
             layers.Add({false, SceneShape::Kind::Product, &options.hiddenLines, {}});
             layers.Add({false, SceneShape::Kind::Symbol, &options.hiddenLines, {}});
         }

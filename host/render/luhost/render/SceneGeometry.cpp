@@ -76,11 +76,12 @@ std::string_view FindProblem(const luk::ShapeInstance& instance, const SceneShap
     return isNear(shape.box.GetMin()) && isNear(shape.box.GetMax()) ? "" : "it is too far away";
 }
 
-bool IsSymbol(const du::Symbol& idPath)
+/// Most symbols have marked what they show as their own. Of a host that has no such symbols the id says it.
+bool IsSymbol(const luk::ShapeInstance& instance)
 {
-    const std::string_view path = idPath.GetText();
+    const std::string_view path = instance.GetInstance()->GetIdPath().GetText();
     const std::string_view prefix = luk::Instance::s_content_symbolPrefix.GetText();
-    return path.size() > prefix.size() && path.substr(1, prefix.size()) == prefix;
+    return instance.IsOfSymbol() || (path.size() > prefix.size() && path.substr(1, prefix.size()) == prefix);
 }
 
 class Collector
@@ -150,7 +151,7 @@ private:
         shape.transform = instance.GetLocation().GetXform();
         shape.box = Transformed(m_geometry.meshes[shape.mesh].box, shape.transform);
         shape.idPath = instance.GetInstance()->GetIdPath();
-        shape.kind = IsSymbol(shape.idPath) ? SceneShape::Kind::Symbol : SceneShape::Kind::Product;
+        shape.kind = IsSymbol(instance) ? SceneShape::Kind::Symbol : SceneShape::Kind::Product;
         if (const auto node = instance.GetInstance()->GetNode()) {
             shape.name = node->GetName();
         }

@@ -1,3 +1,4 @@
+#include <luhost/render/ScreenGeometry.h>
 #include <luhost/render/Strokes.h>
 
 #include <algorithm>
@@ -22,8 +23,8 @@ constexpr double kHook = 8.0;
 constexpr double kShortestOutline = 5.0;
 /// By so much a stroke may miss its line.
 constexpr double kTolerance = 0.04;
-
-double Distance(const dg::DPoint2D& a, const dg::DPoint2D& b) noexcept { return std::hypot(b.x - a.x, b.y - a.y); }
+/// So near an outline comes out again from behind itself.
+constexpr double kOnLine = 0.5;
 
 /// An end of a line: twice the number of the line, and one more for where it ends.
 using LineEnd = std::uint32_t;
@@ -152,6 +153,46 @@ struct Run {
     }
 };
 
+/// Of the points of a line the first one near its beginning from which on it goes on behind a place that lies on it.
+/// @return 0 when the place does not
+template <class Iterator>
+std::size_t FindOnLine(Iterator point, Iterator end, const dg::DPoint2D& place)
+{
+    double length = 0.0;
+    std::size_t number = 1;
+    for (Iterator next = point + 1; next != end && length < kHook; ++point, ++next, ++number) {
+        if (DistanceToSegment(place, *point, *next) <= kOnLine) {
+            return number;
+        }
+        length += Distance(*point, *next);
+    }
+    return 0;
+}
+
+/// The outline of a coarse smooth mesh runs to and fro: it turns back behind itself, and comes out again where it has
+/// already been. One line is made of what is seen, without the hooks.
+/// @return false when that is not what it does
+bool GoOnFromBehind(Run& seen, const Run& behind, const Run& next)
+{
+    if (!seen.isVisible || behind.isVisible || !behind.isSmooth || behind.length > 2.0 * kHook) {
+        return false;
+    }
+    const std::size_t left = FindOnLine(seen.points.rbegin(), seen.points.rend(), next.points.front());
+    const std::size_t entered = left == 0 ? FindOnLine(next.points.begin(), next.points.end(), seen.points.back()) : 0;
+    if (left == 0 && entered == 0) {
+        return false;
+    }
+    for (std::size_t i = 0; i < left; ++i) {
+        seen.length -= Distance(seen.points[seen.points.size() - 2], seen.points.back());
+        seen.points.pop_back();
+    }
+    for (std::size_t i = entered; i < next.points.size(); ++i) {
+        seen.GoOnTo(next.points[i]);
+    }
+    seen.isSmooth = seen.isSmooth && next.isSmooth;
+    return true;
+}
+
 class Chainer
 {
 public:
@@ -227,9 +268,33 @@ private:
             runs.back().GoOnAlong(runs.front());
             runs.erase(runs.begin());
         }
-        for (Run& run : runs) {
+        if (isClosed) {
+            BeginHidden(runs);
+        }
+        for (Run& run : JoinOutlines(runs)) {
             AddStroke(kind, isClosed && runs.size() == 1, run);
         }
+    }
+
+    /// Lets a chain that is closed begin with what of it is hidden longest.
+    static void BeginHidden(std::vector<Run>& runs)
+    {
+        const auto hidden =
+            std::ranges::max_element(runs, {}, [](const Run& run) { return run.isVisible ? -1.0 : run.length; });
+        std::rotate(runs.begin(), hidden, runs.end());
+    }
+
+    static std::vector<Run> JoinOutlines(std::vector<Run>& runs)
+    {
+        std::vector<Run> joined;
+        for (std::size_t i = 0; i < runs.size(); ++i) {
+            if (!joined.empty() && i + 1 < runs.size() && GoOnFromBehind(joined.back(), runs[i], runs[i + 1])) {
+                ++i;
+            } else {
+                joined.push_back(std::move(runs[i]));
+            }
+        }
+        return joined;
     }
 
     std::vector<Run> AbsorbShortRuns()
@@ -349,14 +414,11 @@ void BeginAtCorner(Points& points)
     points.push_back(points.front());
 }
 
-/// To thousandths, so that files are short and do not tell how machines round.
 Points Rounded(const Points& points)
 {
-    constexpr double kSteps = 1000.0;
-    const auto round = [](double value) { return std::round(value * kSteps) / kSteps + 0.0; };
     Points rounded;
     for (const dg::DPoint2D& point : points) {
-        const dg::DPoint2D next{round(point.x), round(point.y)};
+        const dg::DPoint2D next = RoundedPoint(point);
         if (rounded.empty() || !(next == rounded.back())) {
             rounded.push_back(next);
         }

@@ -115,6 +115,16 @@ struct Seen {
     double bottom = -kNothing;
 };
 
+/// Near the points, whatever their order: what is reckoned from there is the same to the last bit.
+dg::DPoint3D LowestOf(const std::vector<dg::DPoint3D>& points) noexcept
+{
+    dg::DPoint3D lowest = points.empty() ? dg::DPoint3D::ORIGIN : points.front();
+    for (const dg::DPoint3D& point : points) {
+        lowest = {std::min(lowest.x, point.x), std::min(lowest.y, point.y), std::min(lowest.z, point.z)};
+    }
+    return lowest;
+}
+
 } // namespace
 
 std::optional<StandardView> StandardViewOf(std::string_view name) noexcept
@@ -163,7 +173,7 @@ dg::Camera3D FitCamera(const dg::Camera3D& camera, const std::vector<dg::DPoint3
     const Axes axes{camera.GetU(), camera.GetV()};
     const dg::DVec3 back = axes.right.Cross(axes.up);
     const Scale scale(camera, margin);
-    const dg::DPoint3D origin = points.empty() ? dg::DPoint3D::ORIGIN : points.front();
+    const dg::DPoint3D origin = LowestOf(points);
     Seen seen;
     for (const dg::DPoint3D& point : points) {
         const dg::DVec3 from = point - origin;
