@@ -181,7 +181,8 @@ LibraryThumbnails::LibraryThumbnails(const LibraryReading& reading, luhost::rend
         } else {
             continue;
         }
-        if (!IsNone(entry.oldUrl)) {
+        entry.namesNone = IsNone(entry.oldUrl);
+        if (!entry.namesNone) {
             entry.files = FilesOf(entry.oldUrl);
         }
         m_sources.insert(entry.source);

@@ -43,8 +43,9 @@ struct EntryThumbnails {
     ShapeLook shapeLook;
     std::uint64_t shown = 0; ///< hash of the source and the look
     std::vector<ThumbnailFile> files;
-    std::string oldUrl; ///< of the gallery's thumbnail, as the entry has it
-    std::string newUrl; ///< where the entry names none
+    std::string oldUrl;     ///< of the gallery's thumbnail, as the entry has it
+    bool namesNone = false; ///< whether that is the URL of no file
+    std::string newUrl;     ///< where the entry names none
     std::string problem;
     std::string remark;
 

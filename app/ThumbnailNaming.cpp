@@ -123,14 +123,30 @@ void ThumbnailNaming::MakeText(const std::string& path, const LibraryThumbnails&
             lines.insert(line.append("\"/> \n"));
         }
     }
-    std::string text;
-    if (WriteLibraryFile(ContentOf(m_reading.examination), false, path, error) && ReadFileText(path, text, error) &&
-        !DiffersInThumbnailsAlone(m_text, text, lines)) {
+    bool fits = WriteText(path, lines, error);
+    if (!fits && error.empty()) {
+        // URLs of no file were resolved to a folder, which is not what the library says when it leaves them empty.
+        for (const EntryThumbnails& entry : thumbnails.GetEntries()) {
+            if (entry.namesNone && !IsToBeNamed(entry)) {
+                SetUrl(entry, {});
+            }
+        }
+        fits = WriteText(path, lines, error);
+    }
+    if (!fits && error.empty()) {
         error = "the library is not in canonical form; run \"lusym library format\" on it first";
     }
     for (const EntryThumbnails& entry : thumbnails.GetEntries()) {
         SetUrl(entry, entry.oldUrl);
     }
+}
+
+bool ThumbnailNaming::WriteText(const std::string& path, const std::unordered_set<std::string>& lines,
+                                std::string& error) const
+{
+    std::string text;
+    return WriteLibraryFile(ContentOf(m_reading.examination), false, path, error) && ReadFileText(path, text, error) &&
+           DiffersInThumbnailsAlone(m_text, text, lines);
 }
 
 } // namespace lusym

@@ -3,6 +3,7 @@
 #include "LibraryThumbnails.h"
 
 #include <string>
+#include <unordered_set>
 
 namespace lusym
 {
@@ -23,6 +24,8 @@ public:
 
 private:
     void MakeText(const std::string& path, const LibraryThumbnails& thumbnails, std::string& error) const;
+    /// @return whether it is the library's but for the lines
+    bool WriteText(const std::string& path, const std::unordered_set<std::string>& lines, std::string& error) const;
 
     const LibraryReading& m_reading;
     std::string m_text;

@@ -179,6 +179,17 @@ TEST(LibraryThumbnails, GivesNamesAndChangesNothingElseOfTheLibrary)
     EXPECT_TRUE(Contains(refused.out, "named_64x64.png: missing, made"));
     EXPECT_EQ(loose.Text(), text);
     EXPECT_FALSE(std::filesystem::exists(loose.Path("SymbolsLibrary/2D/pin_64x64.png")));
+
+    // Written for the first time, entries that say nothing of a thumbnail have an empty URL.
+    PictureLibrary fresh;
+    fresh.WritePicture("pin.svg", 20, 20);
+    fresh.shapes = "<shape id=\"s\"><name>s</name><graphic url=\"SymbolsLibrary/Shape/gone.obj\"/></shape>";
+    fresh.Add("1", kNone, "SymbolsLibrary/2D/pin.svg");
+    fresh.WriteLibrary();
+    EXPECT_TRUE(Contains(fresh.Text(), "<gallery_thumbnail url=\"\"/>"));
+    fresh.Make({}, 6);
+    EXPECT_TRUE(Contains(fresh.Text(), "SymbolsLibrary/2D/pin_64x64.png"));
+    EXPECT_TRUE(Contains(fresh.Text(), "<gallery_thumbnail url=\"\"/>"));
 }
 
 TEST(LibraryThumbnails, GoNowhereElseAndOverNobodysPicture)
