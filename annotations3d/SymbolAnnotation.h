@@ -160,6 +160,8 @@ public:
     /// @param point where it was picked; bad when there is no such point
     void AddSelectedPart(const du::SmartPtr<luk::ShapeInstance>& part, const du::SmartPtr<luk::ShapeScene>& scene,
                          const du::SmartPtr<luk::Instance>& instance, const dg::DPoint3D& point);
+    /// The same for many, in a time that grows with their number.
+    void AddSelectedParts(const std::vector<du::SmartPtr<luk::ShapeInstance>>& parts);
     /// Only for an annotation symbol.
     void AddConnectedPartsByPath(const std::vector<ConnectedPartInfo>& parts);
     void RemoveUnvalidParts();
@@ -240,6 +242,8 @@ private:
     void UpdateOffset(std::size_t index, const du::SmartPtr<luk::ShapeScene>& scene);
     void UpdateOffsetsSoon();
     void AppendPart(const ConnectedPartInfo& entry);
+    void AppendPickedPart(const du::SmartPtr<luk::ShapeInstance>& picked, const du::SmartPtr<luk::Instance>& instance,
+                          const dg::DPoint3D& point);
     void IndexParts();
     void RefreshInterest();
 

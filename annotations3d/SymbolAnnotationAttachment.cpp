@@ -158,14 +158,33 @@ void SymbolAnnotation::AddSelectedPart(const du::SmartPtr<luk::ShapeInstance>& p
         return;
     }
     const du::SmartPtr<luk::ShapeInstance> picked = part || !scene ? part : scene->GetShapeInstance(instance);
+    AppendPickedPart(picked, instance, point);
+    UpdateOffsetWithConnectedParts();
+    SaveLastConnectPartPos(picked);
+}
+
+void SymbolAnnotation::AddSelectedParts(const std::vector<du::SmartPtr<luk::ShapeInstance>>& parts)
+{
+    for (const du::SmartPtr<luk::ShapeInstance>& part : parts) {
+        if (part && CheckValidInstance(part->GetInstance())) {
+            AppendPickedPart(part, part->GetInstance(), dg::DPoint3D::BAD);
+        }
+    }
+    UpdateOffsetWithConnectedParts();
+    for (const du::SmartPtr<luk::ShapeInstance>& part : parts) {
+        SaveLastConnectPartPos(part);
+    }
+}
+
+void SymbolAnnotation::AppendPickedPart(const du::SmartPtr<luk::ShapeInstance>& picked,
+                                        const du::SmartPtr<luk::Instance>& instance, const dg::DPoint3D& point)
+{
     const du::SmartPtr<luk::illustration::SbomInstance> serviced = instance->GetSbomInstance();
     const luk::illustration::SbomInstance* const group = serviced ? serviced->GetParent() : nullptr;
     const bool isGroupRoot = group && !group->GetParent();
     const dg::DPoint3D partPosition = picked ? picked->GetLocation().GetPosition() : dg::DPoint3D::BAD;
     AddSelectedPart(serviced ? serviced->GetIdPath() : instance->GetIdPath(), point.IsBad() ? partPosition : point,
                     dg::DVec3(), group && !isGroupRoot ? group->GetIdPath() : du::Symbol());
-    UpdateOffsetWithConnectedParts();
-    SaveLastConnectPartPos(picked);
 }
 
 bool SymbolAnnotation::CheckValidInstance(const du::SmartPtr<luk::Instance>& instance) const

@@ -4,6 +4,7 @@
 #include "Invocation.h"
 #include "Printable.h"
 #include "Progress.h"
+#include "ValueOptions.h"
 
 #include <dp/LUTracer.h>
 
@@ -16,7 +17,6 @@
 #include <fcntl.h>
 #include <functional>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -157,6 +157,15 @@ void AddProductVerbs(CLI::App& program, Invocation& invocation)
     AddPartShow(part, invocation);
 }
 
+void AddPluginVerbs(CLI::App& program, Invocation& invocation)
+{
+    CLI::App& plugin = AddNoun(program, "plugin", "Work on built plug-ins",
+                               "A plug-in is the library that a host loads for its symbols.\n\n"
+                               "Example:\n"
+                               "  lusym plugin check build/lib/liblusymbols.so\n");
+    AddPluginCheck(plugin, invocation);
+}
+
 /// What a command line may say, and what it said once it has been parsed.
 class Program
 {
@@ -191,12 +200,9 @@ Program::Program()
     m_app.set_version_flag("--version", "lusym " LUSYM_VERSION);
     m_app.fallthrough();
     m_app.require_subcommand(1);
-    const std::map<std::string, Progress::Mode> modes = {
-        {"auto", Progress::Mode::Automatic}, {"json", Progress::Mode::Json}, {"off", Progress::Mode::Off}};
-    m_app
-        .add_option("--progress", m_mode,
-                    "How far the work is, on stderr: auto (on a terminal), json (one line each), off")
-        ->transform(CLI::CheckedTransformer(modes, CLI::ignore_case).description(""))
+    AddChoice<Progress::Mode>(
+        m_app, "--progress", m_mode, "How far the work is, on stderr: auto (on a terminal), json (one line each), off",
+        {{"auto", Progress::Mode::Automatic}, {"json", Progress::Mode::Json}, {"off", Progress::Mode::Off}})
         ->type_name("auto|json|off");
     m_app.footer(std::string("Examples:\n"
                              "  lusym demo -o /tmp/demo\n"
@@ -212,6 +218,7 @@ Program::Program()
     AddSymbolVerbs(m_app, m_invocation);
     AddRender(m_app, m_invocation);
     AddFlatten(m_app, m_invocation);
+    AddPluginVerbs(m_app, m_invocation);
     AddDemo(m_app, m_invocation);
 }
 

@@ -3,6 +3,7 @@
 #include "catalog/PartslibraryImageItem.h"
 #include "catalog/PartslibraryOlItem.h"
 #include "DocumentSource.h"
+#include "DocumentUnknown.h"
 #include "DocumentUpdate.h"
 #include "EntryIndex.h"
 #include "Printable.h"
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -99,14 +101,11 @@ private:
         problems.insert(problems.end(), own.begin(), own.end());
         for (const std::string& problem : problems) {
             Add(Code::NotUnderstood, {}, Printable(problem),
-                "Mend it with the program that wrote it, or leave it: it stays.");
+                "Correct it with the program that wrote it, or see whether the document shows what it should.");
         }
-        const std::size_t unknown = m_source.GetDocument().GetUnknownAnnotationCount();
-        if (unknown != 0) {
-            Add(Code::NotUnderstood, {},
-                CountOf(unknown, "annotation is", "annotations are") + " of a kind that this program does not know",
-                "Look at them with the program that made them; they stay.");
-        }
+        m_source.GetDocument().FindExpectedTypes();
+        std::vector<DocumentFinding> unknown = FindUnknown(m_source.GetDocument());
+        std::ranges::move(unknown, std::back_inserter(m_result.findings));
     }
 
     void LookAtSymbol(const SymbolState& state, const SymbolState& asSaved)

@@ -37,7 +37,7 @@ constexpr DocumentFindingKind kKinds[] = {
     {Code::OverPageEdge, "over-page-edge", Severity::Note, "A symbol reaches over the edge of its page."},
     {Code::NoSize, "no-size", Severity::Warning, "A symbol has no size or no place, so that nobody sees it."},
     {Code::NotUnderstood, "not-understood", Severity::Warning,
-     "Something in the document is not understood; it is kept and written again as it is."},
+     "Something in the document is not understood; it is kept and written again, unless the finding says otherwise."},
 };
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "DocumentPlaces.h"
 #include "DocumentSource.h"
+#include "DocumentUnknown.h"
 #include "FileProbe.h"
 #include "FileText.h"
 #include "Finding.h"
@@ -151,8 +152,6 @@ ordered_json InfoAsJson(DocumentSource& source)
     for (const LibraryPlace& place : source.GetLibraryPlaces()) {
         libraries.push_back(place.path);
     }
-    std::vector<std::string> problems = source.GetEntryProblems();
-    problems.insert(problems.end(), document.GetProblems().begin(), document.GetProblems().end());
     return {{"file", source.GetName()},
             {"view", ViewAsJson(document, places[0].symbols.size())},
             {"pages", PagesAsJson(std::span(places).subspan(1))},
@@ -163,7 +162,7 @@ ordered_json InfoAsJson(DocumentSource& source)
             {"shapes", std::move(shapes)},
             {"entries", std::move(entries)},
             {"libraries", std::move(libraries)},
-            {"problems", problems}};
+            {"problems", ProblemsOf(source)}};
 }
 
 std::string TextOf(const ordered_json& value)

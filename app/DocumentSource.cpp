@@ -1,6 +1,7 @@
 #include "DocumentSource.h"
 
 #include "catalog/PartslibraryItem.h"
+#include "DocumentUnknown.h"
 #include "EntryIndex.h"
 #include "FileText.h"
 #include "Finding.h"
@@ -100,6 +101,11 @@ ExitCode DocumentSource::Open(const std::string& name, Entries entries)
                         ". Name a file that \"lusym document new\" or \"lusym symbol place\" has written.\n");
         return ExitCode::InputUnreadable;
     }
+    if (!m_document->HasAllFiles()) {
+        m_progress.Tell(Printable(name) + ": error: its pictures and shapes cannot all be unpacked into " +
+                        Printable(GetPictureFolder()) + ". Make room there, or name another folder with TMPDIR.\n");
+        return ExitCode::Failed;
+    }
     m_recorded = ReadRecordedLibraries(m_document->GetLibraryText(), FolderOf(name));
     if (entries == Entries::Load) {
         LoadOwnEntries();
@@ -159,9 +165,7 @@ ExitCode DocumentSource::OpenWhole(const std::string& name)
         return opened;
     }
     Attach();
-    std::vector<std::string> problems = m_entryProblems;
-    problems.insert(problems.end(), m_document->GetProblems().begin(), m_document->GetProblems().end());
-    for (const std::string& problem : problems) {
+    for (const std::string& problem : ProblemsOf(*this)) {
         m_progress.Tell(Printable(name) + ": warning: " + Printable(problem) + "\n");
     }
     TellLost(m_lost, name, m_progress);

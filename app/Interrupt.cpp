@@ -60,7 +60,7 @@ void DeleteBelow(int parent, const char* path, int depth)
 /// Async-signal-safe: nothing but atomics, calls to the system and the signal itself.
 void OnSignal(int signalNumber)
 {
-    constexpr int kDepth = 3;
+    constexpr int kDepth = 5;
     for (std::size_t slot = s_paths.size(); slot-- > 0;) {
         if (const char* const path = s_paths[slot].load()) {
             DeleteBelow(AT_FDCWD, path, kDepth);

@@ -37,6 +37,7 @@ void AddPartList(CLI::App& part, Invocation& invocation);
 void AddPartMove(CLI::App& part, Invocation& invocation);
 /// And the verb that hides.
 void AddPartShow(CLI::App& part, Invocation& invocation);
+void AddPluginCheck(CLI::App& plugin, Invocation& invocation);
 void AddRender(CLI::App& program, Invocation& invocation);
 void AddFlatten(CLI::App& program, Invocation& invocation);
 void AddDemo(CLI::App& program, Invocation& invocation);

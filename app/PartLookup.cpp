@@ -13,8 +13,6 @@
 #include <luk/ShapeScene.h>
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <utility>
 
 namespace lusym
@@ -36,13 +34,6 @@ std::string StemOf(const std::string& id)
     const bool isNumbered =
         end != id.npos && end > 0 && end + 1 < id.size() && std::string("-_. :").find(id[end]) != id.npos;
     return isNumbered ? id.substr(0, end) : id;
-}
-
-double DistanceOf(const Part& part, const dg::DPoint3D& point)
-{
-    const dg::DVec3 way = part->GetLocation().GetPosition() - point;
-    const double distance = std::hypot(way.x, way.y, way.z);
-    return std::isnan(distance) ? std::numeric_limits<double>::infinity() : distance;
 }
 
 std::string PathsOf(const std::vector<Part>& parts)
@@ -140,9 +131,8 @@ Part PartLookup::FindHeir(const std::string& path, const dg::DPoint3D& lastPosit
     const Parts* const called = &PartsCalled(id);
     const auto alike = m_byStem.find(StemOf(id));
     const Parts& candidates = called->empty() && alike != m_byStem.end() ? alike->second : *called;
-    const auto nearest = std::ranges::min_element(
-        candidates, {}, [&](const Part& part) { return std::pair(DistanceOf(part, lastPosition), PathOf(part)); });
-    return nearest == candidates.end() ? nullptr : *nearest;
+    // All bolts of a product may be gone, and as many be called alike.
+    return m_nearest.try_emplace(&candidates, candidates).first->second.Find(lastPosition);
 }
 
 std::string AttachmentPathOf(const luk::ShapeInstance& part)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "NearestPart.h"
+
 #include <dg/DBox.h>
 #include <du/SmartPtr.h>
 #include <luk/ShapeInstance.h>
@@ -47,9 +49,10 @@ private:
 
     const luhost::Document& m_document;
     bool m_isRead = false;
-    std::unordered_map<std::string, Parts> m_byId;   ///< last ids of both paths
-    std::unordered_map<std::string, Parts> m_byName; ///< names of components, where they are no id
-    std::unordered_map<std::string, Parts> m_byStem; ///< both, without the number at their end
+    std::unordered_map<std::string, Parts> m_byId;           ///< last ids of both paths
+    std::unordered_map<std::string, Parts> m_byName;         ///< names of components, where they are no id
+    std::unordered_map<std::string, Parts> m_byStem;         ///< both, without the number at their end
+    std::unordered_map<const Parts*, NearestPart> m_nearest; ///< of the lists that were searched
     int m_proposals = 0;
 };
 

@@ -28,10 +28,11 @@ namespace
 using nlohmann::ordered_json;
 using ShapePtr = du::SmartPtr<luk::ShapeInstance>;
 
-bool IsSymbol(const luk::Instance& instance)
+/// Null for the node of a symbol, whatever its id.
+ShapePtr PartAt(const luk::ShapeScene& scene, const du::SmartPtr<luk::Instance>& instance)
 {
-    const auto& use = instance.GetComponentInstance();
-    return use && use->GetId().GetText().starts_with(luk::Instance::s_content_symbolPrefix.GetText());
+    ShapePtr part = scene.GetShapeInstance(instance);
+    return part && !part->IsOfSymbol() ? part : nullptr;
 }
 
 /// Goes through the parts in the order of the tree.
@@ -53,9 +54,7 @@ void ForEachPart(const luhost::Document& document, const Visit& visit)
     while (!due.empty()) {
         const Step step = std::move(due.back());
         due.pop_back();
-        const ShapePtr part = IsSymbol(*step.instance) ? nullptr : scene.GetShapeInstance(step.instance);
-        // Another program may have given a symbol any id.
-        if (part && !part->IsOfSymbol()) {
+        if (const ShapePtr part = PartAt(scene, step.instance)) {
             visit(part, step.level);
             addBelow(*step.instance, step.level + 1);
         }
@@ -88,8 +87,7 @@ ShapePtr FindPart(const luhost::Document& document, const std::string& path)
         const auto node = withService ? withService->GetSbomTree()->FindInstance(idPath) : nullptr;
         instance = node ? node->GetEbomInstance() : nullptr;
     }
-    const ShapePtr part = instance && !IsSymbol(*instance) ? scene.GetShapeInstance(instance) : nullptr;
-    return part && !part->IsOfSymbol() ? part : nullptr;
+    return PartAt(scene, instance);
 }
 
 std::vector<ShapePtr> FindParts(DocumentSource& source, const std::vector<std::string>& words)

@@ -45,6 +45,8 @@ std::string FindImporter()
     return ProgramFolder() / "lusym-import";
 }
 
+std::string FindPluginChecker() { return ProgramFolder() / "lusym-plugin-check"; }
+
 std::string FindExample(const std::string& name)
 {
     return ProgramFolder().parent_path() / "share" / "lusymbols" / "examples" / name;

@@ -9,6 +9,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <span>
 #include <utility>
 
 namespace lusym
@@ -19,18 +21,27 @@ namespace
 
 using luannotations::SymbolAnnotation;
 
-void Reattach(const luhost::Document& document, SymbolAnnotation& symbol, const Heir& heir)
+/// @param heirs of one symbol, some of which may be no parts
+void Reattach(const luhost::Document& document, SymbolAnnotation& symbol, std::span<const Heir> heirs)
 {
-    std::vector<luannotations::ConnectedPartInfo> parts;
-    symbol.GetConnectedPartInfo(parts);
-    if (parts.empty()) {
-        symbol.SetAnnotationSymbol(true);
-        symbol.AddSelectedPart(du::Symbol(AttachmentPathOf(*heir.part)), heir.lastPosition, heir.offset, du::Symbol());
-        symbol.UpdateSymbolLocationByOffset(heir.part, dg::Location());
-    } else {
-        AttachSymbol(document, symbol, heir.part);
+    std::vector<luannotations::ConnectedPartInfo> before;
+    symbol.GetConnectedPartInfo(before);
+    std::vector<PartLookup::Part> parts;
+    for (const Heir& heir : heirs) {
+        if (heir.part && before.empty() && parts.empty()) {
+            symbol.SetAnnotationSymbol(true);
+            symbol.AddSelectedPart(du::Symbol(AttachmentPathOf(*heir.part)), heir.lastPosition, heir.offset,
+                                   du::Symbol());
+            symbol.UpdateSymbolLocationByOffset(heir.part, dg::Location());
+        }
+        if (heir.part) {
+            parts.push_back(heir.part);
+        }
     }
-    Settle(document, symbol);
+    if (!parts.empty()) {
+        AttachSymbol(document, symbol, parts);
+        Settle(document, symbol);
+    }
 }
 
 } // namespace
@@ -60,18 +71,22 @@ std::vector<Heir> FindHeirs(const luhost::Document& document, const LostAttachme
 std::vector<Reattachment> ReattachSymbols(const luhost::Document& document, const LostAttachments& lost)
 {
     std::vector<Reattachment> reattachments;
-    for (const Heir& heir : FindHeirs(document, lost)) {
-        const du::SmartPtr<luk::Annotation> annotation = document.FindAnnotation(heir.symbol);
+    const std::vector<Heir> heirs = FindHeirs(document, lost);
+    for (auto first = heirs.begin(); first != heirs.end();) {
+        const auto last =
+            std::find_if(first, heirs.end(), [&](const Heir& each) { return each.symbol != first->symbol; });
+        const du::SmartPtr<luk::Annotation> annotation = document.FindAnnotation(first->symbol);
         SymbolAnnotation* const symbol = annotation ? AsShape(*annotation) : nullptr;
-        Reattachment& reattachment = reattachments.emplace_back();
-        reattachment.symbol = heir.symbol;
-        reattachment.path = heir.path;
-        if (symbol && heir.part) {
-            Reattach(document, *symbol, heir);
-            reattachment.heir = AttachmentPathOf(*heir.part);
+        if (symbol) {
+            Reattach(document, *symbol, {first, last});
         }
-        if (const auto instance = symbol ? symbol->GetShapeInstance() : nullptr) {
-            reattachment.position = instance->GetLocation().GetPosition();
+        const auto instance = symbol ? symbol->GetShapeInstance() : nullptr;
+        for (; first != last; ++first) {
+            Reattachment& reattachment = reattachments.emplace_back();
+            reattachment.symbol = first->symbol;
+            reattachment.path = first->path;
+            reattachment.heir = symbol && first->part ? AttachmentPathOf(*first->part) : std::string();
+            reattachment.position = instance ? instance->GetLocation().GetPosition() : reattachment.position;
         }
     }
     return reattachments;

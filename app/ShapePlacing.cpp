@@ -131,11 +131,9 @@ std::string ShapePlacing::Make(const PlacementOrder& order, const EntryPreparing
     if (!document.AddAnnotation(symbol, document.GetScene())) {
         return "the document takes no more symbols";
     }
-    for (const PartLookup::Part& part : parts) {
-        if (std::string fault = AttachSymbol(document, *symbol, part); !fault.empty()) {
-            document.RemoveAnnotation(symbol);
-            return fault;
-        }
+    if (std::string fault = AttachSymbol(document, *symbol, parts); !fault.empty()) {
+        document.RemoveAnnotation(symbol);
+        return fault;
     }
     if (!parts.empty()) {
         m_attached.push_back(symbol);

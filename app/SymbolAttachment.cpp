@@ -15,6 +15,7 @@
 #include <luk/SerializedContentElement.h>
 #include <luk/ShapeScene.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <unordered_set>
@@ -163,18 +164,30 @@ void TellLost(const LostAttachments& lost, const std::string& document, Progress
     }
 }
 
-std::string AttachSymbol(const luhost::Document& document, SymbolAnnotation& symbol, const PartLookup::Part& part)
+std::string AttachSymbol(const luhost::Document& document, SymbolAnnotation& symbol,
+                         const std::vector<PartLookup::Part>& parts)
 {
-    const std::string path = AttachmentPathOf(*part);
-    if (FindAttachedPart(document, path) != part) {
-        return "the part " + Quote(path) + " cannot be told from the node of the service tree that has the same path";
+    std::vector<PartLookup::Part> added;
+    for (const PartLookup::Part& part : parts) {
+        const std::string path = AttachmentPathOf(*part);
+        if (FindAttachedPart(document, path) != part) {
+            return "the part " + Quote(path) +
+                   " cannot be told from the node of the service tree that has the same path";
+        }
+        if (!symbol.isConnectedPart(part)) {
+            added.push_back(part);
+        }
     }
-    if (!symbol.isConnectedPart(part)) {
-        // Only such a symbol keeps its parts when it is saved and read again.
-        symbol.SetAnnotationSymbol(true);
-        symbol.AddSelectedPart(part, document.GetShapeScene(), part->GetInstance(), dg::DPoint3D::BAD);
+    if (added.empty()) {
+        return {};
     }
-    return symbol.isConnectedPart(part) ? std::string() : "the part " + Quote(path) + " takes no symbol";
+    // Only such a symbol keeps its parts when it is saved and read again.
+    symbol.SetAnnotationSymbol(true);
+    symbol.AddSelectedParts(added);
+    const auto refused =
+        std::ranges::find_if(added, [&symbol](const PartLookup::Part& part) { return !symbol.isConnectedPart(part); });
+    return refused == added.end() ? std::string()
+                                  : "the part " + Quote(AttachmentPathOf(**refused)) + " takes no symbol";
 }
 
 void Settle(const luhost::Document& document, SymbolAnnotation& symbol)

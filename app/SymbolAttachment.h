@@ -45,9 +45,9 @@ void TellLost(const LostAttachments& lost, const std::string& document, Progress
 /// The part that a symbol means by a path, which is asked for in the service tree first. Null when it is not there.
 PartLookup::Part FindAttachedPart(const luhost::Document& document, const std::string& path);
 
-/// Attaches a symbol to a part, where both stand. @return why it cannot be; empty when the symbol is on that part
+/// Attaches a symbol to parts, where all of them stand. @return why it cannot be; empty when the symbol is on these parts
 std::string AttachSymbol(const luhost::Document& document, luannotations::SymbolAnnotation& symbol,
-                         const PartLookup::Part& part);
+                         const std::vector<PartLookup::Part>& parts);
 
 /// Puts a symbol where its offsets from its parts put it when the document is opened again, which rounds, so that what is
 /// saved is what is then seen.

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <memory>
+#include <unordered_set>
 
 namespace lusym
 {
@@ -24,17 +25,18 @@ struct RemoveOptions {
 /// @return how many there were to remove
 std::size_t RemoveAll(const RemoveOptions& options, DocumentSource& source)
 {
-    std::size_t removed = 0;
+    std::vector<du::SmartPtr<luk::Annotation>> found;
+    std::unordered_set<std::string> named;
     for (const std::string& id : options.ids) {
         const du::SmartPtr<luk::Annotation> annotation = source.GetDocument().FindAnnotation(id);
-        if (annotation && source.GetDocument().RemoveAnnotation(annotation)) {
-            ++removed;
+        if (annotation && named.insert(id).second) {
+            found.push_back(annotation);
         } else {
             source.GetProgress().Tell(Printable(options.name) + ": error: there is no symbol " + Quote(id) +
                                       ". List those that there are with \"lusym symbol list\".\n");
         }
     }
-    return removed;
+    return source.GetDocument().RemoveAnnotations(found);
 }
 
 ExitCode RunRemove(const RemoveOptions& options, Progress& progress)

@@ -65,6 +65,8 @@ TEST(CommandLine, HelpsOnStandardOutput)
                                  "symbol list",
                                  "symbol remove",
                                  "render",
+                                 "plugin",
+                                 "plugin check",
                                  "demo"};
     for (const std::string& verb : verbs) {
         std::istringstream words(verb + " --help");

@@ -116,6 +116,16 @@ TEST(Document, KeepsWhatItDoesNotUnderstand)
                 "<float key=\"width\" value=\"15\"/>" + glow + glow);
     folder.Edit("document.xml", "<page ", "<page tint=\"warm\" ");
     EXPECT_EQ(folder.Lusym({"symbol", "remove", folder.Doc(), "s1"}).err, "symbol3d: Unhandle float glow\\u202e\n");
+    folder.Edit("document.xml", glow, "<int32 key=\"title\" value=\"1\"/>" + glow);
+    const std::string told = folder.Lusym({"document", "check", folder.Doc()}, 5).out;
+    const std::string stays = ". Look at it with the program that wrote it; it stays. [not-understood]\n";
+    for (const std::string& line :
+         {":s2: warning: the float \"glow\\u202e\" is not known, 2 times" + stays,
+          ": warning: the attribute \"tint\" of \"page\" is not known, in page 1" + stays,
+          ": warning: 1 entry of the package, the first \"future/notes\", is not known" + stays,
+          std::string(":s2: warning: the int32 \"title\" should be of the type symbol. ")}) {
+        EXPECT_TRUE(Contains(told, folder.Doc() + line)) << told;
+    }
     for (const luhost::PackageEntry& entry : folder.Unpack()) {
         EXPECT_TRUE(entry.name != "future/notes" || entry.bytes == "kept");
         EXPECT_TRUE(entry.name != "document.xml" ||

@@ -1,6 +1,11 @@
 #include "ShapeFolder.h"
 #include "support/Contains.h"
 
+#include <array>
+#include <cmath>
+#include <map>
+#include <set>
+
 namespace
 {
 
@@ -154,6 +159,47 @@ TEST(ShapeSymbol, FindsTheHeirOfAPartThatIsGone)
     ExpectStable(folder);
 }
 
+/// Many of them are as near as each other, and then the first by its path counts.
+TEST(ShapeSymbol, OfManyPartsCalledAlikeTheNearestIsTheHeir)
+{
+    const ShapeFolder folder;
+    folder.Place({"--entry=pin", "--attach=base", "--at=1,2,3"});
+    std::uint32_t seed = 1;
+    const auto draw = [&seed] { return static_cast<double>((seed = seed * 1664525U + 1013904223U) >> 28U); };
+    const auto text = [](const std::array<double, 3>& at) {
+        return std::to_string(at[0]) + " " + std::to_string(at[1]) + " " + std::to_string(at[2]);
+    };
+    std::map<std::string, std::array<double, 3>> parts;
+    std::string uses;
+    std::string attachments;
+    std::vector<std::string> heirs;
+    for (int i = 0; i < 400; ++i) {
+        const std::array<double, 3>& at = parts["/bolt-" + std::to_string(i)] = {draw(), draw(), draw()};
+        uses += "<use id=\"bolt-" + std::to_string(i) + "\" component=\"0\" location=\"1 0 0 0 1 0 0 0 1 " + text(at) +
+                "\"/>";
+    }
+    for (int i = 0; i < 100; ++i) {
+        const std::array<double, 3> from = {draw(), draw(), draw()};
+        attachments += "<element name=\"attachedToPart\"><symbol key=\"attachedToPartId\" value=\"/old/bolt-" +
+                       std::to_string(1000 + i) + "\"/><point key=\"attachedToPartLastPos\" value=\"" + text(from) +
+                       "\"/></element>";
+        heirs.push_back(std::ranges::min_element(parts, {}, [&from](const auto& part) {
+                            const auto& [path, at] = part;
+                            return std::pair(std::hypot(at[0] - from[0], at[1] - from[1], at[2] - from[2]), path);
+                        })->first);
+    }
+    folder.Edit("<use id=\"base\"", uses + "<use id=\"base\"");
+    folder.Edit("<element name=\"attachedToPart\">", attachments + "<element name=\"attachedToPart\">");
+    const json findings = folder.Findings();
+    ASSERT_EQ(findings.size(), heirs.size());
+    for (std::size_t i = 0; i < heirs.size(); ++i) {
+        EXPECT_TRUE(Contains(findings[i]["text"].get<std::string>(), "heir is \"" + heirs[i] + "\""));
+    }
+    folder.Do({"document", "update", "--reattach"});
+    EXPECT_EQ(folder.Symbol("s1")["attachments"].size(), 1 + std::set(heirs.begin(), heirs.end()).size());
+    ExpectStable(folder);
+}
+
 TEST(ShapeSymbol, TellsWhatADocumentLacks)
 {
     const std::tuple<std::string, std::string, json> cases[] = {
@@ -221,6 +267,10 @@ TEST(Flatten, BakesTheViewIntoAPage)
     EXPECT_EQ(list[2]["entry"], "b");
     EXPECT_EQ(list[2]["page"], 1);
     const std::string svg = RunLusym({"flatten", pictures.Doc(), "-o", "-", "--format", "svg"}).out;
+    RunLusym({"flatten", pictures.Doc(), "-o", page, "--view", "iso"});
+    const json size = json::parse(RunLusym({"symbol", "list", page, "--json"}).out)["symbols"][2]["size"];
+    EXPECT_NEAR(size[0].get<double>(), size[1].get<double>(), 1e-3) << "not as its box is seen";
+    RunLusym({"flatten", pictures.Doc(), "-o", page});
     EXPECT_TRUE(Contains(svg, "data-annotation=\"s6\""));
     EXPECT_EQ(svg, RunLusym({"render", page, "-o", "-", "--format", "svg"}).out);
 

@@ -26,7 +26,7 @@ std::string Gltf(const std::string& nodes, const std::string& count = "3",
 {
     return R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[)" + nodes +
            R"(],"meshes":[{"name":"Plate","primitives":[{"attributes":{"POSITION":0},"material":0}]}],"materials":[{)"
-           R"("pbrMetallicRoughness":{"baseColorFactor":[1,0.2140411,0,1]}}],"accessors":[{"bufferView":0,)"
+           R"("pbrMetallicRoughness":{"baseColorFactor":[1,0.2140411,0,0.5]}}],"accessors":[{"bufferView":0,)"
            R"("componentType":5126,"count":)" +
            count +
            R"(,"type":"VEC3"}],"bufferViews":[{"buffer":0,"byteLength":36}],"buffers":[{"byteLength":36,"uri":")" +
@@ -87,6 +87,7 @@ TEST_F(ProductImportTest, KeepsTheHierarchyAndSharesWhatIsAlike)
     EXPECT_EQ(mesh.GetBox().GetMax(), dg::FVec3(1000.0F, 1000.0F, 0.0F));
     EXPECT_EQ(m_model.components[1].uses[1].location.GetPosition().x, 2.0) << "as it was written";
     EXPECT_NEAR(mesh.GetParts().at(0).color.green, 0.5F, 1e-4F) << "colors of glTF are linear";
+    EXPECT_EQ(mesh.GetParts().at(0).color.alpha, 1.0F) << "opaque where nothing says that it is blended";
     EXPECT_EQ(Read("bare.gltf", Gltf(R"({"children":[1,2]},{"mesh":0},{"mesh":0})")),
               "Plate*1\nbare Plate=0@0,0,0 Plate-2=0@0,0,0\n");
     EXPECT_EQ(Read("other.GLTF", Gltf(R"({"name":"symbol:1","mesh":0})"), 25.4), "Plate*1\nother _symbol:1=0@0,0,0\n");
@@ -95,7 +96,7 @@ TEST_F(ProductImportTest, KeepsTheHierarchyAndSharesWhatIsAlike)
 
 TEST_F(ProductImportTest, WeldsVerticesAndFindsColorsBesideTheModel)
 {
-    m_folder.Write("m.mtl", "newmtl red\nKd 1 0 0\n");
+    m_folder.Write("m.mtl", "newmtl red\nKd 1 0 0\nd 0\n");
     const std::string vertices = "v 0 0 0\nv 1 0 0\nv 0 1 0\nv -0 0 0\nv 1 0 0\nv 0 0 1\n";
     EXPECT_EQ(Read("m.obj", "mtllib m.mtl\no one\n" + vertices + "usemtl red\nf 1 2 3\nf 4 6 5\nf 1 4 2\n"),
               "one*2\nm one=0@0,0,0\n");

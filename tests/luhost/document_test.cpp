@@ -300,9 +300,25 @@ TEST_F(DocumentTest, TemplatesAreFoundAgainByTheirIds)
     EXPECT_EQ(document->GetUsedTemplateIds(), std::vector<std::string>{"z"});
 }
 
+/// "kind name of holder, annotation, in where, not expected: count"
+std::vector<std::string> UnknownOf(Document& document)
+{
+    document.FindExpectedTypes();
+    std::vector<std::string> told;
+    for (const Document::Unknown& each : document.GetUnknown()) {
+        std::string& text = told.emplace_back(each.kind + " " + each.name);
+        text += each.holder.empty() ? "" : " of " + each.holder;
+        text += each.annotation.empty() ? "" : ", " + each.annotation;
+        text += each.where.empty() ? "" : ", in " + each.where;
+        text += each.expected.empty() ? "" : ", not " + each.expected;
+        text += each.isKept ? ": " + std::to_string(each.count) : std::string(": lost");
+    }
+    return told;
+}
+
 TEST_F(DocumentTest, WhatIsNotUnderstoodIsWrittenAgainInItsPlace)
 {
-    const std::string index = "<uint64 key='templateIndex' value='1'/>";
+    const std::string index = "<uint64 key='templateIndex' value='1' w='0'/>";
     const std::string xml =
         "<document version='7' nextId='5' a='1'><early/><view b='2'><before/><camera c='3' projection='orthographic' "
         "width='1' fieldOfView='45' location='1 0 0 0 1 0 0 0 1 0 0 0' pixelWidth='0' pixelHeight='0'><lens/></camera>"
@@ -311,7 +327,8 @@ TEST_F(DocumentTest, WhatIsNotUnderstoodIsWrittenAgainInItsPlace)
         index +
         "<symbol key='pic' value='alien.png'/></element><element name='note'/></annotations><behind/></view>"
         "<pages g='7'><page width='10' height='20' h='8'><element name='misplaced'/></page><gap/></pages><pages/>"
-        "<templates><template id='unused'/><template id='t' i='9'/><other/></templates><late>text</late></document>";
+        "<templates><template id='unused'/><template id='t' "
+        "i='9'><in/></template><other/></templates><late>text</late></document>";
     m_packages->files["in"] = {{"extra/thing.bin", "kept"}, {"Symbols/alien.png", "p"}, {"Symbols/no/way.png", "q"}};
     const auto document = OpenXml(xml);
     EXPECT_EQ(document->GetUnknownAnnotationCount(), 1u);
@@ -333,7 +350,7 @@ TEST_F(DocumentTest, WhatIsNotUnderstoodIsWrittenAgainInItsPlace)
                                    "<annotations d=\"4\"",
                                    "\"note\" e=\"5\"",
                                    "<int64 key=\"later\">",
-                                   "\"templateIndex\" value=\"0\"",
+                                   "\"templateIndex\" value=\"0\" w=\"0\"",
                                    "<group>",
                                    "\"alien\" f=\"6\"",
                                    "\"1 2 nan\"",
@@ -346,19 +363,64 @@ TEST_F(DocumentTest, WhatIsNotUnderstoodIsWrittenAgainInItsPlace)
                                    "<gap>",
                                    "<pages></pages>",
                                    "<templates>",
-                                   "<template id=\"t\" i=\"9\"/>",
+                                   "<template id=\"t\" i=\"9\">\n      <in>",
                                    "<other>",
                                    "<late>text</late>"}) {
         at = text.find(part, at);
         ASSERT_NE(at, std::string::npos) << part << " in " << text;
     }
     EXPECT_EQ(Save(*Open("out")), saved);
+    const std::vector<std::string> told = UnknownOf(*document);
+    EXPECT_EQ(told, (std::vector<std::string>{"attribute a of document: 1",
+                                              "element early of document: 1",
+                                              "attribute b of view: 1",
+                                              "element before of view: 1",
+                                              "attribute c of camera: 1",
+                                              "element lens of camera: 1",
+                                              "attribute d of annotations, in the view: 1",
+                                              "element group of annotations, in the view: 1",
+                                              "element behind of view: 1",
+                                              "attribute g of pages: 1",
+                                              "attribute h of page, in page 1: 1",
+                                              "element element of page, in page 1: 1",
+                                              "element gap of pages: 1",
+                                              "attribute i of template, in template \"t\": 1",
+                                              "element in of template, in template \"t\": 1",
+                                              "element other of templates: 1",
+                                              "element late of document: 1",
+                                              "entry , in Symbols/no/way.png: 2",
+                                              "attribute e of element, s5: 1",
+                                              "attribute w of templateIndex, s5: 1",
+                                              "element int64, s5: 1",
+                                              "annotation alien, in s6: 1"}));
 
     // What stood behind an annotation that is gone follows the one before.
     document->RemoveAnnotation(NoteAt(*document, 0));
     const std::string fewer = Save(*document).at("document.xml");
     EXPECT_LT(fewer.find("<group>"), fewer.find("alien"));
     EXPECT_LT(fewer.find("alien"), fewer.find("\"note\""));
+}
+
+TEST_F(DocumentTest, TellsOnceForEachKindAndAnnotationWhatItDoesNotKnow)
+{
+    const std::string future = "<float key='glow' value='1'/><float key='glow' value='2'/>";
+    const std::string wrong = "<int32 key='text' value='3'/><float key='size' value='big'/>";
+    const auto document = OpenXml(Xml(NoteXml(future + wrong) + NoteXml(future + "<element name='halo'/>") +
+                                      "<element name='alien'/><element name='alien'>" + wrong + "</element>"));
+    EXPECT_TRUE(document->GetProblems().empty());
+    EXPECT_EQ(UnknownOf(*document),
+              (std::vector<std::string>{"value float \"size\" has the wrong value \"big\", s1: lost",
+                                        "value float \"size\" has the wrong value \"big\", s4: lost",
+                                        "float glow, s1: 2", "int32 text, s1, not symbol: 1", "float glow, s2: 2",
+                                        "element halo, s2: 1", "annotation alien, in s3: 2"}));
+    std::string many;
+    for (int i = 0; i < 1500; ++i) {
+        many += NoteXml(future);
+    }
+    const auto large = OpenXml(Xml(many));
+    EXPECT_EQ(large->GetUnknown().size(), 1000u);
+    EXPECT_EQ(large->GetUnlistedUnknownCount(), 1000u);
+    EXPECT_EQ(UnknownOf(*large).back(), "float glow, s1000: 2");
 }
 
 TEST_F(DocumentTest, EveryAnnotationHasAnIdOfItsOwn)
@@ -397,7 +459,6 @@ TEST_F(DocumentTest, EveryAnnotationHasAnIdOfItsOwn)
 TEST_F(DocumentTest, OpensWhatItCanAndTellsTheRest)
 {
     const std::pair<std::string, const char*> problems[] = {
-        {Xml(NoteXml("<float key='k' value='much'/>")), "annotation 1 of the view: float \"k\" has the wrong value"},
         {Xml("", "<pages><page width='0' height='1'/></pages>"), "page 1 has no sound \"width\""},
         {Xml("", "<pages><page width='1' height='nan'/></pages>"), "page 1 has no sound \"height\""},
         {Xml("", "<templates><template/></templates>"), "template 0 has no id"},

@@ -261,16 +261,20 @@ TEST_F(ProductTest, WhatIsNotUnderstoodStaysInItsPlace)
 {
     const auto document = OpenProduct(
         "<early/><components c='1'><component name='p' mesh='1' d='2'/><gap/><component name='r'><before/><use id='a' "
-        "component='0' e='3'><in/></use></component></components><parts><part path='/a' hidden='true' f='4'/><part "
-        "path='/b'/><part path='/a' location='0 0 0 0 0 0 0 0 0 0 0 0'/></parts><service><node/></service><late/>");
-    EXPECT_EQ(document->GetProblems().size(), 3u) << "two parts and the service tree";
+        "component='0' e='3'><in/></use></component></components><parts><part path='/a' hidden='true' "
+        "f='4'><look/></part><part "
+        "path='/b'/><part path='/a' hidden='maybe'/><state/><part path='/a' location='0 0 0 0 0 0 0 0 0 0 0 "
+        "0'/></parts><service><node/></service><late/>");
+    EXPECT_EQ(document->GetProblems().size(), 4u) << "three parts and the service tree";
+    EXPECT_EQ(document->GetUnknown().size(), 11u);
     EXPECT_FALSE(Part(*document, "/a")->IsShown());
     const std::map<std::string, std::string> saved = Save(*document);
     const std::string& text = saved.at("document.xml");
     std::size_t at = 0;
     for (const char* const kept :
          {"<early>", "<components c=\"1\"", "mesh=\"1\" d=\"2\"", "<gap>", "<before>", "e=\"3\"", "<in>", "path=\"/b\"",
-          "path=\"/a\" location=\"0 0", "hidden=\"true\" f=\"4\"", "<service>", "<late>"}) {
+          "hidden=\"maybe\"", "<state>", "path=\"/a\" location=\"0 0", "hidden=\"true\" f=\"4\"", "<look>", "<service>",
+          "<late>"}) {
         at = text.find(kept, at);
         ASSERT_NE(at, std::string::npos) << kept << " in " << text;
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <assimp/GltfMaterial.h>
 #include <assimp/scene.h>
 #include <charconv>
 #include <cmath>
@@ -238,14 +239,24 @@ private:
             (material.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS && TextOf(name) == AI_DEFAULT_MATERIAL_NAME)) {
             return plain.color;
         }
-        float opacity = 1.0F;
-        material.Get(AI_MATKEY_OPACITY, opacity);
         // Written so that what is no number becomes 0.
         const auto share = [](float value) { return value > 0.0F ? std::min(value, 1.0F) : 0.0F; };
         const auto shown = [&](float value) {
             return m_settings.areColorsLinear ? share(LinearToDisplay(share(value))) : share(value);
         };
-        return {shown(diffuse.r), shown(diffuse.g), shown(diffuse.b), share(std::min(diffuse.a, opacity))};
+        return {shown(diffuse.r), shown(diffuse.g), shown(diffuse.b), share(AlphaOf(material, diffuse.a))};
+    }
+
+    /// Nothing is made to be seen nowhere: exporters that write 0 mean how much of what is behind is seen.
+    static float AlphaOf(const aiMaterial& material, float alphaOfColor)
+    {
+        float opacity = 1.0F;
+        material.Get(AI_MATKEY_OPACITY, opacity);
+        aiString mode;
+        const bool isOpaque =
+            material.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == aiReturn_SUCCESS && TextOf(mode) == "OPAQUE";
+        const float alpha = std::min(alphaOfColor, opacity);
+        return isOpaque || !(alpha > 0.0F) ? 1.0F : alpha;
     }
 
     const aiScene& m_scene;

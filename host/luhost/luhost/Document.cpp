@@ -1,6 +1,7 @@
 #include "AttachOrder.h"
 #include "DocumentFile.h"
 #include "DocumentProduct.h"
+#include "ForeignAttributes.h"
 #include "PageDrawing.h"
 #include "SymbolFiles.h"
 
@@ -21,6 +22,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <map>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -32,6 +34,7 @@ namespace
 {
 
 using luk::SerializedContentElement;
+using luk::SerializedContentXml;
 using luk::illustration::SymbolTemplateCollection;
 using luk::illustration2d::Scene2D;
 using AnnotationPtr = du::SmartPtr<luk::Annotation>;
@@ -73,6 +76,40 @@ SerializedContentElement ContentOf(luk::Annotation& annotation)
         return std::move(content.GetChild(0));
     }
     return content;
+}
+
+/// The types of the properties that an annotation saves of its own, beside those that it has not understood.
+std::unordered_map<std::string, std::string> OwnTypesOf(luk::Annotation& annotation)
+{
+    std::unordered_map<std::string, std::string> types;
+    std::unordered_set<std::string> unknown;
+    const auto nameOf = [](const SerializedContentElement::Property& property) {
+        return std::string(SerializedContentXml::GetTypeName(property.value)) + property.key.GetText();
+    };
+    if (const SerializedContentElement* const content = annotation.GetUnknownContent()) {
+        for (const SerializedContentElement::Property& property : content->GetProperties()) {
+            unknown.insert(nameOf(property));
+        }
+        for (std::size_t i = 0; i < content->GetChildCount(); ++i) {
+            unknown.insert(content->GetChild(i).GetName().GetText());
+        }
+    }
+    const SerializedContentElement content = ContentOf(annotation);
+    const auto addOf = [&](const SerializedContentElement& element) {
+        for (const SerializedContentElement::Property& property : element.GetProperties()) {
+            if (!property.IsForeign() && unknown.count(nameOf(property)) == 0) {
+                types[property.key.GetText()] = SerializedContentXml::GetTypeName(property.value);
+            }
+        }
+    };
+    addOf(content);
+    for (std::size_t i = 0; i < content.GetChildCount(); ++i) {
+        if (const SerializedContentElement& child = content.GetChild(i);
+            unknown.count(child.GetName().GetText()) == 0) {
+            addOf(child);
+        }
+    }
+    return types;
 }
 
 /// Ids of templates, each once, in order of first use.
@@ -121,7 +158,7 @@ public:
     std::size_t AddPage(const PageSize& size);
     void MakeAnnotations();
     bool AddAnnotation(const AnnotationPtr& annotation, const luk::Scene* scene);
-    bool RemoveAnnotation(const AnnotationPtr& annotation);
+    std::size_t RemoveAnnotations(const std::vector<AnnotationPtr>& annotations);
 
     std::vector<AnnotationPtr> MembersOf(std::size_t part) const;
     AnnotationPtr Find(const du::Symbol& idPath);
@@ -131,6 +168,7 @@ public:
     bool SetProduct(const ProductModel& model, std::string& problem);
 
     std::vector<std::string> GetUsedTemplateIds();
+    void FindExpectedTypes();
     bool Save(const std::string& path, std::string& error);
 
     struct Part {
@@ -141,6 +179,7 @@ public:
     Setup m_setup;
     DocumentFile m_file;
     DocumentProblems m_problems;
+    bool m_hasAllFiles = true; ///< of the package's pictures and shapes, in the temporary folder
     DocumentProduct m_product;
     du::SmartPtr<luk::ShapeScene> m_scene;
     std::vector<Part> m_parts; ///< the view, then the pages
@@ -151,7 +190,7 @@ public:
 private:
     /// What the file said of an annotation that the annotation itself does not know.
     struct Remembered {
-        std::string attributes;
+        ForeignAttributes attributes;
         std::string templateId; ///< that the session's library does not have
         bool hasTemplateId = false;
     };
@@ -168,6 +207,9 @@ private:
     void Close();
     void AddPart(const du::SmartPtr<luk::Scene>& scene, const du::SmartPtr<Scene2D>& page);
     void TakeEntries(std::vector<PackageEntry>& entries);
+    void AddUnknownEntry(const std::string& name);
+    void AddUnknownClass(const DocumentFile::Slot& slot);
+    void AddUnknownOf(const luk::Annotation& annotation);
 
     /// One that has been read and is not attached yet.
     struct Made {
@@ -185,7 +227,7 @@ private:
                          const SymbolTemplateCollection* collection) const;
     /// Puts an annotation that has its id path into a scene.
     bool Place(const AnnotationPtr& annotation, std::size_t part);
-    void RemoveElements(const luk::Annotation& annotation, Scene2D& page) const;
+    void RemoveElements(const std::unordered_set<du::Symbol>& idPaths, Scene2D& page) const;
 
     bool IsTaken(const du::Symbol& idPath) const;
     AnnotationPtr FindIndexed(const du::Symbol& idPath) const;
@@ -243,11 +285,23 @@ void Document::Content::TakeEntries(std::vector<PackageEntry>& entries)
         if (entry.name == kLibraryEntry) {
             m_libraryText = std::move(entry.bytes);
         } else if (picture.empty()) {
+            AddUnknownEntry(entry.name);
             m_keptEntries.push_back(std::move(entry));
         } else if (!SymbolFiles::Unpack(temporaryFolder, picture, entry.bytes)) {
             m_problems.Add("the picture \"" + std::string(picture) + "\" could not be unpacked");
+            m_hasAllFiles = false;
             m_keptEntries.push_back(std::move(entry));
         }
+    }
+}
+
+void Document::Content::AddUnknownEntry(const std::string& name)
+{
+    if (!DocumentProduct::IsMeshEntry(name)) {
+        Unknown unknown;
+        unknown.kind = "entry";
+        unknown.where = name;
+        m_problems.AddUnknown(std::move(unknown));
     }
 }
 
@@ -371,17 +425,80 @@ void Document::Content::MakeAnnotation(DocumentFile::Slot& slot, std::vector<Mad
         m_setup.createAnnotation ? du::DynamicCast<luk::Annotation>(m_setup.createAnnotation(classWord)) : nullptr;
     if (!annotation) {
         ++m_unknownAnnotations;
+        AddUnknownClass(slot);
         return;
     }
     Remembered remembered;
-    remembered.attributes = slot.content->GetForeign();
+    remembered.attributes = ForeignAttributes(*slot.content);
     const std::uint64_t* const index = FindTemplateIndex(*slot.content);
     const std::uint64_t indexInFile = index ? *index : kNoTemplate;
     ResolveTemplate(*slot.content, remembered, collection);
     const bool isRead = annotation->InitializeFromSerializedContent(slot.content.get());
     annotation->SetIDPath(slot.idPath);
     annotation->SetCreatedFromFile(true);
+    remembered.attributes.ForEach([&](const std::string& holder, const std::string& attributes) {
+        m_problems.AddUnknown(attributes, {holder}, slot.idPath.GetText());
+    });
+    AddUnknownOf(*annotation);
     made.push_back({&slot, annotation, std::move(remembered), indexInFile, isRead});
+}
+
+void Document::Content::AddUnknownClass(const DocumentFile::Slot& slot)
+{
+    Unknown unknown;
+    unknown.kind = "annotation";
+    unknown.name = slot.content->GetName().GetText();
+    unknown.where = slot.idPath.GetText();
+    m_problems.AddUnknown(std::move(unknown));
+}
+
+void Document::Content::AddUnknownOf(const luk::Annotation& annotation)
+{
+    const SerializedContentElement* const content = annotation.GetUnknownContent();
+    if (!content) {
+        return;
+    }
+    const std::string& idPath = annotation.GetIDPath().GetText();
+    const auto add = [&](std::string_view kind, const du::Symbol& name) {
+        Unknown unknown;
+        unknown.kind = kind;
+        unknown.name = name.GetText();
+        unknown.annotation = idPath;
+        m_problems.AddUnknown(std::move(unknown));
+    };
+    for (const SerializedContentElement::Property& property : content->GetProperties()) {
+        if (property.IsForeign()) {
+            m_problems.AddUnknown(*property.foreign, {}, idPath);
+        } else {
+            add(SerializedContentXml::GetTypeName(property.value), property.key);
+        }
+    }
+    for (std::size_t i = 0; i < content->GetChildCount(); ++i) {
+        const SerializedContentElement& child = content->GetChild(i);
+        if (child.IsForeign()) {
+            m_problems.AddUnknown(child.GetForeign(), {}, idPath);
+        } else {
+            add("element", child.GetName());
+        }
+    }
+}
+
+void Document::Content::FindExpectedTypes()
+{
+    AnnotationPtr annotation;
+    std::unordered_map<std::string, std::string> typesByKey;
+    for (Unknown& unknown : m_problems.GetUnknown()) {
+        if (unknown.annotation.empty() || !unknown.holder.empty() || unknown.kind == "element" || !unknown.isKept) {
+            continue;
+        }
+        if (!annotation || annotation->GetIDPath().GetText() != unknown.annotation) {
+            annotation = FindIndexed(du::Symbol::Find(unknown.annotation));
+            typesByKey = annotation ? OwnTypesOf(*annotation) : std::unordered_map<std::string, std::string>();
+        }
+        if (const auto own = typesByKey.find(unknown.name); own != typesByKey.end()) {
+            unknown.expected = own->second;
+        }
+    }
 }
 
 void Document::Content::AttachMade(Made& made, std::size_t part)
@@ -398,7 +515,7 @@ void Document::Content::AttachMade(Made& made, std::size_t part)
     }
     m_unmadeIdPaths.erase(slot.idPath);
     slot.content.reset();
-    if (!made.remembered.attributes.empty() || made.remembered.hasTemplateId) {
+    if (!made.remembered.attributes.IsEmpty() || made.remembered.hasTemplateId) {
         m_remembered.insert_or_assign(slot.idPath, std::move(made.remembered));
     }
 }
@@ -449,7 +566,7 @@ bool Document::Content::AddAnnotation(const AnnotationPtr& annotation, const luk
     if (!annotation || part == m_partBySet.end() || annotation->GetAnnoSet() == part->first) {
         return false;
     }
-    if (annotation->GetAnnoSet() && !RemoveAnnotation(annotation)) {
+    if (annotation->GetAnnoSet() && RemoveAnnotations({annotation}) == 0) {
         annotation->GetAnnoSet()->RemoveAnnotationFromSet(annotation);
     }
     if (IsTaken(annotation->GetIDPath())) {
@@ -458,24 +575,33 @@ bool Document::Content::AddAnnotation(const AnnotationPtr& annotation, const luk
     return Place(annotation, part->second);
 }
 
-bool Document::Content::RemoveAnnotation(const AnnotationPtr& annotation)
+std::size_t Document::Content::RemoveAnnotations(const std::vector<AnnotationPtr>& annotations)
 {
-    const std::size_t number = annotation ? PartOf(*annotation) : m_parts.size();
-    if (number == m_parts.size()) {
-        return false;
+    std::map<std::size_t, std::vector<AnnotationPtr>> byPart;
+    for (const AnnotationPtr& annotation : annotations) {
+        if (const std::size_t number = annotation ? PartOf(*annotation) : m_parts.size(); number < m_parts.size()) {
+            byPart[number].push_back(annotation);
+        }
     }
-    if (const du::SmartPtr<Scene2D>& page = m_parts[number].page) {
-        RemoveElements(*annotation, *page);
+    std::size_t removed = 0;
+    for (const auto& [number, members] : byPart) {
+        const Part& part = m_parts[number];
+        if (part.page) {
+            RemoveElements(IdPathsOf(members), *part.page);
+        }
+        for (const AnnotationPtr& annotation : members) {
+            m_index.erase(annotation->GetIDPath());
+            removed += part.scene->GetAnnoSet()->RemoveAnnotationFromSet(annotation) ? 1U : 0U;
+        }
     }
-    m_index.erase(annotation->GetIDPath());
-    return m_parts[number].scene->GetAnnoSet()->RemoveAnnotationFromSet(annotation);
+    return removed;
 }
 
-void Document::Content::RemoveElements(const luk::Annotation& annotation, Scene2D& page) const
+void Document::Content::RemoveElements(const std::unordered_set<du::Symbol>& idPaths, Scene2D& page) const
 {
     luk::illustration2d::Document2D& document = *page.GetDocument();
     for (const du::SmartPtr<luk::illustration2d::Node2D>& node : document.GetNodes()) {
-        if (node->GetIDPath() == annotation.GetIDPath()) {
+        if (idPaths.count(node->GetIDPath()) != 0) {
             const auto* const stamp = dynamic_cast<const luk::illustration2d::Stamp2D*>(node.get());
             const bool isDrawn = dynamic_cast<const luk::illustration2d::Lines2D*>(node.get()) != nullptr;
             if (isDrawn || (stamp && stamp->IsDerivedFromSymbol())) {
@@ -588,9 +714,6 @@ bool Document::Content::LookAtMember(luk::Annotation& annotation, TemplateList& 
     SerializedContentElement content = ContentOf(annotation);
     const auto remembered = m_remembered.find(annotation.GetIDPath());
     const bool isRemembered = remembered != m_remembered.end();
-    if (isRemembered && content.GetForeign().empty()) {
-        content.SetForeign(remembered->second.attributes);
-    }
     std::uint64_t* const index = FindTemplateIndex(content);
     const auto& collection = SymbolTemplateCollection::GetCollection();
     if (const auto bound = index && collection ? collection->IndexToAssociativeObject(*index) : nullptr) {
@@ -607,6 +730,9 @@ bool Document::Content::LookAtMember(luk::Annotation& annotation, TemplateList& 
         }
     } else if (index) {
         *index = kNoTemplate;
+    }
+    if (isRemembered) {
+        remembered->second.attributes.PutBack(content);
     }
     return look(&content, {});
 }
@@ -655,7 +781,7 @@ bool Document::Content::WriteDocument(std::vector<PackageEntry>& entries, Symbol
                 return true;
             }
             files.Use(*content);
-            if (!luk::SerializedContentXml::Append(out, *content, depth)) {
+            if (!SerializedContentXml::Append(out, *content, depth)) {
                 error = "the content of a \"" + content->GetName().GetText() + "\" is nested too deep to be read again";
                 return false;
             }
@@ -778,7 +904,12 @@ bool Document::AddAnnotation(const AnnotationPtr& annotation, const du::SmartPtr
     return m_content->AddAnnotation(annotation, scene.get());
 }
 
-bool Document::RemoveAnnotation(const AnnotationPtr& annotation) { return m_content->RemoveAnnotation(annotation); }
+bool Document::RemoveAnnotation(const AnnotationPtr& annotation) { return RemoveAnnotations({annotation}) == 1; }
+
+std::size_t Document::RemoveAnnotations(const std::vector<AnnotationPtr>& annotations)
+{
+    return m_content->RemoveAnnotations(annotations);
+}
 
 std::vector<AnnotationPtr> Document::GetAnnotations() const
 {
@@ -805,6 +936,17 @@ int Document::GetPageOf(const luk::Annotation& annotation) const
 std::size_t Document::GetUnknownAnnotationCount() const noexcept { return m_content->m_unknownAnnotations; }
 
 const std::vector<std::string>& Document::GetProblems() const noexcept { return m_content->m_problems.Get(); }
+
+bool Document::HasAllFiles() const noexcept { return m_content->m_hasAllFiles; }
+
+const std::vector<Document::Unknown>& Document::GetUnknown() const noexcept
+{
+    return m_content->m_problems.GetUnknown();
+}
+
+void Document::FindExpectedTypes() { m_content->FindExpectedTypes(); }
+
+std::size_t Document::GetUnlistedUnknownCount() const noexcept { return m_content->m_problems.CountUnlisted(); }
 
 bool Document::Save(const std::string& path, std::string& error) const
 {

@@ -54,7 +54,7 @@ struct ServiceModel;
 ///
 /// Errors: a file that is no document is refused as a whole, with the reason. Content that is not understood is kept and
 /// written again in its place: annotations of an unknown class, unknown properties, unknown elements and package entries.
-/// What could not be read well is told by GetProblems.
+/// GetUnknown tells which. What else could not be read well is told by GetProblems.
 ///
 /// Threads: belongs to the host thread.
 class LUHOST_API Document
@@ -127,6 +127,8 @@ public:
     bool AddAnnotation(const du::SmartPtr<luk::Annotation>& annotation, const du::SmartPtr<luk::Scene>& scene);
     /// Detaches it and lets go of it. @return false when it is not of this document
     bool RemoveAnnotation(const du::SmartPtr<luk::Annotation>& annotation);
+    /// The same for many, in one pass over what is on their pages. @return how many were of this document
+    std::size_t RemoveAnnotations(const std::vector<du::SmartPtr<luk::Annotation>>& annotations);
 
     /// Those of the view, then those of each page, in the order in which they are drawn.
     std::vector<du::SmartPtr<luk::Annotation>> GetAnnotations() const;
@@ -139,6 +141,28 @@ public:
     std::size_t GetUnknownAnnotationCount() const noexcept;
 
     const std::vector<std::string>& GetProblems() const noexcept;
+
+    /// False when a picture or shape of the package could not be put into the temporary folder, which may be full: a Save keeps
+    /// it, and what is drawn or taken from the document lacks it.
+    bool HasAllFiles() const noexcept;
+
+    /// Something in the file that this program does not know, or cannot read.
+    struct Unknown {
+        std::string kind;   ///< "attribute", "element", "entry", "annotation", "value", or the type of a property
+        std::string name;   ///< its name or key, shortened; the class word of an annotation; of a value what is wrong
+        std::string holder; ///< name of the element that holds it; empty for properties
+        std::string annotation; ///< id path of the annotation that holds it; empty for none
+        std::string where;      ///< the first place, in words; empty where there is nothing to add
+        std::string expected;   ///< the type that the annotation has for this key; see FindExpectedTypes
+        bool isKept = true;     ///< whether the next Save writes it again
+        std::size_t count = 1;
+    };
+    /// One for each kind, name, holder and annotation, after AttachAnnotations. As much as somebody may want to read.
+    const std::vector<Unknown>& GetUnknown() const noexcept;
+    /// Asks the annotations that hold some of it for their content, and so for the types that they know their keys by.
+    void FindExpectedTypes();
+    /// How often there is more that is not listed.
+    std::size_t GetUnlistedUnknownCount() const noexcept;
 
     /// Packs what the document now is: pictures that some annotation names, and nothing twice. The same content gives the
     /// same bytes.

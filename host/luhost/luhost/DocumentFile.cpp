@@ -70,17 +70,22 @@ public:
 
     void Read(const dg::XmlElem& root)
     {
-        m_file.kept.ReadAttributes(root, {kVersion, kNextId, kNextStructureId});
+        const KeptXml::Holder holder{kDocument};
+        m_file.kept.ReadAttributes(root, {kVersion, kNextId, kNextStructureId}, holder, m_problems);
         ReadVersion(root.GetAttribute(kVersion));
         ReadCounter(root, kNextId, m_file.nextId);
         ReadCounter(root, kNextStructureId, m_file.nextStructureId);
-        ReadChildren(root, m_file.kept, {kProduct, kView, kPages, kTemplates},
+        ReadChildren(root, m_file.kept, holder, {kProduct, kView, kPages, kTemplates},
                      [this](std::size_t which, const dg::XmlElem& child) {
                          which == 0   ? m_takeProduct(child)
                          : which == 1 ? ReadView(child)
                          : which == 2 ? ReadPages(child)
                                       : ReadTemplates(child);
                      });
+        m_file.CompleteIdPaths(m_problems);
+        for (const auto& [place, slot] : m_wrongValues) {
+            m_problems.GetUnknown()[place].annotation = slot->idPath.GetText();
+        }
     }
 
 private:
@@ -109,19 +114,21 @@ private:
 
     /// Takes the first child of each name, and keeps all else.
     template <class Take>
-    void ReadChildren(const dg::XmlElem& element, KeptXml& kept, std::initializer_list<std::string_view> names,
-                      const Take& take)
+    void ReadChildren(const dg::XmlElem& element, KeptXml& kept, const KeptXml::Holder& holder,
+                      std::initializer_list<std::string_view> names, const Take& take)
     {
         std::size_t place = 0;
         std::vector<bool> seen(names.size());
         for (dg::XmlElem child = element.FirstChild(); child; child = child.NextSibling()) {
             const auto name = std::find(names.begin(), names.end(), child.GetName());
             const auto which = static_cast<std::size_t>(name - names.begin());
-            if (name == names.end() || seen[which]) {
-                if (name != names.end()) {
-                    m_problems.Add("a second \"" + std::string(*name) + "\" is kept and not read");
-                }
-                kept.Keep(place, child);
+            if (name == names.end()) {
+                kept.KeepUnknown(place, child, holder, m_problems);
+                continue;
+            }
+            if (seen[which]) {
+                m_problems.Add("a second \"" + std::string(*name) + "\" is kept and not read");
+                kept.KeepTold(place, child);
                 continue;
             }
             seen[which] = true;
@@ -132,61 +139,84 @@ private:
 
     void ReadView(const dg::XmlElem& view)
     {
-        m_file.view.kept.ReadAttributes(view, {});
-        ReadChildren(view, m_file.view.kept, {kCamera, kAnnotations},
+        const KeptXml::Holder holder{kView};
+        m_file.view.kept.ReadAttributes(view, {}, holder, m_problems);
+        ReadChildren(view, m_file.view.kept, holder, {kCamera, kAnnotations},
                      [this](std::size_t which, const dg::XmlElem& child) {
-                         which == 0 ? ReadCamera(child) : ReadAnnotations(child, m_file.view, "the view");
+                         which == 0 ? ReadCamera(child) : ReadAnnotations(child, m_file.view, "the view", 0);
                      });
     }
 
     void ReadPages(const dg::XmlElem& pages)
     {
-        m_file.keptInPages.ReadAttributes(pages, {});
+        const KeptXml::Holder holder{kPages};
+        m_file.keptInPages.ReadAttributes(pages, {}, holder, m_problems);
         for (dg::XmlElem child = pages.FirstChild(); child; child = child.NextSibling()) {
             if (child.GetName() == kPage) {
                 m_file.pages.emplace_back().drawing = std::make_shared<PageDrawing>();
-                ReadPage(child, m_file.pages.back(), "page " + std::to_string(m_file.pages.size()));
+                ReadPage(child, m_file.pages.back(), m_file.pages.size());
             } else {
-                m_file.keptInPages.Keep(m_file.pages.size(), child);
+                m_file.keptInPages.KeepUnknown(m_file.pages.size(), child, holder, m_problems);
             }
         }
     }
 
-    void ReadPage(const dg::XmlElem& xml, DocumentFile::Part& page, const std::string& where)
+    void ReadPage(const dg::XmlElem& xml, DocumentFile::Part& page, std::size_t number)
     {
-        page.kept.ReadAttributes(xml, {kWidth, kHeight});
+        const std::string where = "page " + std::to_string(number);
+        const KeptXml::Holder holder{kPage, kPage, number};
+        page.kept.ReadAttributes(xml, {kWidth, kHeight}, holder, m_problems);
         ReadLength(xml, kWidth, page.size.width, where);
         ReadLength(xml, kHeight, page.size.height, where);
-        ReadChildren(xml, page.kept, {kDrawing, kAnnotations}, [&](std::size_t which, const dg::XmlElem& child) {
-            which == 0 ? page.drawing->Read(child, where, m_pointsLeft, m_problems)
-                       : ReadAnnotations(child, page, where);
-        });
+        ReadChildren(xml, page.kept, holder, {kDrawing, kAnnotations},
+                     [&](std::size_t which, const dg::XmlElem& child) {
+                         which == 0 ? page.drawing->Read(child, number, m_pointsLeft, m_problems)
+                                    : ReadAnnotations(child, page, kPage, number);
+                     });
     }
 
-    void ReadAnnotations(const dg::XmlElem& list, DocumentFile::Part& part, const std::string& where)
+    /// @param noun and number of what the annotations are on
+    void ReadAnnotations(const dg::XmlElem& list, DocumentFile::Part& part, std::string_view noun, std::size_t number)
     {
-        part.keptInList.ReadAttributes(list, {});
+        const KeptXml::Holder holder{kAnnotations, noun, number};
+        part.keptInList.ReadAttributes(list, {}, holder, m_problems);
         part.annotations.reserve(list.CountChildren());
         for (dg::XmlElem child = list.FirstChild(); child; child = child.NextSibling()) {
             DocumentFile::Slot& slot = part.annotations.emplace_back();
             if (child.GetName() != kElement) {
                 SerializedContentXml::AppendForeign(slot.foreign, child);
+                m_problems.AddUnknown(slot.foreign, holder);
                 continue;
             }
-            const auto tell = [&](const std::string& problem) {
-                std::string text = "annotation " + std::to_string(part.annotations.size());
-                m_problems.Add(text.append(" of ").append(where).append(": ").append(problem));
-            };
+            const auto tell = [&](const std::string& problem) { AddWrongValue(slot, problem); };
             slot.content = std::make_unique<SerializedContentElement>(SerializedContentXml::Read(child, tell));
+        }
+    }
+
+    /// An annotation gets its id when all are read; until then it is told from others by a number.
+    void AddWrongValue(const DocumentFile::Slot& slot, const std::string& problem)
+    {
+        if (m_wrongValues.empty() || m_wrongValues.back().second != &slot) {
+            ++m_slotsWithWrongValues;
+        }
+        DocumentProblems::Unknown value;
+        value.kind = "value";
+        value.name = problem;
+        value.annotation = std::to_string(m_slotsWithWrongValues);
+        value.isKept = false;
+        const std::size_t place = m_problems.AddUnknown(std::move(value));
+        if (place != DocumentProblems::kNotListed) {
+            m_wrongValues.emplace_back(place, &slot);
         }
     }
 
     void ReadTemplates(const dg::XmlElem& templates)
     {
-        m_file.keptInTemplates.ReadAttributes(templates, {});
+        const KeptXml::Holder holder{kTemplates};
+        m_file.keptInTemplates.ReadAttributes(templates, {}, holder, m_problems);
         for (dg::XmlElem child = templates.FirstChild(); child; child = child.NextSibling()) {
             if (child.GetName() != kTemplate) {
-                m_file.keptInTemplates.Keep(0, child);
+                m_file.keptInTemplates.KeepUnknown(0, child, holder, m_problems);
                 continue;
             }
             std::string id;
@@ -196,9 +226,9 @@ private:
                 continue;
             }
             KeptXml kept;
-            kept.ReadAttributes(child, {kId, kIdBase64});
-            if (!kept.GetAttributes().empty()) {
-                m_file.templateAttributes.emplace(id, kept.GetAttributes());
+            kept.ReadWhole(child, {kId, kIdBase64}, {kTemplate, kTemplate, 0, id}, m_problems);
+            if (!kept.IsEmpty()) {
+                m_file.keptInTemplate.emplace(id, std::move(kept));
             }
             m_file.templateIds.emplace_back(std::move(id));
         }
@@ -206,11 +236,8 @@ private:
 
     void ReadCamera(const dg::XmlElem& xml)
     {
-        m_file.keptInCamera.ReadAttributes(xml,
-                                           {kProjection, kWidth, kFieldOfView, kLocation, kPixelWidth, kPixelHeight});
-        for (dg::XmlElem child = xml.FirstChild(); child; child = child.NextSibling()) {
-            m_file.keptInCamera.Keep(0, child);
-        }
+        m_file.keptInCamera.ReadWhole(xml, {kProjection, kWidth, kFieldOfView, kLocation, kPixelWidth, kPixelHeight},
+                                      {kCamera}, m_problems);
         dg::Camera3D& camera = m_file.camera;
         double width = camera.GetOrthographicWidth();
         double fieldOfView = camera.GetPerspectiveHFOV();
@@ -273,6 +300,8 @@ private:
     const DocumentFile::TakeProduct& m_takeProduct;
     DocumentProblems& m_problems;
     std::size_t m_pointsLeft = PageDrawing::kMaxPoints;
+    std::vector<std::pair<std::size_t, const DocumentFile::Slot*>> m_wrongValues; ///< with places in the problems
+    std::size_t m_slotsWithWrongValues = 0;
 };
 
 void AppendIndent(std::string& out, int depth) { out.append(2 * static_cast<std::size_t>(depth), ' '); }
@@ -353,20 +382,125 @@ void DocumentProblems::Add(std::string problem)
     }
 }
 
-void KeptXml::ReadAttributes(const dg::XmlElem& element, std::initializer_list<std::string_view> known)
+std::size_t DocumentProblems::AddUnknown(Unknown unknown)
 {
-    for (dg::XmlAttribute attribute = element.FirstAttribute(); attribute; attribute = attribute.Next()) {
-        if (std::find(known.begin(), known.end(), attribute.GetName()) == known.end()) {
-            SerializedContentXml::AppendForeignAttribute(m_attributes, attribute.GetName(), attribute.GetValue());
-        }
+    constexpr std::size_t kMaxUnknown = 1000;
+    constexpr std::size_t kMaxNameBytes = 100;
+    if (unknown.name.size() > kMaxNameBytes) {
+        unknown.name.replace(kMaxNameBytes, std::string::npos, "...");
+    }
+    std::string key = unknown.kind;
+    for (const std::string* const part : {&unknown.name, &unknown.holder, &unknown.annotation}) {
+        key.append(1, '\0').append(*part);
+    }
+    if (const auto found = m_places.find(key); found != m_places.end()) {
+        m_unknown[found->second].count += unknown.count;
+        return found->second;
+    }
+    if (m_unknown.size() == kMaxUnknown) {
+        m_unlisted += unknown.count;
+        return kNotListed;
+    }
+    m_places.emplace(std::move(key), m_unknown.size());
+    m_unknown.push_back(std::move(unknown));
+    return m_unknown.size() - 1;
+}
+
+void DocumentProblems::AddUnknown(std::string_view xml, const Holder& holder, const std::string& annotation)
+{
+    if (xml.empty()) {
+        return;
+    }
+    Unknown unknown;
+    unknown.holder = holder.element;
+    unknown.annotation = annotation;
+    unknown.where = holder.noun;
+    if (holder.number != 0) {
+        unknown.where.append(" ").append(std::to_string(holder.number));
+    }
+    if (!holder.name.empty()) {
+        constexpr std::size_t kMaxNameBytes = 200;
+        unknown.where.append(" \"").append(holder.name.substr(0, kMaxNameBytes)).append("\"");
+    }
+    if (xml.starts_with('<')) {
+        unknown.kind = "element";
+        unknown.name = xml.substr(1, xml.find_first_of(" />") - 1);
+        AddUnknown(std::move(unknown));
+        return;
+    }
+    // As it is kept: a blank, the name, and in quotes a value that has none in it.
+    unknown.kind = "attribute";
+    for (std::size_t at = 0; at < xml.size();) {
+        const std::size_t equals = xml.find('=', at);
+        unknown.name = xml.substr(at + 1, equals - at - 1);
+        AddUnknown(unknown);
+        at = std::min(xml.find('"', std::min(equals, xml.size() - 2) + 2), xml.size() - 1) + 1;
     }
 }
 
-void KeptXml::Keep(std::size_t place, const dg::XmlElem& element)
+void DocumentProblems::Take(DocumentProblems& others)
+{
+    for (std::string& problem : others.m_problems) {
+        Add(std::move(problem));
+    }
+    for (Unknown& unknown : others.m_unknown) {
+        AddUnknown(std::move(unknown));
+    }
+    m_unlisted += others.m_unlisted;
+    others = {};
+}
+
+std::string UnknownAttributesOf(const dg::XmlElem& element, std::initializer_list<std::string_view> known)
+{
+    std::string attributes;
+    for (dg::XmlAttribute attribute = element.FirstAttribute(); attribute; attribute = attribute.Next()) {
+        if (std::find(known.begin(), known.end(), attribute.GetName()) == known.end()) {
+            SerializedContentXml::AppendForeignAttribute(attributes, attribute.GetName(), attribute.GetValue());
+        }
+    }
+    return attributes;
+}
+
+void KeptXml::ReadAttributes(const dg::XmlElem& element, std::initializer_list<std::string_view> known,
+                             const Holder& holder, DocumentProblems& problems)
+{
+    m_attributes = UnknownAttributesOf(element, known);
+    problems.AddUnknown(m_attributes, holder);
+}
+
+void KeptXml::ReadWhole(const dg::XmlElem& element, std::initializer_list<std::string_view> known, const Holder& holder,
+                        DocumentProblems& problems)
+{
+    ReadAttributes(element, known, holder, problems);
+    for (dg::XmlElem child = element.FirstChild(); child; child = child.NextSibling()) {
+        KeepUnknown(0, child, holder, problems);
+    }
+}
+
+void KeptXml::KeepUnknown(std::size_t place, const dg::XmlElem& element, const Holder& holder,
+                          DocumentProblems& problems)
+{
+    problems.AddUnknown(KeepTold(place, element), holder);
+}
+
+const std::string& KeptXml::KeepTold(std::size_t place, const dg::XmlElem& element)
 {
     std::string xml;
     SerializedContentXml::AppendForeign(xml, element);
-    m_elements.emplace(place, std::move(xml));
+    return m_elements.emplace(place, std::move(xml))->second;
+}
+
+void KeptXml::WriteElement(std::string& out, std::string_view name, const std::string& attributes, int depth) const
+{
+    AppendIndent(out, depth);
+    out.append("<").append(name).append(attributes).append(m_attributes);
+    if (m_elements.empty()) {
+        out.append("/>\n");
+        return;
+    }
+    out.append(">\n");
+    Write(out, 0, depth + 1);
+    AppendClose(out, name, depth);
 }
 
 void KeptXml::Write(std::string& out, std::size_t place, int depth) const
@@ -400,7 +534,6 @@ bool DocumentFile::Read(std::string xml, const TakeProduct& takeProduct, Documen
         return false;
     }
     Reader(*this, takeProduct, problems).Read(*root);
-    CompleteIdPaths(problems);
     return true;
 }
 
@@ -454,11 +587,10 @@ bool DocumentFile::Write(std::string& out, const std::string& product, const dg:
     kept.Write(out, 3, 1);
 
     AppendOpen(out, kTemplates, keptInTemplates.GetAttributes(), 1);
+    const KeptXml nothing;
     for (const std::string& id : ids) {
-        const auto attributes = templateAttributes.find(id);
-        AppendIndent(out, 2);
-        out.append("<").append(kTemplate).append(Text(kId, id));
-        out.append(attributes == templateAttributes.end() ? std::string() : attributes->second).append("/>\n");
+        const auto keptOf = keptInTemplate.find(id);
+        (keptOf == keptInTemplate.end() ? nothing : keptOf->second).WriteElement(out, kTemplate, Text(kId, id), 2);
     }
     keptInTemplates.Write(out, 0, 2);
     AppendClose(out, kTemplates, 1);

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -30,27 +31,69 @@ namespace luhost
 
 class PageDrawing;
 
-/// What could not be read well, in words; no more of it than somebody may want to read.
+/// What could not be read well, and what is not known; no more of either than somebody may want to read.
 class DocumentProblems
 {
 public:
+    using Unknown = Document::Unknown;
+
+    /// The element that holds something, and where it is: "page 2", or "part \"/bolt-1\"".
+    struct Holder {
+        std::string_view element;
+        std::string_view noun = {};
+        std::size_t number = 0; ///< 0 for none
+        std::string_view name = {};
+    };
+
     void Add(std::string problem);
     const std::vector<std::string>& Get() const noexcept { return m_problems; }
 
+    /// Counts it with those before of the same kind, name, holder and annotation.
+    /// @return its place in the list; kNotListed when that is full
+    std::size_t AddUnknown(Unknown unknown);
+    /// All that a text of kept XML holds at its top: further attributes, or one element.
+    void AddUnknown(std::string_view xml, const Holder& holder, const std::string& annotation = {});
+
+    /// What others have collected, which is theirs no longer.
+    void Take(DocumentProblems& others);
+
+    std::vector<Unknown>& GetUnknown() noexcept { return m_unknown; }
+    const std::vector<Unknown>& GetUnknown() const noexcept { return m_unknown; }
+    std::size_t CountUnlisted() const noexcept { return m_unlisted; }
+
+    static constexpr std::size_t kNotListed = std::numeric_limits<std::size_t>::max();
+
 private:
     std::vector<std::string> m_problems;
+    std::vector<Unknown> m_unknown;
+    std::unordered_map<std::string, std::size_t> m_places;
+    std::size_t m_unlisted = 0;
 };
 
+/// As they are kept. Whoever asks tells them.
+std::string UnknownAttributesOf(const dg::XmlElem& element, std::initializer_list<std::string_view> known);
+
 /// XML of an element that this program does not understand: further attributes, and elements between those that it knows.
+/// What it takes it tells, unless that has been told in words of its own.
 class KeptXml
 {
 public:
-    void ReadAttributes(const dg::XmlElem& element, std::initializer_list<std::string_view> known);
+    using Holder = DocumentProblems::Holder;
+
+    void ReadAttributes(const dg::XmlElem& element, std::initializer_list<std::string_view> known, const Holder& holder,
+                        DocumentProblems& problems);
     /// @param place number of known child elements that it stands behind
-    void Keep(std::size_t place, const dg::XmlElem& element);
+    void KeepUnknown(std::size_t place, const dg::XmlElem& element, const Holder& holder, DocumentProblems& problems);
+    /// @return what is kept
+    const std::string& KeepTold(std::size_t place, const dg::XmlElem& element);
+    /// The attributes, and all that is in the element.
+    void ReadWhole(const dg::XmlElem& element, std::initializer_list<std::string_view> known, const Holder& holder,
+                   DocumentProblems& problems);
 
     const std::string& GetAttributes() const noexcept { return m_attributes; }
     void Write(std::string& out, std::size_t place, int depth) const;
+    /// An element of which no other content is known. @param attributes that are known
+    void WriteElement(std::string& out, std::string_view name, const std::string& attributes, int depth) const;
 
     void ForEachElement(const std::function<void(const std::string&)>& look) const;
     bool HasElements() const noexcept { return !m_elements.empty(); }
@@ -124,7 +167,7 @@ struct DocumentFile {
     KeptXml keptInCamera;
     KeptXml keptInPages;
     KeptXml keptInTemplates;
-    std::unordered_map<std::string, std::string> templateAttributes;
+    std::unordered_map<std::string, KeptXml> keptInTemplate;
 };
 
 } // namespace luhost

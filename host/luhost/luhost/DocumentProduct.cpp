@@ -78,16 +78,17 @@ bool ReadValue(const dg::XmlElem& xml, std::string_view name, T& value)
 }
 
 /// All children that are not understood, and the attributes.
-KeptXml KeepUnknown(const dg::XmlElem& xml, std::initializer_list<std::string_view> attributes, std::string_view child)
+KeptXml KeepUnknown(const dg::XmlElem& xml, std::initializer_list<std::string_view> attributes, std::string_view child,
+                    const KeptXml::Holder& holder, DocumentProblems& problems)
 {
     KeptXml kept;
-    kept.ReadAttributes(xml, attributes);
+    kept.ReadAttributes(xml, attributes, holder, problems);
     std::size_t place = 0;
     for (dg::XmlElem below = xml.FirstChild(); below; below = below.NextSibling()) {
-        if (!child.empty() && below.GetName() == child) {
+        if (below.GetName() == child) {
             ++place;
         } else {
-            kept.Keep(place, below);
+            kept.KeepUnknown(place, below, holder, problems);
         }
     }
     return kept;
@@ -133,6 +134,7 @@ public:
     }
 
     ProductModel model;
+    DocumentProblems unknown;
 
 private:
     bool ReadComponent(const dg::XmlElem& xml)
@@ -143,7 +145,8 @@ private:
         if (xml.HasAttribute(kMesh) && !ReadMesh(xml.GetAttribute(kMesh), component.mesh)) {
             return false;
         }
-        KeptXml kept = KeepUnknown(xml, {kName, kNameBase64, kMesh}, kUse);
+        KeptXml kept =
+            KeepUnknown(xml, {kName, kNameBase64, kMesh}, kUse, {kComponent, kComponent, 0, component.name}, unknown);
         if (!kept.IsEmpty()) {
             m_kept[index].kept = std::move(kept);
         }
@@ -165,7 +168,8 @@ private:
         if (xml.HasAttribute(kLocation) && !ReadValue(xml, kLocation, use.location)) {
             return Fail(m_problem, "the location of a use in component " + std::to_string(index) + " is none");
         }
-        KeptXml kept = KeepUnknown(xml, {kId, kIdBase64, kComponent, kLocation}, {});
+        KeptXml kept;
+        kept.ReadWhole(xml, {kId, kIdBase64, kComponent, kLocation}, {kUse, kUse, 0, use.id}, unknown);
         if (!kept.IsEmpty()) {
             m_kept[index].uses.emplace(use.id, std::move(kept));
         }
@@ -216,7 +220,7 @@ bool DocumentProduct::IsMeshEntry(std::string_view name) noexcept
 void DocumentProduct::Read(const dg::XmlElem& product, std::vector<PackageEntry>& entries, DocumentProblems& problems)
 {
     std::string problem;
-    if (!ReadComponents(product, entries, problem)) {
+    if (!ReadComponents(product, entries, problem, problems)) {
         problems.Add("the product is kept and not read: " + problem);
         SerializedContentXml::AppendForeign(m_refused, product);
         return;
@@ -224,12 +228,13 @@ void DocumentProduct::Read(const dg::XmlElem& product, std::vector<PackageEntry>
     constexpr std::array<std::string_view, 3> kKnown = {kComponents, kParts, kService};
     std::array<bool, kKnown.size()> seen{};
     std::size_t place = 0;
-    m_kept.ReadAttributes(product, {});
+    const KeptXml::Holder holder{kProduct};
+    m_kept.ReadAttributes(product, {}, holder, problems);
     for (dg::XmlElem child = product.FirstChild(); child; child = child.NextSibling()) {
         const auto which =
             static_cast<std::size_t>(std::find(kKnown.begin(), kKnown.end(), child.GetName()) - kKnown.begin());
         if (which == kKnown.size() || std::exchange(seen[which], true)) {
-            m_kept.Keep(place, child);
+            m_kept.KeepUnknown(place, child, holder, problems);
             continue;
         }
         place = which + 1;
@@ -242,7 +247,7 @@ void DocumentProduct::Read(const dg::XmlElem& product, std::vector<PackageEntry>
 }
 
 bool DocumentProduct::ReadComponents(const dg::XmlElem& product, std::vector<PackageEntry>& entries,
-                                     std::string& problem)
+                                     std::string& problem, DocumentProblems& problems)
 {
     dg::XmlElem components = product.FirstChild();
     while (components && components.GetName() != kComponents) {
@@ -255,26 +260,30 @@ bool DocumentProduct::ReadComponents(const dg::XmlElem& product, std::vector<Pac
     }
     reader.PassKept(nodes, m_keptOf);
     reader.RemoveUsedEntries();
-    m_keptInComponents = KeepUnknown(components, {}, kComponent);
+    m_keptInComponents = KeepUnknown(components, {}, kComponent, {kComponents}, problems);
+    problems.Take(reader.unknown);
     return true;
 }
 
 void DocumentProduct::ReadParts(const dg::XmlElem& parts, DocumentProblems& problems)
 {
-    m_keptInParts.ReadAttributes(parts, {});
+    const KeptXml::Holder holder{kParts};
+    m_keptInParts.ReadAttributes(parts, {}, holder, problems);
     for (dg::XmlElem part = parts.FirstChild(); part; part = part.NextSibling()) {
         std::string problem;
-        if (!ReadPart(part, problem)) {
+        if (part.GetName() != kPart) {
+            m_keptInParts.KeepUnknown(0, part, holder, problems);
+        } else if (!ReadPart(part, problem, problems)) {
             problems.Add("what a part looks like is kept and not read: " + problem);
-            m_keptInParts.Keep(0, part);
+            m_keptInParts.KeepTold(0, part);
         }
     }
 }
 
-bool DocumentProduct::ReadPart(const dg::XmlElem& xml, std::string& problem)
+bool DocumentProduct::ReadPart(const dg::XmlElem& xml, std::string& problem, DocumentProblems& problems)
 {
     std::string path;
-    if (xml.GetName() != kPart || !SerializedContentXml::ReadAttribute(xml, kPath, path)) {
+    if (!SerializedContentXml::ReadAttribute(xml, kPath, path)) {
         return Fail(problem, "it names no part");
     }
     const auto part = m_scene->GetShapeInstance(m_tree->FindInstance(du::Symbol::Find(path)));
@@ -283,6 +292,7 @@ bool DocumentProduct::ReadPart(const dg::XmlElem& xml, std::string& problem)
     }
     dg::Location location = dg::Location::IDENTITY;
     dg::Color color;
+    bool isHidden = false;
     double fraction = 1.0;
     double transparency = 0.0;
     const auto isSound = [&](std::string_view name, const auto& read) {
@@ -293,6 +303,7 @@ bool DocumentProduct::ReadPart(const dg::XmlElem& xml, std::string& problem)
     };
     if (!isSound(kLocation, [&] { return ReadValue(xml, kLocation, location); }) ||
         !CheckProductLocation(location, problem) || !isSound(kColor, [&] { return ReadValue(xml, kColor, color); }) ||
+        !isSound(kHidden, [&] { return ReadValue(xml, kHidden, isHidden); }) ||
         !isSound(kFraction, [&] { return readReal(kFraction, fraction); }) ||
         !isSound(kTransparency, [&] { return readReal(kTransparency, transparency); })) {
         return false;
@@ -300,7 +311,7 @@ bool DocumentProduct::ReadPart(const dg::XmlElem& xml, std::string& problem)
     if (xml.HasAttribute(kLocation)) {
         part->SetLocation(location, false);
     }
-    part->SetVisibility(!xml.GetAttributeAsBool(kHidden), false);
+    part->SetVisibility(!isHidden, false);
     part->SetVisibilityFraction(static_cast<float>(fraction), false);
     if (xml.HasAttribute(kColor)) {
         part->SetColor(color);
@@ -309,9 +320,10 @@ bool DocumentProduct::ReadPart(const dg::XmlElem& xml, std::string& problem)
         part->OverrideTransparency(static_cast<float>(transparency));
     }
     KeptXml kept;
-    kept.ReadAttributes(xml, {kPath, kPathBase64, kLocation, kHidden, kFraction, kColor, kTransparency});
-    if (!kept.GetAttributes().empty()) {
-        m_foreignOfPart[part->GetInstance()->GetIdPath()] = kept.GetAttributes();
+    kept.ReadWhole(xml, {kPath, kPathBase64, kLocation, kHidden, kFraction, kColor, kTransparency},
+                   {kPart, kPart, 0, path}, problems);
+    if (!kept.IsEmpty()) {
+        m_keptInPart[part->GetInstance()->GetIdPath()] = std::move(kept);
     }
     return true;
 }
@@ -322,8 +334,12 @@ void DocumentProduct::ReadService(const dg::XmlElem& xml, DocumentProblems& prob
     std::string problem;
     if (!ServiceModel::Read(xml, service, problem)) {
         problems.Add("the service tree is kept and not read: " + problem);
-        m_kept.Keep(2, xml);
+        m_kept.KeepTold(2, xml);
         return;
+    }
+    problems.AddUnknown(service.foreign, {kService});
+    for (const ServiceModel::Node& node : service.nodes) {
+        problems.AddUnknown(node.foreign, {"node", "node", 0, node.id});
     }
     FillService(service);
     for (const auto& [node, part] : m_absentParts) {
@@ -516,13 +532,13 @@ private:
             AppendValue(state, kTransparency, part.GetTransparencyOverride());
         }
         const du::Symbol& path = part.GetInstance()->GetIdPath();
-        const auto foreign = m_product.m_foreignOfPart.find(path);
-        state += foreign == m_product.m_foreignOfPart.end() ? std::string() : foreign->second;
-        if (!state.empty()) {
-            AppendIndent(text, m_depth + 2);
-            text.append("<part");
-            SerializedContentXml::AppendAttribute(text, kPath, path.GetText());
-            text.append(state).append("/>\n");
+        const auto kept = m_product.m_keptInPart.find(path);
+        const bool isKept = kept != m_product.m_keptInPart.end();
+        if (!state.empty() || isKept) {
+            static const KeptXml s_nothing;
+            std::string attributes;
+            SerializedContentXml::AppendAttribute(attributes, kPath, path.GetText());
+            (isKept ? kept->second : s_nothing).WriteElement(text, kPart, attributes.append(state), m_depth + 2);
         }
     }
 
@@ -587,7 +603,7 @@ bool DocumentProduct::SetProduct(const ProductModel& model, std::string& problem
     m_keptOf.clear();
     m_keptInComponents = {};
     m_keptInParts = {};
-    m_foreignOfPart.clear();
+    m_keptInPart.clear();
     FillService(service);
     const std::unique_ptr<dg::XmlElem, dg::XmlFreer> states(
         dg::ParseXml(std::string("<parts>").append(parts).append("</parts>"), false, nullptr));

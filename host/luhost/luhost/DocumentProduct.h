@@ -67,9 +67,10 @@ private:
     class ComponentReader;
     class Writer;
 
-    bool ReadComponents(const dg::XmlElem& product, std::vector<PackageEntry>& entries, std::string& problem);
+    bool ReadComponents(const dg::XmlElem& product, std::vector<PackageEntry>& entries, std::string& problem,
+                        DocumentProblems& problems);
     void ReadParts(const dg::XmlElem& parts, DocumentProblems& problems);
-    bool ReadPart(const dg::XmlElem& part, std::string& problem);
+    bool ReadPart(const dg::XmlElem& part, std::string& problem, DocumentProblems& problems);
     void ReadService(const dg::XmlElem& service, DocumentProblems& problems);
     void FillService(const ServiceModel& service);
     /// Whether a use in the root is a symbol's.
@@ -85,8 +86,8 @@ private:
     KeptXml m_keptInComponents;
     KeptXml m_keptInParts; ///< with states of parts that are not there
     std::unordered_map<const luk::ComponentNode*, KeptOf> m_keptOf;
-    std::unordered_map<du::Symbol, std::string> m_foreignOfPart;  ///< attributes, by id path
-    std::unordered_map<std::string, std::string> m_foreignOfNode; ///< the same of service nodes
+    std::unordered_map<du::Symbol, KeptXml> m_keptInPart;         ///< by id path
+    std::unordered_map<std::string, std::string> m_foreignOfNode; ///< attributes of service nodes, by id path
     std::string m_foreignOfService;
     std::unordered_map<std::string, std::string> m_absentParts; ///< id paths of parts, by that of the service node
 };

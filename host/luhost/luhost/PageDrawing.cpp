@@ -23,6 +23,7 @@ using luk::illustration2d::Lines2D;
 constexpr std::string_view kDrawing = "drawing";
 constexpr std::string_view kLines = "lines";
 constexpr std::string_view kLine = "line";
+constexpr std::string_view kPage = "page";
 constexpr std::string_view kClass = "class";
 constexpr std::string_view kPart = "part";
 constexpr std::string_view kSymbol = "symbol";
@@ -128,38 +129,48 @@ bool ReadLook(const dg::XmlElem& xml, Lines2D& lines, std::string& problem)
 
 } // namespace
 
-void PageDrawing::Read(const dg::XmlElem& drawing, const std::string& where, std::size_t& pointsLeft,
+void PageDrawing::Read(const dg::XmlElem& drawing, std::size_t page, std::size_t& pointsLeft,
                        DocumentProblems& problems)
 {
-    m_kept.ReadAttributes(drawing, {});
+    const KeptXml::Holder holder{kDrawing, kPage, page};
+    m_kept.ReadAttributes(drawing, {}, holder, problems);
     for (dg::XmlElem child = drawing.FirstChild(); child; child = child.NextSibling()) {
         std::string problem;
-        if (child.GetName() != kLines || !ReadLines(child, pointsLeft, problem)) {
-            m_kept.Keep(m_read.size(), child);
-        }
-        if (!problem.empty()) {
-            problems.Add(std::string(where).append(": ").append(problem).append("; they are kept and not drawn"));
+        if (child.GetName() != kLines) {
+            m_kept.KeepUnknown(m_read.size(), child, holder, problems);
+        } else if (!ReadLines(child, page, pointsLeft, problem, problems)) {
+            m_kept.KeepTold(m_read.size(), child);
+            std::string text = "page " + std::to_string(page);
+            problems.Add(text.append(": ").append(problem).append("; they are kept and not drawn"));
         }
     }
 }
 
-bool PageDrawing::ReadLines(const dg::XmlElem& xml, std::size_t& pointsLeft, std::string& problem)
+bool PageDrawing::ReadLines(const dg::XmlElem& xml, std::size_t page, std::size_t& pointsLeft, std::string& problem,
+                            DocumentProblems& problems)
 {
     const auto lines = du::MakeCounted<Lines>();
     if (!ReadLook(xml, *lines, problem)) {
         return false;
     }
+    const KeptXml::Holder holder{kLines, kPage, page};
     KeptXml kept;
-    kept.ReadAttributes(xml, {kClass, "classBase64", kPart, "partBase64", kSymbol, "symbolBase64", kTitle,
-                              "titleBase64", kStrokeWidth, kDashes, kColor});
+    kept.ReadAttributes(xml,
+                        {kClass, "classBase64", kPart, "partBase64", kSymbol, "symbolBase64", kTitle, "titleBase64",
+                         kStrokeWidth, kDashes, kColor},
+                        holder, problems);
     std::vector<Lines::Line> read;
     std::size_t left = pointsLeft;
     for (dg::XmlElem child = xml.FirstChild(); child; child = child.NextSibling()) {
+        if (child.GetName() != kLine) {
+            kept.KeepUnknown(read.size(), child, holder, problems);
+            continue;
+        }
         KeptXml ofLine;
-        ofLine.ReadAttributes(child, {kClosed, kPoints});
+        ofLine.ReadWhole(child, {kClosed, kPoints}, {kLine, kPage, page}, problems);
         // A line that says more than is understood is not one to be drawn.
-        if (child.GetName() != kLine || !ofLine.IsEmpty() || child.FirstChild()) {
-            kept.Keep(read.size(), child);
+        if (!ofLine.IsEmpty()) {
+            kept.KeepTold(read.size(), child);
         } else if (!ReadLine(child, left, read.emplace_back(), problem)) {
             return false;
         }

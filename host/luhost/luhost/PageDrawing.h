@@ -31,10 +31,9 @@ public:
     /// Points of all drawings of a document. Lines that would be more are kept and not drawn.
     static constexpr std::size_t kMaxPoints = 20'000'000;
 
-    /// @param where for problems: "page 1"
+    /// @param page number, for problems
     /// @param[in,out] pointsLeft that may still be read
-    void Read(const dg::XmlElem& drawing, const std::string& where, std::size_t& pointsLeft,
-              DocumentProblems& problems);
+    void Read(const dg::XmlElem& drawing, std::size_t page, std::size_t& pointsLeft, DocumentProblems& problems);
 
     /// Puts what was read on a page that has nothing yet, which is what is written from then on.
     void PutOn(const du::SmartPtr<luk::illustration2d::Document2D>& page);
@@ -47,7 +46,8 @@ public:
 private:
     using Lines = luk::illustration2d::Lines2D;
 
-    bool ReadLines(const dg::XmlElem& xml, std::size_t& pointsLeft, std::string& problem);
+    bool ReadLines(const dg::XmlElem& xml, std::size_t page, std::size_t& pointsLeft, std::string& problem,
+                   DocumentProblems& problems);
     std::vector<const Lines*> GetLines() const;
     void WriteLines(const Lines& lines, std::string& out, int depth) const;
 

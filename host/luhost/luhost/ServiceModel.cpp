@@ -48,9 +48,7 @@ bool ReadNode(const dg::XmlElem& xml, Node& node, std::string& problem)
     }
     SerializedContentXml::ReadAttribute(xml, kName, node.name);
     SerializedContentXml::ReadAttribute(xml, kPart, node.part);
-    KeptXml kept;
-    kept.ReadAttributes(xml, {kId, kIdBase64, kName, kNameBase64, kPart, kPartBase64});
-    node.foreign = kept.GetAttributes();
+    node.foreign = UnknownAttributesOf(xml, {kId, kIdBase64, kName, kNameBase64, kPart, kPartBase64});
     return true;
 }
 
@@ -62,9 +60,7 @@ bool ServiceModel::Read(const dg::XmlElem& service, ServiceModel& model, std::st
     if (service.GetName() != kService) {
         return Fail(problem, "the top-level element is not \"service\"");
     }
-    KeptXml kept;
-    kept.ReadAttributes(service, {});
-    model.foreign = kept.GetAttributes();
+    model.foreign = UnknownAttributesOf(service, {});
     struct Step {
         dg::XmlElem next;
         std::size_t parent;

@@ -184,6 +184,9 @@ public:
     const du::Symbol& GetIDPath() const noexcept { return m_idPath; }
     void SetIDPath(const du::Symbol& idPath) { m_idPath = idPath; }
 
+    /// What was read and not understood, which Visit writes again; null when there is none.
+    const SerializedContentElement* GetUnknownContent() const noexcept { return m_unknownContent.get(); }
+
     bool CreatedFromFile() const noexcept { return m_createdFromFile; }
     void SetCreatedFromFile(bool fromFile) noexcept { m_createdFromFile = fromFile; }
 

@@ -634,6 +634,11 @@ bool SerializedContentXml::ReadAttribute(const dg::XmlElem& element, std::string
     return element.HasAttribute(base64Name) && DecodeBase64(element.GetAttribute(base64Name), value);
 }
 
+std::string_view SerializedContentXml::GetTypeName(const SerializedContentElement::Value& value) noexcept
+{
+    return kTypes[value.index()];
+}
+
 void SerializedContentXml::AppendValue(std::string& out, const SerializedContentElement::Value& value)
 {
     std::visit([&out](const auto& typed) { AppendValueText(out, typed); }, value);

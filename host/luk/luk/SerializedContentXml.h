@@ -58,6 +58,9 @@ public:
     /// Reads either form of an attribute. @return false when there is neither, or no Base64 in it
     static bool ReadAttribute(const dg::XmlElem& element, std::string_view name, std::string& value);
 
+    /// The name of the element for a value of this type, such as "float".
+    static std::string_view GetTypeName(const SerializedContentElement::Value& value) noexcept;
+
     /// What stands in `value` for every type but the symbol, for which nothing is appended.
     static void AppendValue(std::string& out, const SerializedContentElement::Value& value);
     /// Reads a text as the type that the value has now. @return false, with the value undefined, when it is none; false

@@ -209,11 +209,12 @@ private:
         // The largest numbers stand for "in the record of 64 bits", which is looked at on its own.
         constexpr std::uint64_t kElsewhere16 = 0xFFFF;
         constexpr std::uint64_t kElsewhere32 = 0xFFFFFFFF;
-        constexpr std::uint64_t kBytesForEach = 1024;
+        constexpr std::uint64_t kBytesForEach = 128;
+        constexpr std::uint64_t kBytesForLongNames = 16U << 20U;
         if (count != kElsewhere16 && !CheckCount(limits, count, error)) {
             return false;
         }
-        return bytes == kElsewhere32 || bytes / kBytesForEach <= limits.maximumEntries ||
+        return bytes == kElsewhere32 || bytes <= kBytesForLongNames + limits.maximumEntries * kBytesForEach ||
                Fail(error, "the directory of the package is too large");
     }
 };

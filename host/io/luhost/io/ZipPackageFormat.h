@@ -9,7 +9,8 @@ namespace luhost::io
 {
 
 struct PackageLimits {
-    std::size_t maximumEntries = 100000;
+    /// A mesh for each part of the largest product, and all else.
+    std::size_t maximumEntries = 2'100'000;
     std::uint64_t maximumEntryBytes = std::uint64_t{1} << 30;
     std::uint64_t maximumTotalBytes = std::uint64_t{4} << 30;
     /// Unpacked to packed bytes, beyond the first megabyte of an entry.
