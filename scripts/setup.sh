@@ -7,7 +7,7 @@
 # Packages that are there already are left alone; as an ordinary user it asks sudo.
 set -euo pipefail
 
-build="g++ cmake ninja-build ccache pkg-config libpugixml-dev libcli11-dev nlohmann-json3-dev libgtest-dev libzip-dev libpng-dev libjpeg62-turbo-dev libgif-dev libwebp-dev libtiff-dev librsvg2-dev libcairo2-dev libassimp-dev libembree-dev"
+build="g++ cmake ninja-build ccache pkg-config libpugixml-dev libcli11-dev nlohmann-json3-dev libgtest-dev libzip-dev libpng-dev libjpeg62-turbo-dev libgif-dev libwebp-dev libtiff-dev librsvg2-dev libcairo2-dev libassimp-dev libembree-dev strace"
 bench="libbenchmark-dev libxml2-dev"
 check="clang-format clang-tidy"
 fuzz="clang libclang-rt-14-dev"
