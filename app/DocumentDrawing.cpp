@@ -4,7 +4,6 @@
 #include "annotations3d/SymbolAnnotationFlattened.h"
 #include "SymbolState.h"
 #include "TextValues.h"
-#include "ViewDrawing.h"
 
 #include <luhost/Document.h>
 #include <luhost/render/DrawingOutput.h>
@@ -80,24 +79,6 @@ bool WriteDrawing(const Drawing& drawing, PictureFormat format, int pixelWidth, 
         break;
     }
     return luhost::render::WritePng(drawing, pixelWidth, pixelHeight, bytes, error);
-}
-
-bool DrawDocument(const luhost::Document& document, const DrawingOptions& options, PictureFormat format,
-                  std::string& bytes, std::string& error)
-{
-    Drawing drawing;
-    if (options.page != 0) {
-        drawing = DrawPageOf(document, options.page);
-    } else {
-        ViewPicture picture;
-        picture.pixelWidth = options.pixelWidth;
-        picture.pixelHeight = options.pixelHeight;
-        if (!ViewDrawing(document).Draw(picture, drawing, error)) {
-            return false;
-        }
-    }
-    drawing.background = options.background;
-    return WriteDrawing(drawing, format, options.pixelWidth, options.pixelHeight, bytes, error);
 }
 
 } // namespace lusym

@@ -208,7 +208,7 @@ bool FlattenedView::Read(DocumentSource& source, const FlatSheet& sheet, std::st
         m_sheet.view.pixelWidth = kFittedWidth;
         m_sheet.view.pixelHeight = std::max(1, static_cast<int>(kFittedWidth * sheet.height / sheet.width));
     }
-    ViewDrawing view(document);
+    ViewDrawing view(document, true);
     const dg::Camera3D camera = view.CameraFor(m_sheet.view);
     m_problems = view.GetProblems();
     if (view.HasShapes() && !ReadLines(view, camera, error)) {

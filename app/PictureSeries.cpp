@@ -195,7 +195,7 @@ private:
     bool DrawViewOf(const PictureOrder& order, luhost::render::Drawing& drawing, std::string& error)
     {
         if (!m_view) {
-            m_view.emplace(m_document);
+            m_view.emplace(m_document, m_options.format != PictureFormat::Png);
             for (const std::string& problem : m_view->GetProblems()) {
                 m_progress.Tell(Printable(m_options.name) + ":" + Printable(problem) + ". It is not drawn.\n");
             }

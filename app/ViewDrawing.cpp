@@ -98,9 +98,10 @@ luhost::render::Words WordsOf(const luhost::Document& document, const luk::Annot
 
 } // namespace
 
-ViewDrawing::ViewDrawing(const luhost::Document& document)
+ViewDrawing::ViewDrawing(const luhost::Document& document, bool isSameEverywhere)
     : m_document(document), m_geometry(SceneGeometry::Collect(*document.GetShapeScene()))
 {
+    m_options.isSameEverywhere = isSameEverywhere;
 }
 
 ViewDrawing::~ViewDrawing() = default;
@@ -153,7 +154,7 @@ bool ViewDrawing::DrawShapes(const ViewPicture& picture, const dg::Camera3D& cam
         if (picture.covering == ViewPicture::Covering::None && HasSymbols()) {
             SceneGeometry geometry = m_geometry;
             luhost::render::BringSymbolsForward(geometry, camera);
-            ofThisView = PreparedScene::Prepare(std::move(geometry), {}, {}, error);
+            ofThisView = PreparedScene::Prepare(std::move(geometry), m_options, {}, error);
         }
         const PreparedScene* const scene = ofThisView ? ofThisView.get() : Prepare(error);
         isDrawn = scene != nullptr && luhost::render::DrawScene(*scene, camera, look, {}, drawing, error);
@@ -170,7 +171,7 @@ bool ViewDrawing::HasSymbols() const
 const PreparedScene* ViewDrawing::Prepare(std::string& error)
 {
     if (!m_scene) {
-        m_scene = PreparedScene::Prepare(m_geometry, {}, {}, error);
+        m_scene = PreparedScene::Prepare(m_geometry, m_options, {}, error);
     }
     return m_scene.get();
 }

@@ -47,7 +47,8 @@ class ViewDrawing
 {
 public:
     /// @param document has to outlive this
-    explicit ViewDrawing(const luhost::Document& document);
+    /// @param isSameEverywhere whether the drawings are the same to the last bit on every machine, which takes longer
+    ViewDrawing(const luhost::Document& document, bool isSameEverywhere);
     ~ViewDrawing();
     ViewDrawing(const ViewDrawing&) = delete;
     ViewDrawing& operator=(const ViewDrawing&) = delete;
@@ -75,6 +76,7 @@ private:
     bool HasSymbols() const;
 
     const luhost::Document& m_document;
+    luhost::render::PreparedScene::Options m_options;
     luhost::render::SceneGeometry m_geometry;
     std::unique_ptr<luhost::render::PreparedScene> m_scene; ///< null until it is needed
 };

@@ -39,14 +39,14 @@ std::vector<std::uint32_t> DifferenceOf(const Pixels& got, const Pixels& expecte
 
 } // namespace
 
-void ExpectBaseline(const luhost::render::Drawing& drawing, const std::string& name, bool hasExactSvg)
+void ExpectBaseline(const luhost::render::Drawing& drawing, const std::string& name)
 {
     std::string svg;
     std::string png;
     std::string error;
     ASSERT_TRUE(WriteSvg(drawing, svg, error) && WritePng(drawing, 0, 0, png, error)) << error;
     const std::string baselines = RENDER_BASELINES "/";
-    if (hasExactSvg && svg != TemporaryFolder::ReadFile(baselines + name + ".svg")) {
+    if (svg != TemporaryFolder::ReadFile(baselines + name + ".svg")) {
         Keep(name + ".svg", svg);
     }
     ExpectPngBaseline(png, name);

@@ -9,8 +9,7 @@ namespace test
 
 /// Compares a drawing with what it looked like: the SVG byte by byte, the PNG within one level. What differs is written beside
 /// the build's other results, with the difference.
-/// @param hasExactSvg false for drawings with pixels in their SVG
-void ExpectBaseline(const luhost::render::Drawing& drawing, const std::string& name, bool hasExactSvg = true);
+void ExpectBaseline(const luhost::render::Drawing& drawing, const std::string& name);
 
 /// The same for a picture that is a file already.
 void ExpectPngBaseline(const std::string& png, const std::string& name);

@@ -118,7 +118,7 @@ du::SmartPtr<luk::ShapeScene> MakeScene(const std::vector<Part>& parts)
         EXPECT_TRUE(structure->GetRoot()->AddChild(node, du::Symbol(id), use));
         use->SetLocation(parts[i].location);
     }
-    const auto scene = du::MakeCounted<luk::ShapeScene>(du::MakeCounted<luk::Tree>(structure));
+    auto scene = du::MakeCounted<luk::ShapeScene>(du::MakeCounted<luk::Tree>(structure));
     const auto children = scene->GetTree()->GetRoot()->GetChildren();
     for (std::size_t i = 0; i < parts.size(); ++i) {
         if (parts[i].change) {
@@ -132,7 +132,10 @@ std::unique_ptr<luhost::render::PreparedScene> Prepare(const std::vector<Part>& 
 {
     using namespace luhost::render;
     std::string error;
-    auto prepared = PreparedScene::Prepare(SceneGeometry::Collect(*MakeScene(parts)), {}, {threads, nullptr}, error);
+    PreparedScene::Options options;
+    options.isSameEverywhere = true;
+    auto prepared =
+        PreparedScene::Prepare(SceneGeometry::Collect(*MakeScene(parts)), options, {threads, nullptr}, error);
     EXPECT_TRUE(prepared) << error;
     return prepared;
 }

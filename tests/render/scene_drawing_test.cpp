@@ -276,7 +276,7 @@ TEST_F(SceneDrawingTest, LooksAsItDid)
     std::string error;
     ASSERT_TRUE(DrawScene(*scene, perspective, options, {2, nullptr}, drawing, error));
     drawing.background.alpha = 1.0F;
-    test::ExpectBaseline(drawing, "scene-perspective-both", false);
+    test::ExpectBaseline(drawing, "scene-perspective-both");
 }
 
 TEST_F(SceneDrawingTest, SameBytesForAnyNumberOfThreads)

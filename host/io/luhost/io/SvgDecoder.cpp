@@ -105,8 +105,8 @@ std::uint64_t ToPixels(double length)
 
 Pixels TakePixels(cairo_surface_t* surface, int width, int height)
 {
-    Pixels pixels;
-    pixels.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
+    Pixels pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
+    auto out = pixels.begin();
     cairo_surface_flush(surface);
     for (int y = 0; y < height; ++y) {
         const auto* const row = reinterpret_cast<const std::uint32_t*>(cairo_image_surface_get_data(surface) +
@@ -114,7 +114,7 @@ Pixels TakePixels(cairo_surface_t* surface, int width, int height)
                                                                            cairo_image_surface_get_stride(surface));
         for (int x = 0; x < width; ++x) {
             for (const unsigned shift : {16u, 8u, 0u, 24u}) {
-                pixels.push_back(static_cast<std::uint8_t>((row[x] >> shift) & 0xFF));
+                *out++ = static_cast<std::uint8_t>((row[x] >> shift) & 0xFF);
             }
         }
     }

@@ -149,19 +149,31 @@ void CairoPainter::PaintMissing(const Placement& placement)
 
 void CairoPainter::PaintWhole(const Placement& placement)
 {
-    const StoredPicture::Surface picture = placement.use.picture->GetSurface();
-    const auto& [origin, right, opposite, below] = placement.corners;
-    const cairo_matrix_t matrix{(right.x - origin.x) / picture.width,
-                                (right.y - origin.y) / picture.width,
-                                (below.x - origin.x) / picture.height,
-                                (below.y - origin.y) / picture.height,
+    StoredPicture& picture = *placement.use.picture;
+    cairo_save(m_context);
+    if (m_target == Target::Pixels && picture.GetVectorSource()) {
+        MapOnto(placement.corners, picture.GetWidth(), picture.GetHeight());
+        picture.DrawVectors(m_context);
+    } else {
+        const StoredPicture::Surface stored = picture.GetSurface();
+        MapOnto(placement.corners, stored.width, stored.height);
+        cairo_set_source_surface(m_context, stored.surface, 0.0, 0.0);
+        cairo_paint(m_context);
+    }
+    cairo_restore(m_context);
+}
+
+/// From a picture of this size to where its corners lie.
+void CairoPainter::MapOnto(const Corners& corners, double width, double height)
+{
+    const auto& [origin, right, opposite, below] = corners;
+    const cairo_matrix_t matrix{(right.x - origin.x) / width,
+                                (right.y - origin.y) / width,
+                                (below.x - origin.x) / height,
+                                (below.y - origin.y) / height,
                                 origin.x,
                                 origin.y};
-    cairo_save(m_context);
     cairo_transform(m_context, &matrix);
-    cairo_set_source_surface(m_context, picture.surface, 0.0, 0.0);
-    cairo_paint(m_context);
-    cairo_restore(m_context);
 }
 
 void CairoPainter::PaintPatch(const Placement& placement)

@@ -12,8 +12,12 @@ class CairoPainter
 {
 public:
     /// @param pixelsPerUnit,mostPatchPixels detail of patches
-    CairoPainter(cairo_t* context, const Sheet& sheet, double pixelsPerUnit, double mostPatchPixels)
-        : m_context(context), m_sheet(sheet), m_pixelsPerUnit(pixelsPerUnit), m_mostPatchPixels(mostPatchPixels)
+    /// A file keeps a picture once, however often it is painted; on pixels each is drawn as fine as it is large there.
+    enum class Target { File, Pixels };
+
+    CairoPainter(cairo_t* context, Target target, const Sheet& sheet, double pixelsPerUnit, double mostPatchPixels)
+        : m_context(context), m_target(target), m_sheet(sheet), m_pixelsPerUnit(pixelsPerUnit),
+          m_mostPatchPixels(mostPatchPixels)
     {
     }
 
@@ -28,12 +32,14 @@ private:
     void PaintParts(const Placement& placement);
     void PaintMissing(const Placement& placement);
     void PaintWhole(const Placement& placement);
+    void MapOnto(const Corners& corners, double width, double height);
     void PaintPatch(const Placement& placement);
     void AddPath(const Polygon& points, bool closed);
     void ClipAround(const Placement& placement);
     void SetColor(const dg::Color& color);
 
     cairo_t* m_context;
+    Target m_target;
     Sheet m_sheet;
     double m_pixelsPerUnit;
     double m_mostPatchPixels;

@@ -88,7 +88,8 @@ void PaintPage(const Drawing& drawing, cairo_surface_t* page, double pointsPerUn
     const CairoContext context(cairo_create(page));
     cairo_scale(context.get(), pointsPerUnit, pointsPerUnit);
     const Sheet sheet = SheetOf(drawing);
-    CairoPainter painter(context.get(), sheet, PatchPixelsPerUnit(drawing), kMostPatchPixels);
+    CairoPainter painter(context.get(), CairoPainter::Target::File, sheet, PatchPixelsPerUnit(drawing),
+                         kMostPatchPixels);
     if (drawing.background.alpha > 0.0F) {
         painter.PaintBackground(drawing.background);
     }

@@ -51,6 +51,9 @@ public:
     /// The picture to paint with, a vector drawing as one.
     Surface GetSurface();
 
+    /// Draws a vector drawing in its own pixels.
+    void DrawVectors(cairo_t* context) { m_document->Draw(context, GetWidth(), GetHeight()); }
+
     /// For resampling.
     /// @param longestSide pixels that the longest side of a vector drawing has at least, within reason
     const RasterLevels& GetLevels(double longestSide);

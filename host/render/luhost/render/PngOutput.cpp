@@ -1,5 +1,6 @@
 #include <luhost/render/CairoPainter.h>
 #include <luhost/render/DrawingOutput.h>
+#include <luhost/render/PngEncoder.h>
 
 #include <algorithm>
 #include <cmath>
@@ -67,15 +68,15 @@ void PaintSheet(const Drawing& drawing, cairo_surface_t* surface, const PixelWin
     const double scaleX = window.width / drawing.width;
     const double scaleY = window.height / drawing.height;
     const Sheet sheet{1.0 * window.width, 1.0 * window.height, SheetOf(drawing).thinLine * std::sqrt(scaleX * scaleY)};
-    CairoPainter painter(context.get(), sheet, 1.0, kMaximumPixels);
+    CairoPainter painter(context.get(), CairoPainter::Target::Pixels, sheet, 1.0, kMaximumPixels);
     PictureStore store;
     painter.PaintBackground(drawing.background);
     painter.PaintUnderlay(drawing.underlay.get());
     PaintStrokes(drawing, sheet, scaleX, scaleY, painter);
     for (const DrawnPicture& picture : drawing.pictures) {
         if (auto placement = Place(picture, sheet, scaleX, scaleY, store)) {
-            if (placement->content == Placement::Content::Whole) {
-                // Resampled by us, enlarged pictures have no border that fades, shrunk ones lose no lines.
+            if (placement->content == Placement::Content::Whole && !placement->use.picture->GetVectorSource()) {
+                // Resampled by us, enlarged pixels have no border that fades, shrunk ones lose no lines.
                 placement->content = Placement::Content::Patch;
             }
             painter.Paint(*placement);
@@ -126,7 +127,7 @@ bool WritePng(const Drawing& drawing, int pixelWidth, int pixelHeight, std::stri
         return false;
     }
     try {
-        if (EncodePng(WrapAsTransparent(pixels).get(), png)) {
+        if (EncodePng(pixels, png)) {
             return true;
         }
     } catch (const std::bad_alloc&) {

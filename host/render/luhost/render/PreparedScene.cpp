@@ -47,7 +47,8 @@ std::unique_ptr<PreparedScene> PreparedScene::Prepare(SceneGeometry geometry, co
             return nullptr;
         }
         PlaceShapes(*scene);
-        scene->rays = RayScene::Build(scene->welded, scene->shapes, options.limits, workers, error);
+        scene->rays =
+            RayScene::Build(scene->welded, scene->shapes, options.limits, options.isSameEverywhere, workers, error);
         return scene->rays ? std::move(scene) : nullptr;
     } catch (const std::bad_alloc&) {
         error = ToText(Outcome::NoMemory);

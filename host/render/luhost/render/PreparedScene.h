@@ -27,6 +27,7 @@ struct PreparedScene {
         /// Faces that meet at more have a line between them and are not shaded as one. What has twelve sides is meant round.
         double creaseAngleDegrees = 32.0;
         RayScene::Limits limits;
+        bool isSameEverywhere = false; ///< whether drawings are the same to the last bit on every machine; see RayScene
     };
 
     /// What pictures need of one mesh.

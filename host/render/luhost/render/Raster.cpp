@@ -214,12 +214,6 @@ CairoSurface WrapPixels(Raster& raster)
                                             raster.height, raster.width * kBytesPerPixel));
 }
 
-bool EncodePng(cairo_surface_t* surface, std::string& png)
-{
-    png.clear();
-    return cairo_surface_write_to_png_stream(surface, AppendToText, &png) == CAIRO_STATUS_SUCCESS;
-}
-
 RasterLevels::RasterLevels(Raster raster)
 {
     m_levels.push_back(std::move(raster));

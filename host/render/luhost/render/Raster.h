@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace luhost::render
@@ -45,9 +44,6 @@ Raster Halve(const Raster& raster);
 
 /// The pixels as a surface, which must not outlive them; without alpha when they are all opaque.
 CairoSurface WrapPixels(Raster& raster);
-
-/// A whole PNG file. @return false when there is no memory for it
-bool EncodePng(cairo_surface_t* surface, std::string& png);
 
 /// A picture and its smaller versions, each half as large as the one before.
 class RasterLevels

@@ -64,6 +64,14 @@ void TakeRays(const RayPacket& rays, RTCRay16& taken, std::array<int, RayPacket:
         taken.id[lane] = lane;
         taken.flags[lane] = 0;
         valid[lane] = lane < rays.count && IsCastable(rays, lane) ? -1 : 0;
+        if (valid[lane] == 0) {
+            // Processors without packets of this width go by the numbers of a lane alone: nothing is on the way of this ray.
+            taken.org_x[lane] = taken.org_y[lane] = taken.org_z[lane] = 0.0F;
+            taken.dir_x[lane] = taken.dir_y[lane] = 0.0F;
+            taken.dir_z[lane] = 1.0F;
+            taken.tnear[lane] = 0.0F;
+            taken.tfar[lane] = -std::numeric_limits<float>::infinity();
+        }
     }
 }
 
@@ -103,9 +111,13 @@ bool IsLargeEnough(const dg::DMat44& toUnit) noexcept
 class RayScene::Device
 {
 public:
-    bool Open(const Limits& limits, const Workers& workers)
+    bool Open(const Limits& limits, bool isSameEverywhere, const Workers& workers)
     {
-        const std::string config = "threads=" + std::to_string(workers.GetThreadCount());
+        std::string config = "threads=" + std::to_string(workers.GetThreadCount());
+        if (isSameEverywhere) {
+            // What later processors add joins multiplications and additions, which rounds otherwise.
+            config += ",max_isa=sse4.2";
+        }
         m_bytesLeft = static_cast<std::ptrdiff_t>(
             std::min<std::size_t>(limits.bytes, std::numeric_limits<std::ptrdiff_t>::max()));
         m_stop = workers.stop;
@@ -241,7 +253,7 @@ RayScene::RayScene() : m_device(std::make_unique<Device>()) {}
 RayScene::~RayScene() = default;
 
 std::unique_ptr<RayScene> RayScene::Build(const std::vector<std::unique_ptr<WeldedMesh>>& meshes,
-                                          const std::vector<Shape>& shapes, const Limits& limits,
+                                          const std::vector<Shape>& shapes, const Limits& limits, bool isSameEverywhere,
                                           const Workers& workers, std::string& error)
 {
     std::size_t triangles = 0;
@@ -254,7 +266,8 @@ std::unique_ptr<RayScene> RayScene::Build(const std::vector<std::unique_ptr<Weld
     }
     std::unique_ptr<RayScene> scene(new RayScene);
     Device& device = *scene->m_device;
-    if (!device.Open(limits, workers) || !device.AddMeshes(meshes, workers) || !device.AddShapes(shapes)) {
+    if (!device.Open(limits, isSameEverywhere, workers) || !device.AddMeshes(meshes, workers) ||
+        !device.AddShapes(shapes)) {
         error = device.GetProblem();
         return nullptr;
     }

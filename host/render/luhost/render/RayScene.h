@@ -33,6 +33,16 @@ struct RayPacket {
         farthest[lane] = static_cast<float>(farthestHit);
     }
 
+    /// A ray of another packet, or of this one.
+    void Take(unsigned lane, const RayPacket& other, unsigned otherLane) noexcept
+    {
+        for (const auto part :
+             {&RayPacket::originX, &RayPacket::originY, &RayPacket::originZ, &RayPacket::directionX,
+              &RayPacket::directionY, &RayPacket::directionZ, &RayPacket::nearest, &RayPacket::farthest}) {
+            (this->*part)[lane] = (other.*part)[otherLane];
+        }
+    }
+
     alignas(64) Lanes originX;
     alignas(64) Lanes originY;
     alignas(64) Lanes originZ;
@@ -47,6 +57,15 @@ struct RayPacket {
 /// The nearest hit of each ray.
 struct HitPacket {
     static constexpr std::uint32_t kNothing = ~std::uint32_t{0};
+
+    void Take(unsigned lane, const HitPacket& other, unsigned otherLane) noexcept
+    {
+        distance[lane] = other.distance[otherLane];
+        u[lane] = other.u[otherLane];
+        v[lane] = other.v[otherLane];
+        triangle[lane] = other.triangle[otherLane];
+        shape[lane] = other.shape[otherLane];
+    }
 
     alignas(64) RayPacket::Lanes distance;
     alignas(64) RayPacket::Lanes u; ///< weight of the second corner
@@ -80,9 +99,10 @@ public:
         bool isOpaque = true;
     };
 
+    /// @param isSameEverywhere whether rays meet the same to the last bit on every machine, at up to twice the cost
     static std::unique_ptr<RayScene> Build(const std::vector<std::unique_ptr<WeldedMesh>>& meshes,
                                            const std::vector<Shape>& shapes, const Limits& limits,
-                                           const Workers& workers, std::string& error);
+                                           bool isSameEverywhere, const Workers& workers, std::string& error);
     ~RayScene();
     RayScene(const RayScene&) = delete;
     RayScene& operator=(const RayScene&) = delete;

@@ -212,6 +212,7 @@ private:
         HitPacket hits;
         for (int layer = 0; layer < kMostLayers && rays.count > 0; ++layer) {
             m_scene.rays->Intersect(rays, hits);
+            PreferOpaque(rays, hits);
             unsigned open = 0;
             for (unsigned lane = 0; lane < rays.count; ++lane) {
                 Sample& sample = samples[numbers[lane]];
@@ -229,14 +230,38 @@ private:
         }
     }
 
+    /// Where something transparent lies on something opaque, rounding alone would choose between them, otherwise for each ray.
+    void PreferOpaque(const RayPacket& rays, HitPacket& hits) const
+    {
+        constexpr float kTouching = 1.0e-5F;
+        RayPacket near;
+        SampleNumbers numbers;
+        for (unsigned lane = 0; lane < rays.count; ++lane) {
+            if (hits.shape[lane] != HitPacket::kNothing && !m_scene.shapes[hits.shape[lane]].isOpaque) {
+                numbers[near.count] = lane;
+                near.Take(near.count, rays, lane);
+                near.nearest[near.count] = std::max(hits.distance[lane] - kTouching, rays.nearest[lane]);
+                near.farthest[near.count] = hits.distance[lane] + kTouching;
+                ++near.count;
+            }
+        }
+        if (near.count == 0) {
+            return;
+        }
+        HitPacket opaque;
+        m_scene.rays->IntersectOpaque(near, opaque);
+        for (unsigned lane = 0; lane < near.count; ++lane) {
+            if (opaque.shape[lane] != HitPacket::kNothing) {
+                hits.Take(numbers[lane], opaque, lane);
+            }
+        }
+    }
+
     /// Keeps a ray, as the one with the number `kept`, from behind its hit on.
     static void GoOnBehind(RayPacket& rays, unsigned lane, float distance, unsigned kept)
     {
         constexpr float kStep = 2.0e-6F;
-        for (RayPacket::Lanes* lanes : {&rays.originX, &rays.originY, &rays.originZ, &rays.directionX, &rays.directionY,
-                                        &rays.directionZ, &rays.farthest}) {
-            (*lanes)[kept] = (*lanes)[lane];
-        }
+        rays.Take(kept, rays, lane);
         rays.nearest[kept] = distance + kStep;
     }
 

@@ -1,6 +1,7 @@
 #include <dg/FormatNumber.h>
 #include <luhost/render/DrawingOutput.h>
 #include <luhost/render/Placement.h>
+#include <luhost/render/PngEncoder.h>
 #include <luhost/render/StrokePlacement.h>
 #include <luhost/render/XmlText.h>
 
@@ -41,10 +42,10 @@ void AppendBase64(std::string& out, std::string_view bytes)
     out += base64.get();
 }
 
-bool AppendPng(std::string& out, Raster& pixels)
+bool AppendPng(std::string& out, const Raster& pixels)
 {
     std::string png;
-    if (!EncodePng(WrapPixels(pixels).get(), png)) {
+    if (!EncodePng(pixels, png)) {
         return false;
     }
     out += "data:image/png;base64,";
