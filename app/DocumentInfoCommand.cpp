@@ -57,13 +57,15 @@ ordered_json PictureAsJson(const PictureFacts& picture)
 }
 
 /// What lies in the document: `{pictures, shapes}`. A shape is what a symbol shows as one.
-std::pair<ordered_json, ordered_json> FilesAsJson(DocumentSource& source, const std::vector<SymbolState>& symbols)
+std::pair<ordered_json, ordered_json> FilesAsJson(DocumentSource& source, const std::vector<DocumentPlace>& places)
 {
     const auto pathOf = [folder = source.GetPictureFolder() + "/"](const std::string& name) { return folder + name; };
     std::set<std::string> shapeNames;
-    for (const SymbolState& state : symbols) {
-        if (state.isShape) {
-            shapeNames.insert(state.file);
+    for (const DocumentPlace& place : places) {
+        for (const SymbolState& state : place.symbols) {
+            if (state.isShape || state.isFlattened) {
+                shapeNames.insert(state.file);
+            }
         }
     }
     std::vector<std::string> pictures;
@@ -142,7 +144,7 @@ ordered_json InfoAsJson(DocumentSource& source)
 {
     const luhost::Document& document = source.GetDocument();
     const std::vector<DocumentPlace> places = PlacesOf(document, source.GetLostAttachments());
-    auto [pictures, shapes] = FilesAsJson(source, places[0].symbols);
+    auto [pictures, shapes] = FilesAsJson(source, places);
     ordered_json entries = ordered_json::array();
     const auto& collection = *luk::illustration::SymbolTemplateCollection::GetCollection();
     for (const auto& object : collection.GetAssociativeObjects()) {

@@ -18,7 +18,7 @@ document="$folder/gearbox.luz"
 entry,attach,at,rotate,scale,size,fixed
 shp-arrow,/housing/inspection-cover/plate,"76,305,115","z,90",1.6,,
 shp-curved-arrow,,"232,0,192","y,90",1.3,,
-img-step-1,,"76,235,215",,,46,no
+img-step-1,,"43,235,215",,,46,no
 img-warning-hot,,"76,70,330",,,64,no
 TABLE
 "$lusym" render "$document" -o docs/gearbox.png --fit --size 1200x760 --background white --shadow

@@ -284,6 +284,9 @@ TEST(Flatten, BakesTheViewIntoAPage)
     EXPECT_EQ(shapes[0]["kind"], "symbol3dflattened");
     EXPECT_EQ(shapes[0]["title"], "Title of pin");
     EXPECT_GT(shapes[0]["size"][0].get<double>(), 0.1);
+    const json info = json::parse(RunLusym({"document", "info", folder.Path("page.luz"), "--json"}).out);
+    EXPECT_EQ(info["pictures"].size(), 0U);
+    EXPECT_EQ(info["shapes"].size(), 1U) << "it is kept for whoever opens the page again";
     const auto draw = [&](const Arguments& more) {
         Arguments arguments = {"flatten", folder.Doc(), "-o", "-", "--format", "svg"};
         arguments.insert(arguments.end(), more.begin(), more.end());

@@ -140,4 +140,23 @@ std::unique_ptr<luhost::render::PreparedScene> Prepare(const std::vector<Part>& 
     return prepared;
 }
 
+dg::Camera3D CameraOf(const luhost::render::PreparedScene& scene, luhost::render::StandardView view, int width,
+                      int height)
+{
+    return luhost::render::MakeViewCamera(view, luhost::render::UpAxis::Y, scene.geometry.box, width, height, 0.1);
+}
+
+luhost::render::Drawing DrawPicture(const luhost::render::PreparedScene& scene, const dg::Camera3D& camera,
+                                    luhost::render::SceneDrawingOptions::Style style, bool showsHiddenLines,
+                                    unsigned threads)
+{
+    luhost::render::SceneDrawingOptions options;
+    options.style = style;
+    options.showsHiddenLines = showsHiddenLines;
+    luhost::render::Drawing drawing;
+    std::string error;
+    EXPECT_TRUE(luhost::render::DrawScene(scene, camera, options, {threads, nullptr}, drawing, error)) << error;
+    return drawing;
+}
+
 } // namespace test

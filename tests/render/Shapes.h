@@ -2,6 +2,8 @@
 
 #include <dg/Location.h>
 #include <luhost/render/PreparedScene.h>
+#include <luhost/render/SceneDrawing.h>
+#include <luhost/render/ViewCameras.h>
 #include <luk/Mesh.h>
 
 #include <cstdint>
@@ -47,5 +49,12 @@ struct Part {
 
 du::SmartPtr<luk::ShapeScene> MakeScene(const std::vector<Part>& parts);
 std::unique_ptr<luhost::render::PreparedScene> Prepare(const std::vector<Part>& parts, unsigned threads = 2);
+
+/// From one side, with a little room around.
+dg::Camera3D CameraOf(const luhost::render::PreparedScene& scene, luhost::render::StandardView view, int width = 200,
+                      int height = 200);
+luhost::render::Drawing DrawPicture(const luhost::render::PreparedScene& scene, const dg::Camera3D& camera,
+                                    luhost::render::SceneDrawingOptions::Style style, bool showsHiddenLines = false,
+                                    unsigned threads = 2);
 
 } // namespace test

@@ -3,8 +3,6 @@
 #include "support/SessionTest.h"
 
 #include <luhost/render/DrawingOutput.h>
-#include <luhost/render/SceneDrawing.h>
-#include <luhost/render/ViewCameras.h>
 #include <luk/ShapeInstance.h>
 
 #include <cmath>
@@ -18,8 +16,6 @@ using test::Part;
 namespace
 {
 
-constexpr int kSide = 200;
-
 class LineJoiningTest : public test::SessionTest
 {
 protected:
@@ -27,12 +23,8 @@ protected:
     static std::size_t CountStrokes(const std::vector<Part>& parts, StandardView view, const std::string& lineClass)
     {
         const auto scene = test::Prepare(parts);
-        SceneDrawingOptions options;
-        options.style = SceneDrawingOptions::Style::Lines;
-        Drawing drawing;
-        std::string error;
-        const dg::Camera3D camera = MakeViewCamera(view, UpAxis::Y, scene->geometry.box, kSide, kSide, 0.1);
-        EXPECT_TRUE(DrawScene(*scene, camera, options, {2, nullptr}, drawing, error)) << error;
+        const Drawing drawing =
+            test::DrawPicture(*scene, test::CameraOf(*scene, view), SceneDrawingOptions::Style::Lines);
         std::size_t count = 0;
         for (const DrawnStrokes& strokes : drawing.strokes) {
             count += lineClass.empty() || strokes.lineClass == lineClass ? strokes.strokes.size() : 0;

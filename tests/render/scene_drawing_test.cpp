@@ -16,9 +16,11 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <numbers>
 
 using namespace luhost::render;
 using test::At;
+using test::CameraOf;
 using test::MakeBlock;
 using test::Part;
 
@@ -30,20 +32,9 @@ using Style = SceneDrawingOptions::Style;
 class SceneDrawingTest : public test::SessionTest
 {
 protected:
-    static dg::Camera3D CameraOf(const PreparedScene& scene, StandardView view, int width = 200, int height = 200)
-    {
-        return MakeViewCamera(view, UpAxis::Y, scene.geometry.box, width, height, 0.1);
-    }
-
     static Drawing Draw(const PreparedScene& scene, const dg::Camera3D& camera, Style style, unsigned threads = 2)
     {
-        SceneDrawingOptions options;
-        options.style = style;
-        options.showsHiddenLines = true;
-        Drawing drawing;
-        std::string error;
-        EXPECT_TRUE(DrawScene(scene, camera, options, {threads, nullptr}, drawing, error)) << error;
-        return drawing;
+        return test::DrawPicture(scene, camera, style, true, threads);
     }
 
     static Drawing DrawLines(const std::vector<Part>& parts, StandardView view)
@@ -136,9 +127,20 @@ TEST_F(SceneDrawingTest, MeshesOfOneBodyGiveTheSameLines)
     }
 }
 
+/// Each triangle by itself, as rounding leaves them: some thousandths of their sides apart.
+test::MeshPtr Crack(const luk::Mesh& mesh)
+{
+    const test::MeshPtr split = test::Split(mesh);
+    std::vector<dg::FVec3> positions = split->GetPositions();
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        positions[i].x += 2e-5F * static_cast<float>(i / 3 % 3);
+    }
+    return test::MakeMesh(positions, split->GetIndices());
+}
+
 TEST_F(SceneDrawingTest, RoundThingsHaveOutlinesAlone)
 {
-    for (const auto& mesh : {test::MakeSphere(48), test::Split(*test::MakeSphere(48))}) {
+    for (const auto& mesh : {test::MakeSphere(48), test::Split(*test::MakeSphere(48)), Crack(*test::MakeSphere(48))}) {
         const Drawing drawing = DrawLines({{mesh}}, StandardView::Iso);
         ASSERT_EQ(drawing.strokes.size(), 1U);
         EXPECT_EQ(drawing.strokes[0].lineClass, "visible silhouette");
@@ -151,6 +153,27 @@ TEST_F(SceneDrawingTest, RoundThingsHaveOutlinesAlone)
     }
     const Pieces cylinder = CountPieces(DrawLines({{test::MakeCylinder(48, 1, 2)}}, StandardView::Front));
     EXPECT_EQ(cylinder, (Pieces{{"visible silhouette", 4}}));
+}
+
+TEST_F(SceneDrawingTest, RoundingsInCoarseStepsLeaveNoScrapsOfLines)
+{
+    struct Fold {
+        const char* name;
+        double degrees;
+        bool fades;
+        bool hasLine;
+    };
+    for (const Fold& fold : {Fold{"blunt, from side to side", 40, false, true},
+                             {"blunt, fading", 40, true, false},
+                             {"sharp, fading", 110, true, true}}) {
+        const double slope = std::tan(fold.degrees / 360.0 * std::numbers::pi);
+        const auto sheet = test::MakeSurface(8, 2, [&](float u, float v) {
+            const double height = slope * std::abs(v - 0.5) * (fold.fades ? std::sin(std::numbers::pi * u) : 1.0);
+            return dg::FVec3(10.0F * u, static_cast<float>(height), -v);
+        });
+        EXPECT_EQ(CountPieces(DrawLines({{sheet}}, StandardView::Top)).contains("visible crease"), fold.hasLine)
+            << fold.name;
+    }
 }
 
 TEST_F(SceneDrawingTest, LinesEndExactlyWhereSomethingHidesThem)

@@ -18,6 +18,7 @@
 
 using namespace luhost::render;
 using test::At;
+using test::CameraOf;
 using test::MakeBlock;
 using test::Part;
 
@@ -30,19 +31,9 @@ constexpr int kSide = 200;
 class ViewPartsTest : public test::SessionTest
 {
 protected:
-    static dg::Camera3D CameraOf(const PreparedScene& scene, StandardView view)
-    {
-        return MakeViewCamera(view, UpAxis::Y, scene.geometry.box, kSide, kSide, 0.1);
-    }
-
     static Drawing DrawLines(const PreparedScene& scene, const dg::Camera3D& camera)
     {
-        SceneDrawingOptions options;
-        options.style = SceneDrawingOptions::Style::Lines;
-        Drawing drawing;
-        std::string error;
-        EXPECT_TRUE(DrawScene(scene, camera, options, {2, nullptr}, drawing, error)) << error;
-        return drawing;
+        return test::DrawPicture(scene, camera, SceneDrawingOptions::Style::Lines);
     }
 
     /// How many straight pieces the lines of each class have, and how long they are.

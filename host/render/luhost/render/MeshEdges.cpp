@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <numeric>
 
 namespace luhost::render
@@ -38,6 +39,13 @@ dg::DVec3 NormalOf(const WeldedMesh& mesh, const WeldedMesh::Triangle& triangle)
     const double longestSquare = std::max({a.Dot(a), b.Dot(b), c.Dot(c)});
     const double length = normal.Length();
     return length > kSmallestHeight * std::sqrt(longestSquare) ? normal * (1.0 / length) : dg::DVec3();
+}
+
+/// Of the angle between the two faces of an edge, 1 where they are level.
+double CosineAt(const MeshEdges& edges, const MeshEdge& edge) noexcept
+{
+    const double cosine = ToVector(edges.normals[edge.left]).Dot(ToVector(edges.normals[edge.right]));
+    return edge.isTwisted ? -cosine : cosine;
 }
 
 /// One side of a triangle, at the vertex with the lower number.
@@ -233,12 +241,15 @@ public:
         }
     }
 
-private:
-    bool IsSharp(const MeshEdge& edge) const
+    /// Whether a crease is no more than a step of a rounding may be.
+    bool IsBlunt(const MeshEdge& edge) const
     {
-        const double cosine = ToVector(m_result.normals[edge.left]).Dot(ToVector(m_result.normals[edge.right]));
-        return (edge.isTwisted ? -cosine : cosine) < m_smallestCosine;
+        return edge.kind == MeshEdge::Kind::Crease && edge.isSolid && CosineAt(m_result, edge) > m_bluntCosine &&
+               !IsBetweenColors(edge);
     }
+
+private:
+    bool IsSharp(const MeshEdge& edge) const { return CosineAt(m_result, edge) < m_smallestCosine; }
 
     /// Whether the other corner of the right triangle lies over the left one.
     bool IsConcave(const MeshEdge& edge) const
@@ -268,7 +279,60 @@ private:
     const WeldedMesh& m_mesh;
     const std::vector<luk::Mesh::Part>& m_parts;
     double m_smallestCosine;
+    double m_bluntCosine = std::cos(50.0 * std::numbers::pi / 180.0);
     MeshEdges& m_result;
+};
+
+/// Takes away the blunt creases that end in the midst of a surface. Of a rounding in coarse steps some bend a little more
+/// than the limit and others a little less, so that nothing would be left of its lines but scraps.
+class CreaseTrimmer
+{
+public:
+    CreaseTrimmer(const WeldedMesh& mesh, const Classifier& classifier, MeshEdges& result)
+        : m_classifier(classifier), m_result(result), m_count(mesh.GetVertexCount(), 0),
+          m_joined(mesh.GetVertexCount(), 0)
+    {
+    }
+
+    void Trim()
+    {
+        for (std::uint32_t number = 0; number < m_result.edges.size(); ++number) {
+            const MeshEdge& edge = m_result.edges[number];
+            if (edge.kind != MeshEdge::Kind::Smooth) {
+                for (const std::uint32_t vertex : {edge.start, edge.end}) {
+                    ++m_count[vertex];
+                    m_joined[vertex] ^= number;
+                }
+            }
+        }
+        for (std::uint32_t vertex = 0; vertex < m_count.size(); ++vertex) {
+            TrimFrom(vertex);
+        }
+    }
+
+private:
+    /// As far as the line goes without meeting another one.
+    void TrimFrom(std::uint32_t vertex)
+    {
+        while (m_count[vertex] == 1) {
+            const std::uint32_t number = m_joined[vertex];
+            MeshEdge& edge = m_result.edges[number];
+            if (!m_classifier.IsBlunt(edge)) {
+                return;
+            }
+            edge.kind = MeshEdge::Kind::Smooth;
+            for (const std::uint32_t end : {edge.start, edge.end}) {
+                --m_count[end];
+                m_joined[end] ^= number;
+            }
+            vertex = edge.start == vertex ? edge.end : edge.start;
+        }
+    }
+
+    const Classifier& m_classifier;
+    MeshEdges& m_result;
+    std::vector<std::uint32_t> m_count;  ///< of the lines at a vertex, and of the edges without an area
+    std::vector<std::uint32_t> m_joined; ///< their numbers, by exclusive or: of a single one its own
 };
 
 /// Finds the bodies: pieces of a mesh that are closed, wound alike, and have their normals outwards. A piece with its normals
@@ -350,7 +414,9 @@ MeshEdges::MeshEdges(const WeldedMesh& mesh, const luk::Mesh& colors, double cre
     }
     EdgeMaker(mesh, *this).Make();
     NormalLender(mesh, *this).Lend();
-    Classifier(mesh, colors, creaseAngle, *this).Classify();
+    Classifier classifier(mesh, colors, creaseAngle, *this);
+    classifier.Classify();
+    CreaseTrimmer(mesh, classifier, *this).Trim();
     SolidFinder(mesh, *this).Find();
 }
 

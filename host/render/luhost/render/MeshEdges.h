@@ -13,7 +13,7 @@ struct MeshEdge {
     enum class Kind : std::uint8_t {
         Smooth,       ///< drawn only where it is a silhouette
         Border,       ///< of one triangle alone
-        Crease,       ///< sharp, or of more than two triangles
+        Crease,       ///< sharp, or of more than two triangles; a blunt one joins other lines at both its ends
         PartBoundary, ///< between two colours of the mesh
         Nothing       ///< of triangles without an area alone
     };

@@ -1,3 +1,4 @@
+#include <luhost/render/CrackClosing.h>
 #include <luhost/render/PreparedScene.h>
 
 #include <new>
@@ -17,8 +18,11 @@ Outcome PrepareMeshes(PreparedScene& scene, double creaseAngle, const Workers& w
     return RunParallel(scene.meshes.size(), workers, [&scene, creaseAngle](std::size_t i) {
         const luk::Mesh& mesh = *scene.geometry.meshes[i].mesh;
         scene.welded[i] = std::make_unique<WeldedMesh>(mesh);
-        const WeldedMesh& welded = *scene.welded[i];
+        WeldedMesh& welded = *scene.welded[i];
         scene.meshes[i].edges = std::make_unique<MeshEdges>(welded, mesh, creaseAngle);
+        if (CloseCracks(welded, *scene.meshes[i].edges)) {
+            scene.meshes[i].edges = std::make_unique<MeshEdges>(welded, mesh, creaseAngle);
+        }
         scene.meshes[i].normals = std::make_unique<CornerNormals>(welded, *scene.meshes[i].edges, creaseAngle);
     });
 }
