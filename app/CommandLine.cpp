@@ -30,9 +30,21 @@ namespace lusym
 namespace
 {
 
+#if defined(_WIN32)
+
+/// Results are bytes: line feeds stay what they are. The system itself sees to streams that are closed.
+void PrepareStandardStreams()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        ::_setmode(descriptor, _O_BINARY);
+    }
+}
+
+#else
+
 /// Keeps files that are opened later from taking the place of a standard stream that is closed, since what goes to that
 /// stream would go into them. Writing to standard output still fails, so that a result does not vanish in silence.
-void FillStandardDescriptors()
+void PrepareStandardStreams()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF) {
@@ -42,6 +54,8 @@ void FillStandardDescriptors()
         }
     }
 }
+
+#endif
 
 /// Warnings that are traced, each once however many symbols it is true of.
 class TraceTeller
@@ -199,6 +213,8 @@ Program::Program()
 {
     m_app.set_version_flag("--version", "lusym " LUSYM_VERSION);
     m_app.fallthrough();
+    // A path that begins with a slash is no option.
+    m_app.allow_windows_style_options(false);
     m_app.require_subcommand(1);
     AddChoice<Progress::Mode>(
         m_app, "--progress", m_mode, "How far the work is, on stderr: auto (on a terminal), json (one line each), off",
@@ -237,7 +253,7 @@ ExitCode Run(int argc, char** argv)
 
 int RunCommandLine(int argc, char** argv)
 {
-    FillStandardDescriptors();
+    PrepareStandardStreams();
     Interrupt::Install();
     dp::LUTracer::SetSink(
         [teller = std::make_shared<TraceTeller>()](const dp::TraceMessage& message) { teller->Tell(message); });

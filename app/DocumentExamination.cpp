@@ -79,10 +79,9 @@ private:
         const auto& collection = SymbolTemplateCollection::GetCollection();
         luk::illustration::AssociativeObjectCollection::Merge merge(*collection);
         const auto put = [&](const std::string& id, const du::SmartPtr<PartslibraryItem>& standIn) {
-            if (!id.empty() && !collection->GetAssociativeObjectById(id)) {
+            if (!id.empty() && !collection->GetAssociativeObjectById(id) && m_gone.insert(id).second) {
                 standIn->SetId(id);
                 merge.PutObject(standIn);
-                m_gone.insert(id);
             }
         };
         m_source.GetDocument().ForEachUnmade([&](const auto&, const auto& content, const std::string& id) {
@@ -92,6 +91,7 @@ private:
                 put(id, du::MakeCounted<PartslibraryImageItem>());
             }
         });
+        merge.Commit();
     }
 
     void TellProblems()

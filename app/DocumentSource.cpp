@@ -144,6 +144,7 @@ void DocumentSource::LoadOwnEntries()
         }
         merge.PutObject(entry);
     }
+    merge.Commit();
     SymbolTemplateCollection::GetCollection()->SetInformation(
         reading.examination.loader ? reading.examination.loader->GetCollectionInformation() : nullptr);
 }

@@ -159,6 +159,7 @@ void PutIntoDocument(const std::vector<EntryIndex::Entry>& entries)
             collection.SetInformation(library->examination.loader->GetCollectionInformation());
         }
     }
+    merge.Commit();
 }
 
 std::string DifferencesOf(const PartslibraryItem& a, const PartslibraryItem& b)

@@ -10,12 +10,62 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
+#if defined(_WIN32)
+#  include <du/FileSystem.h>
+#  include <du/Utf8.h>
+#endif
 
 namespace lusym
 {
 
 namespace
 {
+
+#if defined(_WIN32)
+
+using FileStatus = struct _stat64;
+
+int OpenToRead(const std::string& path)
+{
+    return ::_wopen(du::Utf8ToWideStr(path).c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
+}
+
+bool AskStatus(int descriptor, FileStatus& status) { return ::_fstat64(descriptor, &status) == 0; }
+
+/// The numbers by which files are told apart are not told here.
+bool IsSameFile(const FileStatus&, const FileStatus&) { return false; }
+
+std::ptrdiff_t ReadSome(int descriptor, char* bytes, std::size_t size)
+{
+    constexpr std::size_t kMost = std::size_t{1} << 30;
+    return ::_read(descriptor, bytes, static_cast<unsigned int>(std::min(size, kMost)));
+}
+
+std::ptrdiff_t WriteSome(int descriptor, const char* bytes, std::size_t size)
+{
+    constexpr std::size_t kMost = std::size_t{1} << 16;
+    return ::_write(descriptor, bytes, static_cast<unsigned int>(std::min(size, kMost)));
+}
+
+std::string KindOfFile(unsigned int mode)
+{
+    return S_ISFIFO(mode) ? "is a pipe" : S_ISCHR(mode) ? "is a device" : "is no regular file";
+}
+
+#else
+
+using FileStatus = struct stat;
+
+/// Without waiting, so that a pipe is told from a file before anybody has to write into it.
+int OpenToRead(const std::string& path) { return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY); }
+
+bool AskStatus(int descriptor, FileStatus& status) { return fstat(descriptor, &status) == 0; }
+
+bool IsSameFile(const FileStatus& a, const FileStatus& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
+
+std::ptrdiff_t ReadSome(int descriptor, char* bytes, std::size_t size) { return read(descriptor, bytes, size); }
+
+std::ptrdiff_t WriteSome(int descriptor, const char* bytes, std::size_t size) { return write(descriptor, bytes, size); }
 
 std::string KindOfFile(mode_t mode)
 {
@@ -30,6 +80,8 @@ std::string KindOfFile(mode_t mode)
     }
     return S_ISSOCK(mode) ? "is a socket" : "is no regular file";
 }
+
+#endif
 
 bool FailWithSystemError(std::string& error)
 {
@@ -53,9 +105,14 @@ public:
 
     bool Open(const std::string& path, std::string& error)
     {
-        // Without waiting, so that a pipe is told from a file before anybody has to write into it.
-        m_descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-        if (m_descriptor < 0 || fstat(m_descriptor, &m_status) != 0) {
+        m_descriptor = OpenToRead(path);
+        if (m_descriptor < 0 || !AskStatus(m_descriptor, m_status)) {
+#if defined(_WIN32)
+            if (du::FileSystem::DirExists(path)) {
+                error = "is a folder";
+                return false;
+            }
+#endif
             return FailWithSystemError(error);
         }
         if (!S_ISREG(m_status.st_mode)) {
@@ -67,10 +124,7 @@ public:
 
     std::size_t GetSize() const { return static_cast<std::size_t>(m_status.st_size); }
 
-    bool IsSameAs(const InputFile& other) const
-    {
-        return m_status.st_dev == other.m_status.st_dev && m_status.st_ino == other.m_status.st_ino;
-    }
+    bool IsSameAs(const InputFile& other) const { return IsSameFile(m_status, other.m_status); }
 
     /// Fills the buffer unless the file ends before.
     /// @param[out] count the bytes that were read
@@ -78,7 +132,7 @@ public:
     {
         count = 0;
         while (count < buffer.size()) {
-            const ssize_t more = read(m_descriptor, buffer.data() + count, buffer.size() - count);
+            const std::ptrdiff_t more = ReadSome(m_descriptor, buffer.data() + count, buffer.size() - count);
             if (more < 0 && errno == EINTR) {
                 continue;
             }
@@ -95,8 +149,7 @@ public:
 
 private:
     int m_descriptor = -1;
-    struct stat m_status {
-    };
+    FileStatus m_status{};
 };
 
 constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
@@ -129,12 +182,12 @@ bool ReadStandardInput(std::string& text, std::string& error)
 {
     text.clear();
     std::vector<char> block(kBlockSize);
-    for (ssize_t count = 1; count != 0;) {
-        count = read(STDIN_FILENO, block.data(), block.size());
+    for (std::ptrdiff_t count = 1; count != 0;) {
+        count = ReadSome(STDIN_FILENO, block.data(), block.size());
         if (count < 0 && errno != EINTR) {
             return FailWithSystemError(error);
         }
-        text.append(block.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        text.append(block.data(), static_cast<std::size_t>(std::max<std::ptrdiff_t>(count, 0)));
     }
     return true;
 }
@@ -182,7 +235,7 @@ bool HasSameContent(const std::string& a, const std::string& b)
 bool WriteStandardOutput(std::string_view text, std::string& error)
 {
     while (!text.empty()) {
-        const ssize_t count = write(STDOUT_FILENO, text.data(), text.size());
+        const std::ptrdiff_t count = WriteSome(STDOUT_FILENO, text.data(), text.size());
         if (count < 0 && errno == EINTR) {
             continue;
         }

@@ -34,7 +34,9 @@ public:
     InterruptHold& operator=(const InterruptHold&) = delete;
 
 private:
+#if !defined(_WIN32)
     sigset_t m_before;
+#endif
 };
 
 /// Names a file, or a folder with what is in it, that a signal deletes.

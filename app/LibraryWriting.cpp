@@ -42,7 +42,7 @@ bool WriteLibraryFile(LibraryContent content, bool exportAsStandard, const std::
     writer->ToXml(du::Symbol(path), std::move(content.templates), content.categories);
     const std::string rootEnd = "</" + std::string(lusymbols::format::kRoot) + ">\n";
     if (!EndsWith(path, rootEnd)) {
-        error = "not all of it could be written; is the medium full?";
+        error = "not all of it could be written, as on a medium that is full";
         return false;
     }
     return true;

@@ -37,6 +37,10 @@ if(CMAKE_UNITY_BUILD)
   # The compiler takes a source that is compiled along with others for a header, whose classes must not hold what is private.
   target_compile_options(project_defaults INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
 endif()
+if(WIN32)
+  # The interface of Windows 10, without macros for what the standard library has.
+  target_compile_definitions(project_defaults INTERFACE _WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX)
+endif()
 if(LUSYMBOLS_BUILD_FUZZERS)
   target_compile_options(project_defaults INTERFACE -fsanitize=fuzzer-no-link)
 endif()

@@ -28,9 +28,9 @@ bool CreateAnnotation(const std::string& type, du::SmartPtr<du::RefCounted>& slo
 
 extern "C" {
 
-void LUDllInit() {}
+void LUDllInit() noexcept {}
 
-void LUDllTerminate() __attribute__((alias("LUDllInit")));
+void LUDllTerminate() noexcept __attribute__((alias("LUDllInit")));
 
 bool LUDllCreateComponent(const std::string& action, const std::string& category, const std::string& type,
                           du::SmartPtr<du::RefCounted>& slot)

@@ -14,10 +14,10 @@
 extern "C" {
 
 /// Does nothing: constants of the plug-in make themselves.
-LUSYMBOLS_API void LUDllInit();
+LUSYMBOLS_API void LUDllInit() noexcept;
 
 /// Does nothing, and is the same function as LUDllInit: components live by their handles alone.
-LUSYMBOLS_API void LUDllTerminate();
+LUSYMBOLS_API void LUDllTerminate() noexcept;
 
 /// Makes the component that the three words name and stores it in the slot.
 ///

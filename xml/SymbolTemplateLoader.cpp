@@ -517,9 +517,19 @@ du::SmartPtr<CollectionInformation> SymbolTemplateLoader::GetCollectionInformati
 bool SymbolTemplateLoader::GetTemplateList(const du::Symbol& libraryFile,
                                            std::vector<du::SmartPtr<SymbolTemplate>>& out)
 {
-    ParseFromFile(libraryFile.GetText(), ChooseOrigin(libraryFile.GetText()));
-    AddPartslibraryList();
-    ReserveMore(out, m_templates.size());
+    const std::size_t categoryCount = m_categories.size();
+    const std::size_t pendingCount = m_pendingItems.size();
+    try {
+        ParseFromFile(libraryFile.GetText(), ChooseOrigin(libraryFile.GetText()));
+        AddPartslibraryList();
+        ReserveMore(out, m_templates.size());
+    } catch (const std::bad_alloc&) {
+        // What was read of it would be there twice when it is read again; entries are not, since names are unique.
+        m_categories.erase(m_categories.begin() + static_cast<std::ptrdiff_t>(categoryCount), m_categories.end());
+        const std::size_t kept = std::min(pendingCount, m_pendingItems.size());
+        m_pendingItems.erase(m_pendingItems.begin() + static_cast<std::ptrdiff_t>(kept), m_pendingItems.end());
+        throw;
+    }
     out.insert(out.end(), m_templates.begin(), m_templates.end());
     return true;
 }

@@ -351,7 +351,12 @@ void SymbolTemplateWriter::WritePartslibraryListToXML(const std::string& path, b
                                  WritePartslibraryUnits(),          WritePartslibraryInformation(),
                                  WritePartslibraryCategories(flag), WritePartslibraryOls(flag),
                                  WritePartslibraryImages(flag),     rootEnd.Take()};
-    std::ofstream file(MakeLibraryPath(path), std::ios::out | std::ios::trunc);
+    const auto libraryPath = MakeLibraryPath(path);
+    // A stream that is opened without a buffer truncates the file first and then asks for one.
+    std::array<char, 8192> buffer;
+    std::ofstream file;
+    file.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+    file.open(libraryPath, std::ios::out | std::ios::trunc);
     for (const std::string& part : parts) {
         file.write(part.data(), static_cast<std::streamsize>(part.size()));
     }

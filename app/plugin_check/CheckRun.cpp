@@ -3,13 +3,14 @@
 #include "Finding.h"
 #include "ParallelWork.h"
 
+#include <du/FileSystem.h>
 #include <luhost/io/ChildProcess.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#  include <cstdio>
+#else
 #  include <cstring>
 #endif
 
@@ -39,14 +40,29 @@ std::vector<Note> NotesOf(std::string_view output)
     return notes;
 }
 
+#if defined(_WIN32)
+/// Here it is the number of an exception.
 std::string SignalText(int signal)
 {
-#if defined(_WIN32)
-    return "exception " + std::to_string(signal);
-#else
-    return ::strsignal(signal);
-#endif
+    switch (static_cast<unsigned int>(signal)) {
+    case 0xC0000005:
+        return "access violation";
+    case 0xC00000FD:
+        return "stack overflow";
+    case 0xC0000017:
+        return "out of memory";
+    case 0xC0000374:
+        return "heap corruption";
+    default: {
+        char text[32];
+        std::snprintf(text, sizeof text, "exception 0x%08X", static_cast<unsigned int>(signal));
+        return text;
+    }
+    }
 }
+#else
+std::string SignalText(int signal) { return ::strsignal(signal); }
+#endif
 
 /// How the process ended, where that says more than what it told.
 std::vector<Note> NotesOf(const ChildProcess::Result& ended, unsigned int seconds, bool cameToItsEnd)
@@ -134,8 +150,7 @@ CheckResult CheckRun::RunOne(const Check& check, std::size_t number) const
     CheckResult result;
     result.check = &check;
     const std::string folder = m_setup.folder + "/" + std::to_string(number);
-    std::error_code error;
-    std::filesystem::create_directory(folder, error);
+    du::FileSystem::Mkdir(folder);
 
     const auto begin = std::chrono::steady_clock::now();
     std::string output;
@@ -149,7 +164,7 @@ CheckResult CheckRun::RunOne(const Check& check, std::size_t number) const
     std::erase_if(result.notes, [](const Note& note) { return note.outcome == Outcome::Pass; });
     std::ranges::move(NotesOf(ended, SecondsFor(check), cameToItsEnd), std::back_inserter(result.notes));
     Judge(result);
-    std::filesystem::remove_all(folder, error);
+    du::FileSystem::DeletePath(folder);
     return result;
 }
 

@@ -4,12 +4,10 @@
 #include "SystemState.h"
 #include "Trial.h"
 
+#include <du/FileSystem.h>
 #include <luk/AnnoSet.h>
 #include <luk/Annotation.h>
 #include <luk/Scene.h>
-
-#include <filesystem>
-#include <system_error>
 
 namespace lusym::check
 {
@@ -91,8 +89,7 @@ void CheckReleaseWhileLoading(Trial& trial)
 void CheckUnreadableFiles(Trial& trial)
 {
     Stage stage(trial);
-    std::error_code error;
-    std::filesystem::create_directory(stage.SymbolsPath("folder"), error);
+    du::FileSystem::Mkdir(stage.SymbolsPath("folder"));
     stage.Write("Symbols/other", "of no known format");
     stage.Write("Symbols/empty", "");
     stage.Write("outside.pic", "P84");

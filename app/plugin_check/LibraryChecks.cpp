@@ -5,6 +5,7 @@
 #include "Trial.h"
 #include "xml/SymbolTemplateWriter.h"
 
+#include <du/FileSystem.h>
 #include <luk/illustration/AssociativeObjectSaver.h>
 #include <luk/illustration/CategoryInfo.h>
 #include <luk/illustration/SymbolCollectionInformation.h>
@@ -15,7 +16,6 @@
 #include <fstream>
 #include <iterator>
 #include <new>
-#include <system_error>
 #include <vector>
 
 namespace lusym::check
@@ -214,8 +214,7 @@ void CheckLibraryTwice(Trial& trial)
 void CheckLibraryUnreadable(Trial& trial)
 {
     const Stage stage(trial);
-    std::error_code error;
-    std::filesystem::create_directory(trial.GetFolder() + "/folder.xml", error);
+    du::FileSystem::Mkdir(trial.GetFolder() + "/folder.xml");
     MakePipe(trial.GetFolder() + "/pipe.xml");
     const std::string text = kWholeLibrary;
     const std::string six =

@@ -21,7 +21,7 @@ protected:
 
 CommaLocale::CommaLocale() : m_before(std::locale::global(std::locale(std::locale(), new CommaNumbers)))
 {
-    for (const char* const name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "de-DE"}) {
+    for (const char* const name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "German"}) {
         if (std::setlocale(LC_ALL, name)) {
             return;
         }

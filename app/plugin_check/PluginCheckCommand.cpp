@@ -145,8 +145,8 @@ std::string SummaryOf(const PluginCheckOptions& options, const std::vector<Check
 std::string AbsolutePath(const std::string& path)
 {
     std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
-    return path.empty() || error ? path : absolute.string();
+    const std::u8string absolute = std::filesystem::absolute(std::u8string(path.begin(), path.end()), error).u8string();
+    return path.empty() || error ? path : std::string(absolute.begin(), absolute.end());
 }
 
 ExitCode RunPluginCheck(const PluginCheckOptions& options, Progress& progress)

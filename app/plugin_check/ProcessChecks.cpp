@@ -19,7 +19,12 @@
 #if defined(__x86_64__)
 #  include <immintrin.h>
 #endif
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#  include <du/Utf8.h>
+
+#  include <cwchar>
+#  include <windows.h>
+#else
 #  include <sys/stat.h>
 #  include <unistd.h>
 #endif
@@ -71,13 +76,19 @@ State LookAtEnvironment()
 {
     State state;
 #if defined(_WIN32)
-    char** const variables = _environ;
+    wchar_t* const variables = ::GetEnvironmentStringsW();
+    for (const wchar_t* variable = variables; *variable != L'\0'; variable += std::wcslen(variable) + 1) {
+        // Those are the working folders of the drives.
+        if (*variable != L'=') {
+            state.insert(du::WideStrToUtf8(variable));
+        }
+    }
+    ::FreeEnvironmentStringsW(variables);
 #else
-    char** const variables = environ;
-#endif
-    for (char** variable = variables; variable && *variable; ++variable) {
+    for (char** variable = environ; variable && *variable; ++variable) {
         state.insert(*variable);
     }
+#endif
     return state;
 }
 

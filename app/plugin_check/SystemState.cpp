@@ -6,6 +6,8 @@
 
 #if defined(_WIN32)
 #  include <windows.h>
+// It needs the one before it.
+#  include <tlhelp32.h>
 #else
 #  include <dlfcn.h>
 #  include <malloc.h>
@@ -40,7 +42,7 @@ std::unique_ptr<RawLibrary> RawLibrary::Load(const std::string& path, Binding, s
 {
     void* const handle = ::LoadLibraryW(AbsolutePath(path).c_str());
     if (!handle) {
-        problem = std::error_code(static_cast<int>(::GetLastError()), std::system_category()).message();
+        problem = "the system gives the error " + std::to_string(::GetLastError());
         return nullptr;
     }
     return std::unique_ptr<RawLibrary>(new RawLibrary(handle));
@@ -59,6 +61,25 @@ bool RawLibrary::IsLoaded(const std::string& path) { return ::GetModuleHandleW(A
 void* RawLibrary::FindGlobal(const std::string&) { return nullptr; }
 
 bool MakePipe(const std::string&) { return false; }
+
+std::optional<std::size_t> CountThreads()
+{
+    const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    if (snapshot == INVALID_HANDLE_VALUE) {
+        return std::nullopt;
+    }
+    THREADENTRY32 thread{};
+    thread.dwSize = sizeof thread;
+    std::size_t count = 0;
+    for (BOOL more = ::Thread32First(snapshot, &thread); more; more = ::Thread32Next(snapshot, &thread)) {
+        count += thread.th32OwnerProcessID == ::GetCurrentProcessId();
+    }
+    ::CloseHandle(snapshot);
+    return count;
+}
+
+/// The system tells a process handles of every kind, and what they are not without waiting for some of them.
+std::optional<std::set<std::string>> ListOpenFiles() { return std::nullopt; }
 
 #else
 
@@ -91,8 +112,6 @@ void* RawLibrary::FindGlobal(const std::string& name) { return ::dlsym(RTLD_DEFA
 
 bool MakePipe(const std::string& path) { return ::mkfifo(path.c_str(), 0600) == 0; }
 
-#endif
-
 std::optional<std::size_t> CountThreads()
 {
     std::error_code error;
@@ -116,6 +135,8 @@ std::optional<std::set<std::string>> ListOpenFiles()
     }
     return files.empty() ? std::nullopt : std::optional(files);
 }
+
+#endif
 
 std::optional<std::size_t> CountAllocatedBytes()
 {

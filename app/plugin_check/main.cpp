@@ -8,9 +8,16 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #if defined(_WIN32)
+#  include <du/Utf8.h>
+
+#  include <fcntl.h>
 #  include <io.h>
+#  include <windows.h>
+// It needs the one before it.
+#  include <shellapi.h>
 #else
 #  include <csignal>
 #  include <fcntl.h>
@@ -30,13 +37,43 @@ constexpr int kUnreadable = 3;
 
 #if defined(_WIN32)
 
-void LimitProcess() {}
+constexpr std::size_t kBytes = std::size_t{4} << 30;
 
+/// What a plug-in that has gone wild may take. It breaks down without asking the user, and goes with the job of the one who
+/// asked for the check.
+void LimitProcess()
+{
+    ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+    // It has to last as long as the process.
+    const HANDLE job = ::CreateJobObjectW(nullptr, nullptr);
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_PROCESS_MEMORY;
+    limits.ProcessMemoryLimit = kBytes;
+    ::SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
+    ::AssignProcessToJobObject(job, ::GetCurrentProcess());
+}
+
+/// The standard output by another name, since the plug-in may write to that as well.
 std::FILE* OpenReport()
 {
-    std::FILE* const report = ::_fdopen(::_dup(1), "w");
-    std::freopen("NUL", "w", stdout);
+    const int descriptor = ::_dup(1);
+    ::_setmode(descriptor, _O_BINARY);
+    std::FILE* const report = ::_fdopen(descriptor, "wb");
+    [[maybe_unused]] const std::FILE* const nowhere = std::freopen("NUL", "w", stdout);
     return report;
+}
+
+/// Those that main is given are not in UTF-8.
+std::vector<std::string> Arguments(int, char**)
+{
+    int count = 0;
+    wchar_t** const wide = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 0; i < count; ++i) {
+        arguments.push_back(du::WideStrToUtf8(wide[i]));
+    }
+    ::LocalFree(wide);
+    return arguments;
 }
 
 #else
@@ -63,6 +100,8 @@ std::FILE* OpenReport()
     ::close(nowhere);
     return report;
 }
+
+std::vector<std::string> Arguments(int count, char** values) { return {values, values + count}; }
 
 #endif
 
@@ -109,19 +148,20 @@ int Usage()
 
 int main(int argc, char** argv)
 {
-    const Check* const check = argc == 5 ? FindCheck(argv[2]) : nullptr;
-    if (argc != 2 && !check) {
+    const std::vector<std::string> arguments = Arguments(argc, argv);
+    const Check* const check = arguments.size() == 5 ? FindCheck(arguments[2]) : nullptr;
+    if (arguments.size() != 2 && !check) {
         return Usage();
     }
     std::FILE* const report = OpenReport();
     LimitProcess();
     int code = kDone;
     if (check) {
-        Trial trial(argv[1], argv[3], std::strtoull(argv[4], nullptr, 10),
+        Trial trial(arguments[1], arguments[3], std::strtoull(arguments[4].c_str(), nullptr, 10),
                     [&](const Note& note) { Report(report, note); });
         code = RunCheck(*check, trial, report);
     } else {
-        code = Probe(argv[1], report);
+        code = Probe(arguments[1], report);
     }
     // What the plug-in has left to be done at the end of a process is no part of any check but those that look at it.
     std::_Exit(code);

@@ -1,5 +1,6 @@
 #include "annotations2d/Symbol2D.h"
 #include "catalog/PartslibraryImageItem.h"
+#include "support/Native.h"
 #include "support/SessionTest.h"
 
 #include <dg/DMat33.h>
@@ -652,8 +653,8 @@ TEST_P(Symbol2DTest, APictureFileIsOneComponent)
         luk::illustration::SetRunningIllustrate(isAuthoring);
         for (const std::string& name : names) {
             const auto symbol = du::MakeCounted<Symbol2D>(Record(name));
-            const std::string found = name == "84.pic" ? "file:///" + m_folder.Path("temp/Symbols/84.pic") : "";
-            EXPECT_EQ(symbol->GetImage()->GetURL().GetText(), found) << name;
+            const std::string found = name == "84.pic" ? "file:///" + m_folder.Path("temp") + "/Symbols/84.pic" : "";
+            EXPECT_EQ(test::Native(symbol->GetImage()->GetURL().GetText()), test::Native(found)) << name;
             EXPECT_EQ(symbol->GetImageFileName().GetText(), name) << "kept for saving";
         }
     }

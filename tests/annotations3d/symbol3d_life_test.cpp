@@ -1,4 +1,5 @@
 #include "annotations3d/Symbol3DTest.h"
+#include "support/Native.h"
 
 #include <lug/Appearance.h>
 #include <luk/illustration/RunningMode.h>
@@ -349,7 +350,7 @@ TEST_P(SymbolLife, FollowsItsLibraryEntryWhereItStands)
     EXPECT_EQ(symbol->GetTitle() + symbol->GetDescription() + symbol->GetName().GetText(), "tdn");
     EXPECT_EQ(symbol->GetFileName().GetText(), "t.shp");
     EXPECT_EQ(symbol->GetShapeInstance(), shape);
-    EXPECT_TRUE(shape->GetShape()->IsLoaded() && shape->GetShape()->GetPath().ends_with("Symbols/t.shp"));
+    EXPECT_TRUE(shape->GetShape()->IsLoaded() && shape->GetShape()->GetPath().ends_with(test::Native("Symbols/t.shp")));
     EXPECT_EQ(shape->GetLocation(), dg::Location(kQuarterTurn, {7.0, 0.0, 0.0}));
     EXPECT_EQ(shape->GetTransparency(), 0.5F);
     EXPECT_EQ(shape->GetAppearanceOverride()->GetMaterial()->GetDiffuse().red, 1.0F);

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <map>
 #include <ostream>
+#include <unistd.h>
 
 namespace
 {
@@ -18,15 +19,19 @@ using Words = std::vector<std::string>;
 struct Verb {
     const char* name;
     Words arguments;
+    int exitCodeWhereReadOnly = 4;
 
     friend void PrintTo(const Verb& verb, std::ostream* out) { *out << verb.name; }
 };
 
 const char* const kLibrary = "SymbolsLibrary/PartSymbolLibrary.xml";
 
+const char* const kPictures = "pictures/SymbolsLibrary/PartSymbolLibrary.xml";
+
 const Verb kVerbs[] = {
     {"Format", {"library", "format", kLibrary, "-o", kLibrary, "--allow-loss"}},
     {"Gallery", {"library", "gallery", kLibrary, "-o", "gallery.html"}},
+    {"Thumbnails", {"library", "thumbnails", kPictures}, 6},
     {"New", {"document", "new", "-o", "new.luz", "--page", "a4"}},
     {"Place", {"symbol", "place", "doc.luz", "--entry", "a", "--at", "1,2", "--page", "1"}},
     {"Render", {"render", "doc.luz", "-o", "page.png", "--page", "1", "--size", "100"}},
@@ -43,6 +48,34 @@ Files ReadAll(const fs::path& folder)
     }
     return files;
 }
+
+/// Whether files may come and go there.
+void MakeWritable(const fs::path& folder, bool isWritable)
+{
+    constexpr fs::perms kRead =
+        fs::perms::all & ~(fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write);
+    fs::permissions(folder, isWritable ? fs::perms::owner_all : kRead);
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        if (entry.is_directory()) {
+            MakeWritable(entry.path(), isWritable);
+        }
+    }
+}
+
+/// With a library beside that has pictures and no thumbnails.
+class WriteFolder : public test::DocumentFolder
+{
+public:
+    WriteFolder()
+    {
+        const std::string file =
+            Write(kPictures, "<drellin-library><units/><information/><categories/><shapes/><symbols>"
+                             "<symbol id=\"a\"><image url=\"SymbolsLibrary/2D/a.svg\"/></symbol>"
+                             "</symbols></drellin-library>");
+        Write("pictures/SymbolsLibrary/2D/a.svg", Read("SymbolsLibrary/2D/a.svg"));
+        Lusym({"library", "format", file, "-o", file});
+    }
+};
 
 /// Whether a file is as it was, or as it becomes, or not there where it was not.
 bool IsWhole(const std::string& name, const std::string& bytes, const Files& before, const Files& after)
@@ -78,7 +111,7 @@ protected:
     /// @param injection what strace does to which calls; empty for an unharmed run
     test::ProcessResult Run(const std::string& folder, const std::string& injection) const
     {
-        Words command;
+        Words command = m_user;
         if (!injection.empty()) {
             const std::string calls = injection.substr(0, injection.find(':'));
             command.insert(command.end(), {"/usr/bin/strace", "-f", "--seccomp-bpf", "-qq", "-o", Log(), "-e",
@@ -114,10 +147,11 @@ protected:
         }
     }
 
-    const test::DocumentFolder m_origin;
+    const WriteFolder m_origin;
     const test::TemporaryFolder m_work;
     Files m_before;
     Files m_after;
+    Words m_user; ///< what makes the program run as somebody else
 };
 
 constexpr const char* kWriting = "write,writev,pwrite64";
@@ -161,6 +195,28 @@ TEST_P(WriteFaults, AKillAtEachCallLeavesTheOldFileOrTheNewOne)
         ExpectWhole(folder, true);
         fs::remove_all(Temporary());
     }
+}
+
+TEST_P(WriteFaults, AReadOnlyFolderStaysAsItIsAndIsTold)
+{
+    const std::string folder = Copy("read-only");
+    fs::create_directory(Temporary());
+    fs::permissions(Temporary(), fs::perms::all);
+    MakeWritable(folder, false);
+    if (::geteuid() == 0) { // who may write everywhere
+        m_user = {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+        Words trial = m_user;
+        trial.insert(trial.end(), {LUSYM_PROGRAM, "--version"});
+        if (test::RunProcess(trial).exitCode != 0) {
+            GTEST_SKIP() << "nobody else may run the program here";
+        }
+    }
+    const test::ProcessResult result = Run(folder, {});
+    EXPECT_EQ(result.exitCode, GetParam().exitCodeWhereReadOnly) << result.err;
+    EXPECT_NE(result.err, "");
+    EXPECT_EQ(ReadAll(folder), m_before);
+    EXPECT_TRUE(fs::is_empty(Temporary()));
+    MakeWritable(folder, true);
 }
 
 INSTANTIATE_TEST_SUITE_P(Verbs, WriteFaults, testing::ValuesIn(kVerbs),

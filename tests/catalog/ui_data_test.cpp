@@ -96,7 +96,7 @@ TEST_F(GalleryData, ARowTellsAllOfAnEntry)
     m_data.Construct({gate}, {image}, {MakeCategory("")});
     EXPECT_EQ(m_data.GetNames(), (Strings{"ol_Gate7", "img_n77"}));
     EXPECT_EQ(m_data.GetUserData(), (Strings{"ol.7", "image.7"}));
-    EXPECT_EQ(m_data.GetIcons()[0], m_folder.Path() + "/Shape/gate_64x64.png");
+    EXPECT_EQ(m_data.GetIcons()[0], m_folder.Url("Shape/gate_64x64.png"));
     EXPECT_EQ(m_data.GetLabels()[0], L"T\u00fcr");
     EXPECT_EQ(m_data.GetTooltips()[0], L"\\b T\u00fcr\\b0 \n <b>");
     EXPECT_EQ(m_data.GetSharedItems(), (std::vector<bool>{false, true}));

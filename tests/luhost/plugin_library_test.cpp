@@ -34,6 +34,12 @@ TEST(PluginLibrary, LoadsAPluginAndMakesComponents)
     EXPECT_EQ(library->CreateComponent("create", "annotation", "any"), nullptr);
 }
 
+#if defined(_WIN32)
+constexpr const char* kWhyNoLibrary = "%1"; // the words of the system, in whatever language
+#else
+constexpr const char* kWhyNoLibrary = "text.so";
+#endif
+
 TEST(PluginLibrary, SaysWhyItRefuses)
 {
     const test::TemporaryFolder folder;
@@ -41,7 +47,7 @@ TEST(PluginLibrary, SaysWhyItRefuses)
         {"", "no readable file"},
         {folder.Path(), "no readable file"},
         {folder.Path("missing.so"), "no readable file"},
-        {folder.Write("text.so", "no library at all"), "text.so"},
+        {folder.Write("text.so", "no library at all"), kWhyNoLibrary},
         {PLUGIN_WITHOUT_CREATE, "no entry point LUDllCreateComponent"},
     };
     for (const auto& [path, reason] : cases) {

@@ -230,6 +230,7 @@ TEST(Collection, GrowsLinearly)
             for (int i = 0; i < count; ++i) {
                 merge.PutObject(MakeEntry("same", std::to_string(i)));
             }
+            merge.Commit();
         }
         EXPECT_EQ(collection->GetAssociativeObjectCount(), static_cast<std::size_t>(count));
     });

@@ -42,6 +42,8 @@ TEST_F(MergeTest, TheNthOfAnIdReplacesTheNth)
             EXPECT_EQ(merge.PutObject(MakeEntry(id, name)), Placement::Added);
         }
         EXPECT_EQ(merge.PutObject(nullptr), Placement::Refused);
+        EXPECT_EQ(Names(), "");
+        merge.Commit();
     }
     EXPECT_EQ(Names(), "a1 b1 a2 A1 A2 ");
     {
@@ -51,6 +53,7 @@ TEST_F(MergeTest, TheNthOfAnIdReplacesTheNth)
         EXPECT_EQ(merge.PutObject(MakeEntry("a", "4")), Placement::Added);
         EXPECT_EQ(merge.PutObject(MakeEntry("a", "5")), Placement::Added);
         EXPECT_EQ(merge.PutCategory(MakeCategory("A", "3")), Placement::Changed);
+        merge.Commit();
     }
     EXPECT_EQ(Names(), "a1 b1 a3 a4 a5 A3 A2 ");
 }
@@ -67,6 +70,7 @@ TEST_F(MergeTest, TellsOnceAndOnlyOfWhatChanged)
             for (std::size_t i = 0; i < 3; ++i) {
                 merge.PutObject(MakeEntry("id" + std::to_string(i), {names[i]}));
             }
+            merge.Commit();
         }
         EXPECT_EQ(m_listener->log, told) << names;
     }

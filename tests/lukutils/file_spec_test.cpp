@@ -1,18 +1,12 @@
-#include <du/FileSpec.h>
+#include "support/Native.h"
 
 #include <gtest/gtest.h>
-
-#include <algorithm>
 
 namespace
 {
 
-/// Expectations are written with '/' and compared in native form.
-std::string Native(std::string text)
-{
-    std::replace(text.begin(), text.end(), '/', du::FileSpec::DIR_SEP_CHAR);
-    return text;
-}
+// Expectations are written with '/' and compared in native form.
+using test::Native;
 
 std::string LocationOf(const du::FileSpec& spec, bool withSeparator)
 {

@@ -10,7 +10,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <dlfcn.h>
+#if defined(_WIN32)
+#  include <windows.h>
+#else
+#  include <dlfcn.h>
+#endif
 
 namespace
 {
@@ -113,12 +117,16 @@ TEST_F(EntryPoints, ASlotIsEmptiedByNullAndLeftAloneByWhatItHolds)
 
 TEST_F(EntryPoints, InitAndTerminateAreOneFunctionUnderTwoNames)
 {
+#if defined(_WIN32)
+    const HMODULE library = LoadLibraryA(PLUGIN_PATH);
+    const auto find = [&](const char* name) { return reinterpret_cast<void*>(GetProcAddress(library, name)); };
+#else
     void* const library = dlopen(PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(library, nullptr) << dlerror();
-    void* const init = dlsym(library, "LUDllInit");
-    EXPECT_NE(init, nullptr);
-    EXPECT_EQ(init, dlsym(library, "LUDllTerminate"));
-    dlclose(library);
+    const auto find = [&](const char* name) { return dlsym(library, name); };
+#endif
+    ASSERT_NE(library, nullptr);
+    EXPECT_NE(find("LUDllInit"), nullptr);
+    EXPECT_EQ(find("LUDllInit"), find("LUDllTerminate"));
 }
 
 } // namespace

@@ -39,6 +39,8 @@ protected:
         }
     }
 
+    luhost::Session& GetSession() { return *m_session; }
+
     TemporaryFolder m_folder;
     luhost::SessionConfig m_config;
 

@@ -33,27 +33,37 @@ public:
 
     std::string Path(std::string_view name = {}) const
     {
-        return name.empty() ? m_path.string() : (m_path / name).string();
+        return name.empty() ? TextOf(m_path.u8string()) : TextOf((m_path / PathOf(name)).make_preferred().u8string());
     }
+
+    /// The same with slashes, as URLs have them.
+    std::string Url(std::string_view name) const { return TextOf((m_path / PathOf(name)).generic_u8string()); }
 
     /// Makes the folders on the way.
     std::string Write(std::string_view name, std::string_view content) const
     {
-        const std::filesystem::path path = m_path / name;
+        const std::filesystem::path path = (m_path / PathOf(name)).make_preferred();
         std::filesystem::create_directories(path.parent_path());
         std::ofstream(path, std::ios::binary) << content;
-        return path.string();
+        return TextOf(path.u8string());
     }
 
     std::string Read(std::string_view name) const { return ReadFile(Path(name)); }
 
     static std::string ReadFile(const std::string& path)
     {
-        std::ifstream file(path, std::ios::binary);
+        std::ifstream file(PathOf(path), std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
 private:
+    /// Names in tests are UTF-8 on every platform.
+    static std::filesystem::path PathOf(std::string_view name)
+    {
+        return std::filesystem::path(std::u8string(name.begin(), name.end()));
+    }
+    static std::string TextOf(const std::u8string& text) { return {text.begin(), text.end()}; }
+
     std::filesystem::path m_path;
 };
 

@@ -7,6 +7,7 @@
 #include "xml/SymbolTemplateLoader.h"
 #include "xml/SymbolTemplateWriter.h"
 
+#include <du/FileSpec.h>
 #include <luk/illustration/SymbolCollectionInformation.h>
 
 #include <string>
@@ -132,7 +133,24 @@ protected:
         writer.SetCollectionInformation(information);
         Templates moved = templates;
         writer.ToXml(du::Symbol(m_folder.Path("written.xml")), std::move(moved), categories);
-        return m_folder.Read("written.xml");
+        return WithLineFeedsAlone(m_folder.Read("written.xml"));
+    }
+
+    /// A written library; in the file the lines end as those of texts do on the platform, each of them.
+    static std::string WithLineFeedsAlone(const std::string& written)
+    {
+        if (du::FileSpec::DIR_SEP_CHAR == '/') {
+            return written;
+        }
+        std::string text;
+        for (std::size_t i = 0; i < written.size(); ++i) {
+            if (written[i] == '\n') {
+                EXPECT_TRUE(i > 0 && written[i - 1] == '\r') << "at " << i;
+                text.pop_back();
+            }
+            text += written[i];
+        }
+        return text;
     }
 
     /// What comes back when a document is read and written.

@@ -1,6 +1,7 @@
 #include "LibraryTest.h"
 
 #include <dg/XmlElem.h>
+#include <du/FileSystem.h>
 
 #include <gtest/gtest.h>
 
@@ -12,6 +13,7 @@ namespace
 using namespace lusymbols;
 using luk::illustration::SequencerTag;
 using test::Origin;
+using test::Templates;
 
 class RoundTrip : public test::LibraryTest
 {
@@ -93,6 +95,24 @@ TEST_F(RoundTrip, ASharedLibraryIsReadButNeverWrittenIntoAnother)
     const std::string shared = Rewrite(document, Origin::ORIGIN_SHARED);
     EXPECT_EQ(shared.find("id="), std::string::npos);
     EXPECT_EQ(Rewrite(shared, Origin::ORIGIN_SHARED), shared);
+}
+
+TEST_F(RoundTrip, ALibraryMayLieDeepAndHaveAnyName)
+{
+    std::string path = m_folder.Path();
+    while (path.size() < 400) {
+        path += "/\xC3\x84 \xE6\x96\x87 " + std::string(100, 'd');
+        ASSERT_EQ(du::FileSystem::Mkdir(path), 0);
+    }
+    path += "/\xC3\x9C.xml";
+    const Templates read = Load(test::kDocument);
+    SymbolTemplateWriter(false).ToXml(du::Symbol(path), Templates(read), {});
+    const Templates again = Load(path);
+    ASSERT_EQ(again.size(), read.size());
+    EXPECT_TRUE(again[0]->Compare(read[0]));
+    const std::string end = du::FileSpec::DIR_SEP_CHAR == '/' ? "\n" : "\r\n";
+    EXPECT_TRUE(du::FileSystem::CopyFile(path, m_folder.Path("short.xml")));
+    EXPECT_TRUE(m_folder.Read("short.xml").ends_with("</symbols>" + end + "</drellin-library>" + end));
 }
 
 TEST_F(RoundTrip, ATagWithoutATypeComesBackEqual)

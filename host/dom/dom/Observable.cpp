@@ -25,13 +25,13 @@ public:
 
     bool Add(const du::SmartPtr<Observer>& observer)
     {
-        auto record = std::make_shared<Record>();
-        record->observer = observer;
+        std::list<RecordPtr> one{std::make_shared<Record>()}; // first, so that nothing is left when there is no memory
+        one.front()->observer = observer;
         std::shared_ptr<const Snapshot> outdated;
         const std::lock_guard lock(m_mutex);
-        const auto [entry, isNew] = m_byObserver.try_emplace(observer.get());
+        const bool isNew = m_byObserver.try_emplace(observer.get(), one.begin()).second;
         if (isNew) {
-            entry->second = m_inOrder.insert(m_inOrder.end(), std::move(record));
+            m_inOrder.splice(m_inOrder.end(), one);
             outdated = std::move(m_snapshot);
         }
         return isNew;

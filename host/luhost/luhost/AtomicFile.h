@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -20,7 +21,8 @@ namespace luhost
 /// that the file behind it is replaced and the link stays.
 ///
 /// Errors: the first one stands, with the system's words; later calls do nothing and answer false. Without Commit, and
-/// after an error, the temporary file is deleted and the target is as it was.
+/// after an error, the temporary file is deleted and the target is as it was; so too when memory runs out, which is thrown as
+/// std::bad_alloc.
 ///
 /// Threads: one thread at a time.
 class LUHOST_API AtomicFile
@@ -53,8 +55,11 @@ private:
     bool OpenTemporary();
     bool FlushAndClose();
 
+    struct Paths;
+
     std::string m_target;
     std::string m_temporary;
+    std::unique_ptr<Paths> m_paths;
     std::string m_error;
     std::FILE* m_file = nullptr;
     Durability m_durability;

@@ -54,7 +54,9 @@ struct ServiceModel;
 ///
 /// Errors: a file that is no document is refused as a whole, with the reason. Content that is not understood is kept and
 /// written again in its place: annotations of an unknown class, unknown properties, unknown elements and package entries.
-/// GetUnknown tells which. What else could not be read well is told by GetProblems.
+/// GetUnknown tells which. What else could not be read well is told by GetProblems. A lack of memory is thrown as
+/// std::bad_alloc: Create and Open leave nothing behind then, Save the file as it was; when AttachAnnotations throws, the
+/// document does not show all that is in the file and is to be closed.
 ///
 /// Threads: belongs to the host thread.
 class LUHOST_API Document

@@ -1,9 +1,9 @@
 #include <dg/XmlElem.h>
 #include <du/FileSystem.h>
 #include <du/MessageTable.h>
+#include <du/SystemPath.h>
 #include <luhost/MessageFile.h>
 
-#include <filesystem>
 #include <fstream>
 #include <utility>
 
@@ -21,7 +21,7 @@ Result Fault(std::size_t line, std::string reason) { return {nullptr, line, std:
 /// At most one byte more than the limit, by which the caller sees that there is too much.
 bool ReadBounded(const std::string& path, std::string& bytes)
 {
-    std::ifstream file(std::filesystem::path(std::u8string(path.begin(), path.end())), std::ios::binary);
+    std::ifstream file(du::SystemPath(path), std::ios::binary);
     constexpr std::size_t kBlock = 1U << 16U;
     while (file && bytes.size() <= MessageFile::kMaxBytes) {
         const std::size_t size = bytes.size();

@@ -1,4 +1,5 @@
 #include <du/FileSystem.h>
+#include <du/SystemPath.h>
 #include <luhost/PluginLibrary.h>
 
 #include <filesystem>
@@ -19,10 +20,7 @@ namespace
 
 #if defined(_WIN32)
 
-std::string LastSystemError()
-{
-    return std::error_code(static_cast<int>(::GetLastError()), std::system_category()).message();
-}
+std::string LastSystemError() { return du::WindowsFiles::MessageOf(::GetLastError()); }
 
 void* OpenLibrary(const std::filesystem::path& path) { return ::LoadLibraryW(path.c_str()); }
 
@@ -70,7 +68,7 @@ std::unique_ptr<PluginLibrary> PluginLibrary::Load(const std::string& path, std:
     }
     // An absolute path, since the system would look for a bare name in its own folders.
     std::error_code failure;
-    const auto absolute = std::filesystem::absolute(std::u8string(path.begin(), path.end()), failure);
+    const auto absolute = std::filesystem::absolute(du::SystemPath(path), failure);
     void* const handle = failure ? nullptr : OpenLibrary(absolute);
     if (!handle) {
         error = failure ? failure.message() : LastSystemError();

@@ -1,3 +1,4 @@
+#include <du/SystemPath.h>
 #include <luhost/ProductMeshReader.h>
 #include <luhost/ProductModel.h>
 
@@ -6,9 +7,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
-#include <system_error>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -91,8 +90,6 @@ private:
     std::string_view m_rest;
 };
 
-std::filesystem::path ToPath(std::string_view text) { return std::u8string(text.begin(), text.end()); }
-
 } // namespace
 
 std::string MeshToPly(const luk::Mesh& mesh)
@@ -150,12 +147,12 @@ ProductMeshReader::~ProductMeshReader() = default;
 
 du::SmartPtr<luk::Mesh> ProductMeshReader::Read(const std::string& path, std::string& problem) const
 {
-    std::error_code error;
-    const std::uintmax_t size = std::filesystem::file_size(ToPath(path), error);
-    std::ifstream file(ToPath(path), std::ios::binary);
+    std::ifstream file(du::SystemPath(path), std::ios::binary | std::ios::ate);
+    const std::streamoff size = file.tellg();
+    file.seekg(0);
     std::string bytes(kMagic.size(), '\0');
     // Nothing but the front is read of a file of another kind.
-    if (error || !file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) || bytes != kMagic) {
+    if (!file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) || bytes != kMagic) {
         problem = "it is no mesh as documents keep them";
         return {};
     }

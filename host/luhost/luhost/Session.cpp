@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <new>
 #include <utility>
 
 namespace luhost
@@ -69,7 +70,18 @@ Session::Session(const SessionConfig& config)
         m_problems.emplace_back("another session is running");
         return;
     }
-    m_parts = std::make_unique<Parts>();
+    try {
+        m_parts = std::make_unique<Parts>();
+        Begin(config);
+    } catch (const std::bad_alloc&) {
+        Close();
+        s_isRunning = false;
+        throw;
+    }
+}
+
+void Session::Begin(const SessionConfig& config)
+{
     StartLedger();
     InstallMessages(config);
     MakeKernelAndWorld(config);
@@ -163,8 +175,9 @@ Session::LoadCounts Session::LoadLibrary(const std::string& path,
     std::vector<du::SmartPtr<CategoryInfo>> categories;
     counts.loaded = loader->GetTemplateList(du::Symbol(path), templates);
     loader->GetCategoryList(categories);
-    m_parts->collection->SetInformation(loader->GetCollectionInformation());
+    const auto information = loader->GetCollectionInformation();
     PutIntoCollection(templates, categories, counts);
+    m_parts->collection->SetInformation(information);
     return counts;
 }
 
@@ -172,10 +185,10 @@ void Session::PutIntoCollection(const std::vector<du::SmartPtr<SymbolTemplate>>&
                                 const std::vector<du::SmartPtr<CategoryInfo>>& categories, LoadCounts& counts)
 {
     AssociativeObjectCollection& collection = *m_parts->collection;
-    if (collection.GetAssociativeObjectCount() == 0) {
-        collection.Reserve(templates.size(), categories.size());
-    }
     AssociativeObjectCollection::Merge merge(collection);
+    if (collection.GetAssociativeObjectCount() == 0) {
+        merge.Reserve(templates.size(), categories.size());
+    }
     for (const du::SmartPtr<CategoryInfo>& category : categories) {
         const Placement placement = merge.PutCategory(category);
         counts.categoriesAdded += placement == Placement::Added;
@@ -192,6 +205,7 @@ void Session::PutIntoCollection(const std::vector<du::SmartPtr<SymbolTemplate>>&
     if (fromStandard) {
         merge.SetLoadedFromStandard();
     }
+    merge.Commit();
 }
 
 Session::LeftOver Session::Close()
@@ -201,7 +215,9 @@ Session::LeftOver Session::Close()
     }
     EndLoadsAndScenes();
     SymbolTemplateCollection::SetCollection(nullptr);
-    m_parts->collection->Clear();
+    if (m_parts->collection) {
+        m_parts->collection->Clear();
+    }
     m_parts->collection = nullptr;
     Kernel2D::SetSingleton(nullptr);
     m_parts->kernel2D = nullptr;
@@ -214,7 +230,7 @@ Session::LeftOver Session::Close()
     if (m_parts->messages) {
         du::MessageCatalog::Remove(m_parts->messages);
     }
-    du::MessageCatalog::SetLanguage(m_parts->languageBefore);
+    du::MessageCatalog::SetLanguage(std::move(m_parts->languageBefore));
     luk::Kernel::SetKernel(nullptr);
     m_parts->kernel = nullptr;
 
@@ -224,13 +240,19 @@ Session::LeftOver Session::Close()
     return leftOver;
 }
 
-/// Scenes go while the collection can still be found, where symbols that end with them unregister their observers; the
+/// A session that memory did not suffice for has only some of its parts. Scenes go while the collection can still be found, where symbols that end with them unregister their observers; the
 /// loader stays to be found as well, and drops what is asked of it.
 void Session::EndLoadsAndScenes()
 {
-    m_parts->loader->Stop();
-    m_parts->kernel->Close();
-    m_parts->world->CloseScenes();
+    if (m_parts->loader) {
+        m_parts->loader->Stop();
+    }
+    if (m_parts->kernel) {
+        m_parts->kernel->Close();
+    }
+    if (m_parts->world) {
+        m_parts->world->CloseScenes();
+    }
     Loader::SetLoader(nullptr);
     m_parts->loader = nullptr;
 }
@@ -241,7 +263,11 @@ Session::LeftOver Session::TellLeftOver() const
     const std::size_t objects = du::RefCounted::GetLiveObjectCount();
     leftOver.objects = objects - std::min(objects, m_parts->objectsBefore);
     if (m_parts->ledgerIsOurs) {
-        leftOver.holders = du::ReferenceLedger::Describe();
+        try {
+            leftOver.holders = du::ReferenceLedger::Describe();
+        } catch (const std::bad_alloc&) {
+            leftOver.holders = "out of memory"; // short enough to need none
+        }
         du::ReferenceLedger::SwitchOff();
     }
     if (LUHOST_REFERENCE_LEDGER && !leftOver.IsClean()) {

@@ -35,7 +35,8 @@ namespace luhost
 ///
 /// *Rationale:* whoever ends at one step may still ask for what goes at a later one, and unregister there.
 ///
-/// Errors: a session that cannot have what its configuration asks for still works without it; GetProblems tells.
+/// Errors: a session that cannot have what its configuration asks for still works without it; GetProblems tells. One that
+/// memory does not suffice for throws std::bad_alloc and leaves nothing.
 ///
 /// Threads: made, used and ended on the host thread.
 class LUHOST_API Session
@@ -65,7 +66,8 @@ public:
 
     /// Asks the loader, which is made afresh for each call, for the entries and categories of a library and puts them
     /// into the collection: one whose id is there already replaces the one that is there, the n-th of an id the n-th.
-    /// Observers are told once. Entries that are no longer in the library stay.
+    /// Observers are told once. Entries that are no longer in the library stay. When memory does not suffice, std::bad_alloc
+    /// is thrown and the collection is as it was.
     LoadCounts LoadLibrary(const std::string& path,
                            const du::SmartPtr<lukapp::illustration::SymbolTemplateLoader>& loader);
 
@@ -83,6 +85,7 @@ public:
 private:
     struct Parts;
 
+    void Begin(const SessionConfig& config);
     void StartLedger();
     void InstallMessages(const SessionConfig& config);
     void MakeKernelAndWorld(const SessionConfig& config);

@@ -1,6 +1,8 @@
 #include "SymbolFiles.h"
 
-#include <du/FileSystem.h>
+#include <du/FileSpec.h>
+#include <du/SystemPath.h>
+#include <du/Utf8.h>
 #include <luk/SerializedContentElement.h>
 
 #include <algorithm>
@@ -10,6 +12,15 @@
 #include <iterator>
 #include <memory>
 #include <system_error>
+#if defined(_WIN32)
+#  include <fcntl.h>
+#  include <io.h>
+#  include <sys/stat.h>
+#else
+#  include <dirent.h>
+#  include <fcntl.h>
+#  include <sys/stat.h>
+#endif
 
 namespace luhost
 {
@@ -21,8 +32,6 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kPrefix = "Symbols/";
 
-fs::path ToPath(std::string_view text) { return fs::path(std::u8string(text.begin(), text.end())); }
-
 bool IsPlainComponent(std::string_view name) noexcept
 {
     constexpr std::size_t kMaxBytes = 255;
@@ -30,7 +39,73 @@ bool IsPlainComponent(std::string_view name) noexcept
            name.find_first_of(std::string_view("/\\:\0", 4)) == std::string_view::npos;
 }
 
-fs::path FolderIn(const std::string& temporaryFolder) { return ToPath(temporaryFolder) / "Symbols"; }
+std::string FolderText(const std::string& temporaryFolder)
+{
+    return temporaryFolder + du::FileSpec::DIR_SEP_CHAR + "Symbols";
+}
+
+fs::path FolderIn(const std::string& temporaryFolder) { return du::SystemPath(FolderText(temporaryFolder)); }
+
+fs::path FileIn(const std::string& temporaryFolder, std::string_view name)
+{
+    return du::SystemPath(FolderText(temporaryFolder).append(1, du::FileSpec::DIR_SEP_CHAR).append(name));
+}
+
+#if defined(_WIN32)
+
+using du::WindowsFiles;
+
+/// The system would open a device, another part of the file, or a file of another name.
+bool IsNameOfSystem(std::string_view name)
+{
+    const bool isPlain = std::ranges::none_of(name, [](char c) {
+        return static_cast<unsigned char>(c) < ' ' || std::string_view("<>|?*\"").find(c) != std::string_view::npos;
+    });
+    return isPlain && !name.ends_with('.') && !name.ends_with(' ') && !WindowsFiles::NamesDevice(du::SystemPath(name));
+}
+
+bool IsFolder(const fs::path& path)
+{
+    return WindowsFiles::KindOf(path) == WindowsFiles::Kind::Folder && !WindowsFiles::IsLink(path);
+}
+
+bool IsRegularFile(const fs::path& path)
+{
+    return WindowsFiles::KindOf(path) == WindowsFiles::Kind::File && !WindowsFiles::IsLink(path);
+}
+
+void MakeFolder(const fs::path& path) { ::_wmkdir(path.c_str()); }
+
+/// Never a folder.
+void Remove(const fs::path& path)
+{
+    if (!IsFolder(path)) {
+        WindowsFiles::DeleteTree(path);
+    }
+}
+
+std::FILE* CreateExclusively(const fs::path& path)
+{
+    const int descriptor =
+        ::_wopen(path.c_str(), _O_CREAT | _O_EXCL | _O_WRONLY | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+    return descriptor < 0 ? nullptr : ::_fdopen(descriptor, "wb");
+}
+
+std::vector<std::string> ListFiles(const fs::path& folder)
+{
+    std::vector<std::string> names;
+    for (const WindowsFiles::Entry& entry : WindowsFiles::ListFolder(folder)) {
+        if (entry.kind == WindowsFiles::Kind::File) {
+            names.push_back(du::WideStrToUtf8(entry.name));
+        }
+    }
+    return names;
+}
+
+#else
+
+/// Every name is one of a file.
+bool IsNameOfSystem(std::string_view) { return true; }
 
 /// A real one, and no link to one.
 bool IsFolder(const fs::path& path)
@@ -39,20 +114,61 @@ bool IsFolder(const fs::path& path)
     return fs::is_directory(fs::symlink_status(path, error));
 }
 
-bool ReadRegularFile(const fs::path& path, std::string& bytes)
+bool IsRegularFile(const fs::path& path)
 {
     std::error_code error;
-    if (!fs::is_regular_file(fs::symlink_status(path, error))) {
+    return fs::is_regular_file(fs::symlink_status(path, error));
+}
+
+void MakeFolder(const fs::path& path)
+{
+    std::error_code error;
+    fs::create_directory(path, error);
+}
+
+void Remove(const fs::path& path)
+{
+    std::error_code error;
+    fs::remove(path, error);
+}
+
+std::FILE* CreateExclusively(const fs::path& path) { return std::fopen(path.c_str(), "wbx"); }
+
+/// By the system's own calls: the iterator of the standard library ends the program when it finds no memory.
+std::vector<std::string> ListFiles(const fs::path& folder)
+{
+    struct Closer {
+        void operator()(DIR* open) const noexcept { ::closedir(open); }
+    };
+    std::vector<std::string> names;
+    const std::unique_ptr<DIR, Closer> open(::opendir(folder.c_str()));
+    while (const dirent* const entry = open ? ::readdir(open.get()) : nullptr) {
+        struct stat status {
+        };
+        const int found = ::fstatat(::dirfd(open.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW);
+        if (found == 0 && S_ISREG(status.st_mode)) {
+            names.emplace_back(entry->d_name);
+        }
+    }
+    return names;
+}
+
+#endif
+
+bool ReadRegularFile(const fs::path& path, std::string& bytes)
+{
+    if (!IsRegularFile(path)) {
         return false;
     }
-    const std::uintmax_t size = fs::file_size(path, error);
-    std::ifstream file(path, std::ios::binary);
-    if (error || !file) {
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    const std::streamoff size = file.tellg();
+    file.seekg(0);
+    if (!file) {
         return false;
     }
     bytes.resize(static_cast<std::size_t>(size));
     file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    return static_cast<std::uintmax_t>(file.gcount()) == size;
+    return file.gcount() == size;
 }
 
 } // namespace
@@ -67,19 +183,14 @@ std::string_view SymbolFiles::NameOfEntry(std::string_view entryName) noexcept
 bool SymbolFiles::Unpack(const std::string& temporaryFolder, std::string_view name, const std::string& bytes)
 {
     const fs::path folder = FolderIn(temporaryFolder);
-    std::error_code error;
-    fs::create_directory(folder, error);
-    if (temporaryFolder.empty() || !IsFolder(folder) || !IsPlainComponent(name)) {
+    MakeFolder(folder);
+    if (temporaryFolder.empty() || !IsFolder(folder) || !IsPlainComponent(name) || !IsNameOfSystem(name)) {
         return false;
     }
-    const fs::path path = folder / ToPath(name);
+    const fs::path path = FileIn(temporaryFolder, name);
     // A file of a document that was open before may have the same name. Of a link the link itself goes.
-    fs::remove(path, error);
-#if defined(_WIN32)
-    std::FILE* const created = ::_wfopen(path.c_str(), L"wbx");
-#else
-    std::FILE* const created = std::fopen(path.c_str(), "wbx");
-#endif
+    Remove(path);
+    std::FILE* const created = CreateExclusively(path);
     if (!created) {
         return false;
     }
@@ -87,7 +198,7 @@ bool SymbolFiles::Unpack(const std::string& temporaryFolder, std::string_view na
     if (std::fclose(created) == 0 && isWritten) {
         return true;
     }
-    fs::remove(path, error);
+    Remove(path);
     return false;
 }
 
@@ -97,14 +208,8 @@ SymbolFiles::SymbolFiles(const std::string& temporaryFolder) : m_folder(temporar
     if (temporaryFolder.empty() || !IsFolder(folder)) {
         return;
     }
-    std::error_code error;
-    for (fs::directory_iterator file(folder, error), end; !error && file != end; file.increment(error)) {
-        const std::u8string text = file->path().filename().u8string();
-        std::error_code unknown;
-        if (!fs::is_regular_file(file->symlink_status(unknown))) {
-            continue;
-        }
-        const std::string& name = *m_names.emplace(text.begin(), text.end()).first;
+    for (std::string& text : ListFiles(folder)) {
+        const std::string& name = *m_names.insert(std::move(text)).first;
         if (IsPlainComponent(name)) {
             bool& isMarked = m_files[name];
             // A name that nobody has interned is no value of any content.
@@ -165,7 +270,7 @@ bool SymbolFiles::Pack(std::vector<PackageEntry>& entries, std::string& error) c
         }
         PackageEntry& entry = entries.emplace_back();
         entry.name = std::string(kPrefix).append(name);
-        if (!ReadRegularFile(FolderIn(m_folder) / ToPath(name), entry.bytes)) {
+        if (!ReadRegularFile(FileIn(m_folder, name), entry.bytes)) {
             error = "the picture \"" + std::string(name) + "\" cannot be read";
             return false;
         }

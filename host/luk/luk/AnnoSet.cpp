@@ -62,4 +62,6 @@ std::size_t AnnoSet::GetCount() const noexcept { return m_members->GetCount(); }
 
 std::vector<du::SmartPtr<Annotation>> AnnoSet::GetAnnotations() const { return m_members->GetAll(); }
 
+du::SmartPtr<Annotation> AnnoSet::GetFirst() const { return m_members->GetFirst(); }
+
 } // namespace luk

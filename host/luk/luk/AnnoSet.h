@@ -42,6 +42,8 @@ public:
     bool Contains(const Annotation* annotation) const;
     std::size_t GetCount() const noexcept;
     std::vector<du::SmartPtr<Annotation>> GetAnnotations() const;
+    /// Null when there is none.
+    du::SmartPtr<Annotation> GetFirst() const;
 
     /// How often a member was added, removed or modified.
     std::size_t GetChangeCount() const noexcept { return m_changeCount; }

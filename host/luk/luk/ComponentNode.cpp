@@ -52,27 +52,29 @@ ComponentNode::ComponentNode(const du::Symbol& name) : m_name(name) {}
 // nobody else holds are handed up and end one after the other.
 ComponentNode::~ComponentNode()
 {
-    Nodes released;
+    du::SmartPtr<ComponentNode> released;
     ReleaseChildren(released);
-    while (!released.empty()) {
-        const du::SmartPtr<ComponentNode> node = std::move(released.back());
-        released.pop_back();
-        if (node->GetReferenceCount() == 1) {
-            node->ReleaseChildren(released);
-        }
+    while (const du::SmartPtr<ComponentNode> node = std::move(released)) {
+        released = std::move(node->m_nextReleased);
+        node->ReleaseChildren(released);
     }
 }
 
-void ComponentNode::ReleaseChildren(Nodes& released)
+/// Puts in front of the chain the components that end with their last use, which was here. Needs no memory.
+void ComponentNode::ReleaseChildren(du::SmartPtr<ComponentNode>& released)
 {
     if (!m_links) {
         return;
     }
     while (ComponentInstance* const use = m_links->GetFirst()) {
-        released.push_back(use->m_node);
-        --use->m_node->m_useCount;
+        const du::SmartPtr<ComponentNode> node = use->m_node;
+        --node->m_useCount;
         use->m_parent = nullptr;
         m_links->Remove(*use);
+        if (node->GetReferenceCount() == 1) {
+            node->m_nextReleased = std::move(released);
+            released = node;
+        }
     }
 }
 

@@ -59,20 +59,20 @@ public:
 private:
     friend class Tree;
     class Links;
-    using Nodes = std::vector<du::SmartPtr<ComponentNode>>;
 
     ComponentInstance* GetFirstUse() const noexcept;
     ComponentInstance* GetLastUse() const noexcept;
     bool WouldContainItself(const ComponentNode& child) const;
     bool Contains(const ComponentNode& sought) const;
-    void ReleaseChildren(Nodes& released);
+    void ReleaseChildren(du::SmartPtr<ComponentNode>& released);
     void AddOccurrence(Instance& instance) noexcept;
     void RemoveOccurrence(Instance& instance) noexcept;
 
     du::Symbol m_name;
     du::SmartPtr<ShapeSource> m_shapeSource;
-    std::unique_ptr<Links> m_links;        ///< null as long as there was no child
-    Instance* m_firstOccurrence = nullptr; ///< kept by the trees
+    std::unique_ptr<Links> m_links;             ///< null as long as there was no child
+    du::SmartPtr<ComponentNode> m_nextReleased; ///< while it ends
+    Instance* m_firstOccurrence = nullptr;      ///< kept by the trees
     std::size_t m_useCount = 0;
 };
 

@@ -1,6 +1,7 @@
 #include <luk/InstanceInterest.h>
 
 #include <algorithm>
+#include <new>
 #include <unordered_set>
 #include <utility>
 
@@ -23,8 +24,13 @@ bool InstanceInterest::Add(const du::Symbol& idPath)
     if (idPath.IsNull() || !m_content->idPaths.insert(idPath).second) {
         return false;
     }
-    for (Follower* const follower : m_content->followers) {
-        follower->OnPathAdded(idPath);
+    try {
+        for (Follower* const follower : m_content->followers) {
+            follower->OnPathAdded(idPath);
+        }
+    } catch (const std::bad_alloc&) {
+        Remove(idPath);
+        throw;
     }
     return true;
 }
@@ -61,8 +67,20 @@ std::vector<du::Symbol> InstanceInterest::GetIdPaths() const
     return idPaths;
 }
 
-void InstanceInterest::AddFollower(Follower& follower) { m_content->followers.insert(&follower); }
+void InstanceInterest::AddFollower(Follower& follower)
+{
+    m_content->followers.insert(&follower);
+    for (const du::Symbol& idPath : m_content->idPaths) {
+        follower.OnPathAdded(idPath);
+    }
+}
 
-void InstanceInterest::RemoveFollower(Follower& follower) { m_content->followers.erase(&follower); }
+void InstanceInterest::RemoveFollower(Follower& follower)
+{
+    m_content->followers.erase(&follower);
+    for (const du::Symbol& idPath : m_content->idPaths) {
+        follower.OnPathRemoved(idPath);
+    }
+}
 
 } // namespace luk

@@ -51,6 +51,7 @@ private:
         ~Follower() = default;
     };
 
+    /// Tells it all paths. RemoveFollower undoes it, also where std::bad_alloc has cut it short.
     void AddFollower(Follower& follower);
     void RemoveFollower(Follower& follower);
 

@@ -1,7 +1,7 @@
 #include <luk/CurrentHandle.h>
 #include <luk/Kernel.h>
 
-#include <deque>
+#include <list>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -13,13 +13,7 @@ namespace luk
 class Kernel::Queue
 {
 public:
-    void Post(Event event)
-    {
-        const std::lock_guard lock(m_mutex);
-        if (!m_closed) {
-            m_events.push_back(std::move(event));
-        }
-    }
+    void Post(Event event) { Append(m_events, std::move(event)); }
 
     bool RunOldest()
     {
@@ -32,36 +26,30 @@ public:
             event = std::move(m_events.front());
             m_events.pop_front();
         }
-        m_running = true;
+        const Running running(m_running);
         event();
-        m_running = false;
         return true;
     }
 
     bool MayRun() const { return std::this_thread::get_id() == m_hostThread && !m_running; }
 
-    void PostAfterEvents(Event event)
-    {
-        const std::lock_guard lock(m_mutex);
-        if (!m_closed) {
-            m_afterEvents.push_back(std::move(event));
-        }
-    }
+    void PostAfterEvents(Event event) { Append(m_afterEvents, std::move(event)); }
 
     /// What one of them posts comes after the next round.
     std::size_t RunAfterEvents()
     {
-        std::deque<Event> due;
         {
             const std::lock_guard lock(m_mutex);
-            due.swap(m_afterEvents);
+            if (m_dueAfterEvents.empty()) {
+                m_dueAfterEvents.swap(m_afterEvents);
+            }
         }
-        m_running = true;
-        for (const Event& event : due) {
+        std::size_t delivered = 0;
+        for (Event event; (event = TakeDueAfterEvent()); ++delivered) {
+            const Running running(m_running);
             event();
         }
-        m_running = false;
-        return due.size();
+        return delivered;
     }
 
     std::size_t GetDueCount() const
@@ -73,28 +61,67 @@ public:
     std::size_t GetCount() const
     {
         const std::lock_guard lock(m_mutex);
-        return m_events.size() + m_afterEvents.size();
+        return m_events.size() + m_afterEvents.size() + m_dueAfterEvents.size();
     }
 
     std::size_t Close()
     {
-        std::deque<Event> dropped;
-        std::deque<Event> droppedAfter;
+        std::list<Event> dropped;
+        std::list<Event> droppedAfter;
+        std::list<Event> droppedDue;
         {
             const std::lock_guard lock(m_mutex);
             m_closed = true;
             dropped.swap(m_events);
             droppedAfter.swap(m_afterEvents);
+            droppedDue.swap(m_dueAfterEvents);
         }
-        return dropped.size() + droppedAfter.size();
+        return dropped.size() + droppedAfter.size() + droppedDue.size();
     }
 
 private:
+    /// Also ends when an event throws, which memory that runs out makes it do: the others can be delivered still.
+    class Running
+    {
+    public:
+        explicit Running(bool& flag) : m_flag(flag) { m_flag = true; }
+        ~Running() { m_flag = false; }
+        Running(const Running&) = delete;
+        Running& operator=(const Running&) = delete;
+
+    private:
+        bool& m_flag;
+    };
+
+    /// An event that comes too late is destroyed with no lock held either.
+    void Append(std::list<Event>& events, Event event)
+    {
+        std::list<Event> one;
+        one.push_back(std::move(event));
+        const std::lock_guard lock(m_mutex);
+        if (!m_closed) {
+            events.splice(events.end(), one);
+        }
+    }
+
+    /// Empty when there is none left.
+    Event TakeDueAfterEvent()
+    {
+        const std::lock_guard lock(m_mutex);
+        Event event;
+        if (!m_dueAfterEvents.empty()) {
+            event = std::move(m_dueAfterEvents.front());
+            m_dueAfterEvents.pop_front();
+        }
+        return event;
+    }
+
     const std::thread::id m_hostThread = std::this_thread::get_id();
     bool m_running = false; ///< of the host thread alone
     mutable std::mutex m_mutex;
-    std::deque<Event> m_events;
-    std::deque<Event> m_afterEvents;
+    std::list<Event> m_events;
+    std::list<Event> m_afterEvents;
+    std::list<Event> m_dueAfterEvents; ///< of the round that runs, or that ended early
     bool m_closed = false;
 };
 

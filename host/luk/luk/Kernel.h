@@ -22,6 +22,9 @@ namespace luk
 /// Threads and locks: PostEvent and GetKernel are safe on any thread. Events run on the host thread, which is the one
 /// that made the kernel, with no lock held.
 ///
+/// Errors: what an event throws, which is std::bad_alloc at most, passes through ProcessEvents; the events behind it are
+/// delivered by the next call.
+///
 /// Cost: constant for each event. What is posted while ProcessEvents runs comes with the next call, so that an event that
 /// posts itself again does not keep the host from its other work.
 class LUHOST_API Kernel : public Object, public dom::ManagedObject, public virtual du::RefCounted

@@ -24,9 +24,10 @@ public:
         if (!object) {
             return false;
         }
-        const auto [place, isNew] = m_places.try_emplace(object.get());
+        List one{object}; // first, so that nothing is left when there is no memory
+        const bool isNew = m_places.try_emplace(object.get(), one.begin()).second;
         if (isNew) {
-            place->second = m_inOrder.insert(m_inOrder.end(), object);
+            m_inOrder.splice(m_inOrder.end(), one);
         }
         return isNew;
     }
@@ -50,6 +51,8 @@ public:
         return std::exchange(m_inOrder, {});
     }
 
+    /// Null when there is none.
+    du::SmartPtr<T> GetFirst() const { return m_inOrder.empty() ? du::SmartPtr<T>() : m_inOrder.front(); }
     bool Contains(const T* object) const { return m_places.count(object) != 0; }
     std::size_t GetCount() const noexcept { return m_inOrder.size(); }
     std::vector<du::SmartPtr<T>> GetAll() const { return {m_inOrder.begin(), m_inOrder.end()}; }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <list>
 #include <mutex>
+#include <new>
 
 namespace luk
 {
@@ -53,6 +54,23 @@ private:
 
 } // namespace
 
+namespace
+{
+
+/// A scene has to be able to close when memory has run out. An annotation that needs some for its leaving does not hold the
+/// scene any more at least.
+template <class Detach>
+void DetachFor(Annotation& annotation, const Detach& detach)
+{
+    try {
+        detach();
+    } catch (const std::bad_alloc&) {
+        annotation.Annotation::DetachScene();
+    }
+}
+
+} // namespace
+
 class Scene::Registry : public OrderedHandles<Annotation>
 {
 public:
@@ -93,7 +111,7 @@ bool Scene::RegisterAnnotation(const du::SmartPtr<Annotation>& annotation)
 bool Scene::UnregisterAnnotation(Annotation& annotation)
 {
     const du::SmartPtr<Annotation> taken = m_registry->Take(&annotation);
-    if (!taken) {
+    if (!taken && annotation.m_registeredWith != this) {
         return false;
     }
     annotation.m_registeredWith = nullptr;
@@ -155,18 +173,24 @@ void Scene::Close()
     const du::SmartPtr<Scene> keptAlive(GetReferenceCount() > 0 ? this : nullptr);
     m_registry->LeaveOpenScenes();
     const du::SmartPtr<AnnoSet> annoSet = std::move(m_annoSet);
-    for (const du::SmartPtr<Annotation>& member : annoSet->GetAnnotations()) {
-        annoSet->RemoveAnnotationFromSet(member);
+    while (const du::SmartPtr<Annotation> member = annoSet->GetFirst()) {
+        DetachFor(*member, [&] { annoSet->RemoveAnnotationFromSet(member); });
     }
-    for (const du::SmartPtr<Annotation>& annotation : m_registry->GetAll()) {
-        if (m_registry->Contains(annotation.get())) {
-            annotation->DetachScene();
-        }
-    }
-    ForgetRegistered();
+    DetachRegistered();
     OnClose();
     RemoveAllMarkups();
     const std::vector<du::SmartPtr<View>> views = std::exchange(m_views, {});
+}
+
+void Scene::DetachRegistered()
+{
+    const auto registered = m_registry->TakeAll();
+    for (const du::SmartPtr<Annotation>& annotation : registered) {
+        if (annotation->m_registeredWith == this) { // one detached before may have taken it along
+            DetachFor(*annotation, [&] { annotation->DetachScene(); });
+            annotation->m_registeredWith = nullptr;
+        }
+    }
 }
 
 void Scene::ForgetRegistered()

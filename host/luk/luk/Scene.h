@@ -76,6 +76,7 @@ private:
 
     void OnMarkupRemoved() override;
     void MarkViewsDirty();
+    void DetachRegistered();
     void ForgetRegistered();
 
     du::SmartPtr<AnnoSet> m_annoSet;

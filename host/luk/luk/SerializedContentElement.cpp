@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 namespace luk
 {
@@ -137,12 +138,27 @@ SerializedContentElement& SerializedContentElement::operator=(SerializedContentE
 
 SerializedContentElement::~SerializedContentElement()
 {
-    std::vector<std::unique_ptr<SerializedContentElement>> pending = std::move(m_children);
-    while (!pending.empty()) {
-        const std::unique_ptr<SerializedContentElement> last = std::move(pending.back());
-        pending.pop_back();
-        std::move(last->m_children.begin(), last->m_children.end(), std::back_inserter(pending));
-        last->m_children.clear();
+    for (std::unique_ptr<SerializedContentElement>& child : m_children) {
+        EndBelow(std::move(child));
+    }
+}
+
+/// With neither recursion, since elements may lie deep, nor memory: on the way down the place of the child that is gone into
+/// holds the element above.
+void SerializedContentElement::EndBelow(std::unique_ptr<SerializedContentElement> current) noexcept
+{
+    std::unique_ptr<SerializedContentElement> above;
+    while (current) {
+        if (!current->m_children.empty()) {
+            above.swap(current->m_children.back());
+            above.swap(current);
+            continue;
+        }
+        current = std::exchange(above, nullptr);
+        if (current) {
+            above = std::move(current->m_children.back());
+            current->m_children.pop_back();
+        }
     }
 }
 

@@ -94,6 +94,8 @@ public:
     friend LUHOST_API bool operator==(const SerializedContentElement& a, const SerializedContentElement& b);
 
 private:
+    static void EndBelow(std::unique_ptr<SerializedContentElement> current) noexcept;
+
     du::Symbol m_name;
     std::string m_foreign;
     std::vector<Property> m_properties;

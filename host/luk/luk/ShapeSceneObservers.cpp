@@ -3,6 +3,7 @@
 #include <luk/ShapeSceneObservers.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace luk
@@ -22,7 +23,15 @@ public:
 
     void OnPathAdded(const du::Symbol& idPath) override
     {
-        m_registry.m_byPath[idPath].emplace(order, shared_from_this());
+        const auto records = m_registry.m_byPath.try_emplace(idPath).first;
+        try {
+            records->second.emplace(order, shared_from_this());
+        } catch (const std::bad_alloc&) {
+            if (records->second.empty()) {
+                m_registry.m_byPath.erase(records);
+            }
+            throw;
+        }
     }
 
     void OnPathRemoved(const du::Symbol& idPath) override
@@ -40,21 +49,15 @@ public:
             return;
         }
         interest->AddFollower(*this);
-        for (const du::Symbol& idPath : interest->GetIdPaths()) {
-            OnPathAdded(idPath);
-        }
     }
 
     void Leave()
     {
         registered = false;
-        if (!interest) {
+        if (interest) {
+            interest->RemoveFollower(*this);
+        } else {
             m_registry.m_hearEverything.erase(order);
-            return;
-        }
-        interest->RemoveFollower(*this);
-        for (const du::Symbol& idPath : interest->GetIdPaths()) {
-            OnPathRemoved(idPath);
         }
     }
 
@@ -72,13 +75,21 @@ private:
 bool ShapeSceneObservers::Register(const du::SmartPtr<ShapeSceneObserver>& observer,
                                    const du::SmartPtr<InstanceInterest>& interest, bool batched)
 {
-    if (!observer || m_closed || !m_order.try_emplace(observer.get(), m_nextOrder).second) {
+    if (!observer || m_closed || m_order.contains(observer.get())) {
         return false;
     }
     const auto record = std::make_shared<Record>(*this, m_nextOrder, observer, interest, batched);
-    m_all.emplace(m_nextOrder, record);
+    const auto inAll = m_all.emplace(m_nextOrder, record).first;
+    try {
+        m_order.emplace(observer.get(), m_nextOrder);
+        record->Enter();
+    } catch (const std::bad_alloc&) {
+        record->Leave();
+        m_order.erase(observer.get());
+        m_all.erase(inAll);
+        throw;
+    }
     ++m_nextOrder;
-    record->Enter();
     return true;
 }
 
@@ -169,8 +180,9 @@ void ShapeSceneObservers::Tell(const Instance& instance, const std::function<boo
 
 void ShapeSceneObservers::Begin(const RecordPtr& record)
 {
-    if (record->batched && record->registered && !std::exchange(record->begun, true)) {
+    if (record->batched && record->registered && !record->begun) {
         m_begun.push_back(record);
+        record->begun = true;
         record->observer->OnBeginUpdate();
     }
 }
@@ -196,6 +208,16 @@ void ShapeSceneObservers::CloseBatch()
     }
 }
 
+/// Batches are closed by destructors, so that nobody can be told that an observer found no memory for its answer.
+void ShapeSceneObservers::TellEnd(ShapeSceneObserver& observer) noexcept
+{
+    try {
+        observer.OnEndUpdate();
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+}
+
 /// What an observer changes in answer to an end makes a batch of its own; its ends queue up behind those still to be
 /// delivered, so that a chain of answers does not become a chain of nested calls.
 void ShapeSceneObservers::DeliverEnds()
@@ -205,7 +227,7 @@ void ShapeSceneObservers::DeliverEnds()
         m_begun.pop_front();
         record->begun = false;
         if (record->registered) {
-            record->observer->OnEndUpdate();
+            TellEnd(*record->observer);
         }
     }
 }

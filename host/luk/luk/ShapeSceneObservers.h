@@ -58,6 +58,7 @@ private:
     void AppendByPath(const du::Symbol& idPath, Snapshot& reached) const;
     void Begin(const RecordPtr& record);
     void DeliverEnds();
+    static void TellEnd(ShapeSceneObserver& observer) noexcept;
 
     Records m_all;
     Records m_hearEverything;

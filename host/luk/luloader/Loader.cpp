@@ -10,6 +10,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <list>
 #include <mutex>
 #include <new>
 #include <set>
@@ -27,6 +28,9 @@ namespace
 
 constexpr int kFailed = 1;
 
+/// So short that a string of it needs no memory.
+constexpr const char* kOutOfMemory = "out of memory";
+
 enum class Kind { Picture, Shape };
 
 /// One reading of a file, for everybody who asked before it began.
@@ -36,16 +40,25 @@ struct Job {
     du::SmartPtr<luk::ImageData> picture;
     du::SmartPtr<luk::Mesh> mesh;
     std::string problem;
+    std::string lane; ///< of those that may stand in for each other
 
     bool IsDone() const { return picture || mesh; }
 
-    void Fail(const char* reason)
+    void Fail(const char* reason) noexcept
     {
         picture = nullptr;
         mesh = nullptr;
-        problem = reason;
+        try {
+            problem = reason;
+        } catch (const std::bad_alloc&) {
+            problem = kOutOfMemory;
+        }
     }
 };
+
+/// Jobs on their way. They pass from list to list without a further allocation, since a worker has nobody to tell that it
+/// got none.
+using Jobs = std::list<std::shared_ptr<Job>>;
 
 struct Request {
     du::SmartPtr<luk::Image> image;
@@ -56,16 +69,26 @@ struct Request {
     {
         if (image) {
             image->SetImageData(job.picture);
-            image->SetProblem(job.problem);
+            image->SetProblem(CopyOf(job.problem));
         }
         if (shape) {
             if (job.mesh) {
                 shape->SetMesh(job.mesh);
             }
-            shape->SetProblem(job.problem);
+            shape->SetProblem(CopyOf(job.problem));
         }
         if (event) {
             event->Complete(job.IsDone() ? 0 : kFailed);
+        }
+    }
+
+private:
+    static std::string CopyOf(const std::string& problem) noexcept
+    {
+        try {
+            return problem;
+        } catch (const std::bad_alloc&) {
+            return kOutOfMemory;
         }
     }
 };
@@ -117,14 +140,15 @@ private:
     /// What goes on with one path of one kind: at most one job runs and one waits.
     struct Lane {
         std::shared_ptr<Job> waiting;
+        Jobs held; ///< the waiting one while another runs
         bool isRunning = false;
     };
 
-    static std::string LaneOf(const Job& job) { return (job.kind == Kind::Shape ? 's' : 'p') + job.path; }
-
     /// Nothing will be delivered any more.
     bool IsCutOff() const noexcept { return m_stopped || m_kernelClosed; }
-    std::shared_ptr<Job> JoinOrEnqueue(Job wanted);
+    void JoinOrEnqueue(Jobs& one, const std::shared_ptr<Waiting>& waiting);
+    void Register(const Job& job, const std::shared_ptr<Waiting>& waiting);
+    void AppendToQueueOf(const luk::Image& image, const std::shared_ptr<Waiting>& waiting);
     bool HaveWorker();
     void Deliver(const std::shared_ptr<const Job>& job);
     void DeliverInTurn(const std::shared_ptr<Waiting>& waiting);
@@ -133,9 +157,11 @@ private:
     void DropRequests();
 
     void RunWorker();
-    std::shared_ptr<Job> TakeJob();
+    Jobs TakeJob();
     void FinishJob(const Job& job);
-    void Post(const std::shared_ptr<Job>& job);
+    bool TryToPost(const std::shared_ptr<Job>& job);
+    void Post(Jobs& one);
+    void PostAgain();
     void NoteKernelClosed();
     void ReadPicture(Job& job);
     void ReadContent(const RegularFile& file, PictureCache::File& state, Job& job);
@@ -156,6 +182,7 @@ private:
     std::size_t m_pending = 0;
     std::size_t m_deliveries = 0;
     bool m_isDelivering = false;
+    bool m_lacksMemory = false; ///< somebody could not take what was delivered
     bool m_stopped = false;
     std::vector<std::thread> m_workers;
 
@@ -168,8 +195,9 @@ private:
     std::condition_variable m_decoded;
     bool m_isStopping = false;
     std::size_t m_postCount = 0;
-    std::deque<std::shared_ptr<Job>> m_jobs;
-    std::unordered_map<std::string, Lane, du::TextHash, std::equal_to<>> m_lanes; ///< by what LaneOf says
+    Jobs m_jobs;
+    Jobs m_unposted; ///< finished, but the kernel had no memory to be told so
+    std::unordered_map<std::string, Lane, du::TextHash, std::equal_to<>> m_lanes;
     PictureCache m_cache;
     ShapeCache m_meshes;
     std::set<std::size_t> m_decoding; ///< digests
@@ -190,6 +218,7 @@ public:
     Parcel& operator=(const Parcel&) = delete;
 
     void Deliver() { m_work->Deliver(std::exchange(m_job, nullptr)); }
+    void Forget() noexcept { m_job = nullptr; }
 
 private:
     std::shared_ptr<Work> m_work;
@@ -228,42 +257,79 @@ void Loader::Work::Load(Request request, Job wanted)
     if (!m_kernel) {
         m_kernel = kernel;
     }
-    const std::shared_ptr<Job> job = JoinOrEnqueue(std::move(wanted));
     const auto waiting = std::make_shared<Waiting>(Waiting{std::move(request), nullptr});
-    m_requests[job.get()].push_back(waiting);
-    if (waiting->request.image) {
-        m_requestsOfImage[waiting->request.image.get()].push_back(waiting);
+    wanted.lane.assign(1, wanted.kind == Kind::Shape ? 's' : 'p').append(wanted.path);
+    Jobs one{std::make_shared<Job>(std::move(wanted))};
+    Job& job = *one.front();
+    const bool isDone = job.IsDone();
+    if (!isDone && HaveWorker()) {
+        JoinOrEnqueue(one, waiting);
+        return;
+    }
+    if (!isDone) {
+        job.Fail("the system gives no thread to read it with");
+    }
+    Register(job, waiting);
+    Post(one);
+}
+
+/// A job that runs already may have read the file before it last changed, so that it is too late to join it.
+void Loader::Work::JoinOrEnqueue(Jobs& one, const std::shared_ptr<Waiting>& waiting)
+{
+    const std::shared_ptr<Job> job = one.front();
+    const std::lock_guard lock(m_mutex);
+    const auto [place, isNew] = m_lanes.try_emplace(job->lane);
+    Lane& lane = place->second;
+    try {
+        Register(lane.waiting ? *lane.waiting : *job, waiting);
+    } catch (const std::bad_alloc&) {
+        if (isNew) {
+            m_lanes.erase(place);
+        }
+        throw;
+    }
+    if (lane.waiting) {
+        return;
+    }
+    lane.waiting = job;
+    if (lane.isRunning) {
+        lane.held.splice(lane.held.end(), one);
+    } else {
+        m_jobs.splice(m_jobs.end(), one);
+        m_jobsChanged.notify_one();
+    }
+}
+
+/// Writes down who waits for a job, whole or not at all.
+void Loader::Work::Register(const Job& job, const std::shared_ptr<Waiting>& waiting)
+{
+    std::vector<std::shared_ptr<Waiting>>& requests = m_requests[&job];
+    try {
+        requests.push_back(waiting);
+        if (const luk::Image* const image = waiting->request.image.get()) {
+            AppendToQueueOf(*image, waiting);
+        }
+    } catch (const std::bad_alloc&) {
+        std::erase(requests, waiting);
+        if (requests.empty()) {
+            m_requests.erase(&job);
+        }
+        throw;
     }
     ++m_pending;
 }
 
-/// A job that runs already may have read the file before it last changed, so that it is too late to join it.
-std::shared_ptr<Job> Loader::Work::JoinOrEnqueue(Job wanted)
+void Loader::Work::AppendToQueueOf(const luk::Image& image, const std::shared_ptr<Waiting>& waiting)
 {
-    auto job = std::make_shared<Job>(std::move(wanted));
-    if (job->IsDone()) {
-        Post(job);
-        return job;
+    const auto queue = m_requestsOfImage.try_emplace(&image).first;
+    try {
+        queue->second.push_back(waiting);
+    } catch (const std::bad_alloc&) {
+        if (queue->second.empty()) {
+            m_requestsOfImage.erase(queue);
+        }
+        throw;
     }
-    const bool haveWorker = HaveWorker();
-    std::unique_lock lock(m_mutex);
-    Lane& lane = m_lanes[LaneOf(*job)];
-    if (lane.waiting) {
-        return lane.waiting;
-    }
-    if (!haveWorker) {
-        m_lanes.erase(LaneOf(*job));
-        lock.unlock();
-        job->Fail("the system gives no thread to read it with");
-        Post(job);
-        return job;
-    }
-    lane.waiting = job;
-    if (!lane.isRunning) {
-        m_jobs.push_back(job);
-        m_jobsChanged.notify_one();
-    }
-    return job;
 }
 
 /// Starts one more for each load, up to the maximum.
@@ -296,6 +362,9 @@ void Loader::Work::Deliver(const std::shared_ptr<const Job>& job)
         DeliverInTurn(waiting);
     }
     m_isDelivering = false;
+    if (std::exchange(m_lacksMemory, false)) {
+        throw std::bad_alloc();
+    }
 }
 
 /// What an image asked for later waits for what it asked for before.
@@ -324,7 +393,11 @@ void Loader::Work::DeliverOne(Waiting& waiting)
 {
     --m_pending;
     ++m_deliveries;
-    std::exchange(waiting.request, {}).Deliver(*waiting.result);
+    try {
+        std::exchange(waiting.request, {}).Deliver(*waiting.result);
+    } catch (const std::bad_alloc&) {
+        m_lacksMemory = true; // told when all have had theirs, who may need less
+    }
 }
 
 bool Loader::Work::Wait(const std::function<bool(std::size_t)>& onProgress)
@@ -339,6 +412,7 @@ bool Loader::Work::Wait(const std::function<bool(std::size_t)>& onProgress)
         std::unique_lock lock(m_mutex);
         const std::size_t postCount = m_postCount;
         lock.unlock();
+        PostAgain();
         const std::size_t deliveries = m_deliveries;
         const bool delivered = DeliverSome();
         if (m_kernelClosed) {
@@ -371,6 +445,7 @@ void Loader::Work::Stop()
         const std::lock_guard lock(m_mutex);
         m_isStopping = true;
         m_jobs.clear();
+        m_unposted.clear();
         m_lanes.clear();
         m_jobsChanged.notify_all();
     }
@@ -393,61 +468,99 @@ void Loader::Work::DropRequests()
 
 void Loader::Work::RunWorker()
 {
-    while (const std::shared_ptr<Job> job = TakeJob()) {
+    for (;;) {
+        Jobs one = TakeJob();
+        if (one.empty()) {
+            return;
+        }
+        const std::shared_ptr<Job> job = one.front();
         try {
             job->kind == Kind::Shape ? ReadShape(*job) : ReadPicture(*job);
         } catch (const std::bad_alloc&) {
-            job->Fail("there is not enough memory");
+            job->Fail(kOutOfMemory);
         } catch (...) {
             job->Fail("it cannot be decoded");
         }
-        Post(job);
+        Post(one);
         FinishJob(*job);
     }
 }
 
-/// Waits for one. @return null when there will be none
-std::shared_ptr<Job> Loader::Work::TakeJob()
+/// Waits for one. @return an empty list when there will be none
+Jobs Loader::Work::TakeJob()
 {
+    Jobs one;
     std::unique_lock lock(m_mutex);
     m_jobsChanged.wait(lock, [this] { return m_isStopping || !m_jobs.empty(); });
     if (m_isStopping) {
-        return nullptr;
+        return one;
     }
-    std::shared_ptr<Job> job = std::move(m_jobs.front());
-    m_jobs.pop_front();
-    Lane& lane = m_lanes[LaneOf(*job)];
-    lane.waiting = nullptr;
-    lane.isRunning = true;
-    return job;
+    one.splice(one.end(), m_jobs, m_jobs.begin());
+    if (const auto lane = m_lanes.find(one.front()->lane); lane != m_lanes.end()) {
+        lane->second.waiting = nullptr;
+        lane->second.isRunning = true;
+    }
+    return one;
 }
 
 void Loader::Work::FinishJob(const Job& job)
 {
     const std::lock_guard lock(m_mutex);
-    const auto lane = m_lanes.find(LaneOf(job));
+    const auto lane = m_lanes.find(job.lane);
     if (lane == m_lanes.end()) {
         return;
     }
     lane->second.isRunning = false;
     if (lane->second.waiting) {
-        m_jobs.push_back(lane->second.waiting);
+        m_jobs.splice(m_jobs.end(), lane->second.held);
         m_jobsChanged.notify_one();
     } else {
         m_lanes.erase(lane);
     }
 }
 
-void Loader::Work::Post(const std::shared_ptr<Job>& job)
+bool Loader::Work::TryToPost(const std::shared_ptr<Job>& job)
 {
+    std::shared_ptr<Parcel> parcel;
     try {
-        m_kernel->PostEvent([parcel = std::make_shared<Parcel>(shared_from_this(), job)] { parcel->Deliver(); });
+        parcel = std::make_shared<Parcel>(shared_from_this(), job);
+        m_kernel->PostEvent([parcel] { parcel->Deliver(); });
     } catch (const std::bad_alloc&) {
-        NoteKernelClosed();
+        if (parcel) {
+            parcel->Forget();
+        }
+        return false;
     }
+    return true;
+}
+
+/// Without memory for it the job is kept for whoever waits for loads: see PostAgain.
+void Loader::Work::Post(Jobs& one)
+{
+    const bool isPosted = TryToPost(one.front());
     const std::lock_guard lock(m_mutex);
+    if (!isPosted && !m_isStopping) {
+        m_unposted.splice(m_unposted.end(), one);
+    }
     ++m_postCount;
     m_posted.notify_one();
+}
+
+void Loader::Work::PostAgain()
+{
+    Jobs unposted;
+    {
+        const std::lock_guard lock(m_mutex);
+        unposted.swap(m_unposted);
+    }
+    while (!unposted.empty()) {
+        if (!TryToPost(unposted.front())) {
+            const std::lock_guard lock(m_mutex);
+            m_unposted.splice(m_unposted.begin(), unposted);
+            throw std::bad_alloc();
+        }
+        unposted.pop_front();
+    }
 }
 
 void Loader::Work::NoteKernelClosed()
@@ -591,7 +704,7 @@ void Loader::LoadImage(const du::SmartPtr<luk::Image>& image, const du::SmartPtr
                        const du::Symbol&)
 {
     const std::string path = image ? PathFromURL(image->GetURL().GetText()) : std::string();
-    m_work->Load({image, nullptr, event}, {Kind::Picture, path, nullptr, nullptr, {}});
+    m_work->Load({image, nullptr, event}, {Kind::Picture, path, nullptr, nullptr, {}, {}});
 }
 
 void Loader::LoadShape(const du::SmartPtr<luk::Shape>& shape, unsigned int, const du::SmartPtr<luk::AsyncEvent>& event,
@@ -599,7 +712,7 @@ void Loader::LoadShape(const du::SmartPtr<luk::Shape>& shape, unsigned int, cons
 {
     const std::string path = shape ? PathOfShape(*shape, anchor.get()) : std::string();
     const du::SmartPtr<luk::Mesh> mesh = shape ? shape->GetMesh() : du::SmartPtr<luk::Mesh>();
-    m_work->Load({nullptr, shape, event}, {Kind::Shape, path, nullptr, mesh, {}});
+    m_work->Load({nullptr, shape, event}, {Kind::Shape, path, nullptr, mesh, {}, {}});
 }
 
 std::size_t Loader::GetPendingCount() const noexcept { return m_work->GetPendingCount(); }

@@ -33,7 +33,9 @@ namespace luloader
 /// with the first loads.
 ///
 /// Errors: a file that is missing, no regular file, too large or of no known format fails as a load does, in its event; so
-/// does one whose picture finds no memory.
+/// does one whose picture finds no memory. A load that cannot be asked for, or delivered, for lack of memory is told by
+/// std::bad_alloc, from LoadImage, LoadShape and WaitForLoads: what was not asked for never comes, and what was finished but
+/// not delivered comes with the next WaitForLoads.
 ///
 /// Cost: a file that is loaded several times is read and decoded once, for as long as it stays the same and its picture or
 /// mesh is still in memory; the same bytes at another place are read but not decoded again. Pictures and meshes that nobody

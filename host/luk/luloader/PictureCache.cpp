@@ -1,6 +1,7 @@
 #include <luloader/PictureCache.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace luloader
@@ -64,9 +65,15 @@ du::SmartPtr<luk::ImageData> PictureCache::FindContent(const Content& content, c
 void PictureCache::Add(const Content& content, const File& file, const du::SmartPtr<luk::ImageData>& data)
 {
     const auto picture = std::make_shared<Picture>(Picture{Trace(*data), nullptr, content.bytes, content.digest});
-    Know(file, picture);
-    m_byDigest.emplace(content.digest, picture);
-    Keep(picture, data);
+    const auto entry = m_byDigest.emplace(content.digest, picture);
+    try {
+        Know(file, picture);
+        Keep(picture, data);
+    } catch (const std::bad_alloc&) {
+        m_byDigest.erase(entry);
+        picture->bytes = nullptr;
+        throw;
+    }
 }
 
 void PictureCache::Clear()

@@ -1,14 +1,13 @@
 #include <du/FileSystem.h>
-#include <du/Utf8.h>
+#include <du/SystemPath.h>
 #include <luloader/RegularFile.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <fcntl.h>
-#include <filesystem>
+#include <new>
 #include <sys/stat.h>
-#include <system_error>
 #if defined(_WIN32)
 #  include <io.h>
 #  include <windows.h>
@@ -26,13 +25,19 @@ namespace
 
 int OpenToRead(const std::string& path) noexcept
 {
-    const std::wstring wide = du::Utf8ToWideStr(path);
-    const DWORD attributes = ::GetFileAttributesW(wide.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES ||
-        (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE)) != 0) {
+    try {
+        const std::filesystem::path file = du::SystemPath(path);
+        return du::WindowsFiles::KindOf(file) == du::WindowsFiles::Kind::File
+                   ? ::_wopen(file.c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT)
+                   : -1;
+    } catch (const std::bad_alloc&) {
         return -1;
     }
-    return ::_wopen(wide.c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
+}
+
+bool ExistsSomething(const std::string& path)
+{
+    return du::WindowsFiles::KindOf(du::SystemPath(path)) != du::WindowsFiles::Kind::Nothing;
 }
 
 void CloseFile(int descriptor) noexcept { ::_close(descriptor); }
@@ -72,6 +77,13 @@ int OpenToRead(const std::string& path) noexcept
         return -1;
     }
     return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+}
+
+bool ExistsSomething(const std::string& path)
+{
+    struct stat status {
+    };
+    return ::stat(path.c_str(), &status) == 0;
 }
 
 void CloseFile(int descriptor) noexcept { ::close(descriptor); }
@@ -172,8 +184,7 @@ std::string RegularFile::Explain(const std::string& path)
     if (du::FileSystem::FileExists(path)) {
         return "the file cannot be opened";
     }
-    std::error_code error;
-    return std::filesystem::exists(path, error) ? "it is no regular file" : "there is no such file";
+    return ExistsSomething(path) ? "it is no regular file" : "there is no such file";
 }
 
 std::string PathFromURL(std::string_view url)

@@ -31,11 +31,11 @@ du::SmartPtr<luk::Mesh> ShapeCache::FindContent(const Content& content, const st
 void ShapeCache::Add(const Content& content, const std::string& path, const FileIdentity& identity,
                      const du::SmartPtr<luk::Mesh>& mesh)
 {
-    if (!m_byContent.try_emplace(content).second) {
+    std::list<Entry> one{{content, mesh}}; // first, so that nothing is left when there is no memory
+    if (!m_byContent.try_emplace(content, one.begin()).second) {
         return;
     }
-    m_latest.push_front({content, mesh});
-    m_byContent[content] = m_latest.begin();
+    m_latest.splice(m_latest.begin(), one);
     m_bytes += CostOf(*mesh);
     Know(content, path, identity);
     if (m_bytes > m_sweepAt) {

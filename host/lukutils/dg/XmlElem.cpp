@@ -229,7 +229,9 @@ void XmlElem::SetAttribute(std::string_view name, std::string_view value)
     if (attribute.empty()) {
         attribute = AsNode(m_node).append_attribute(std::string(name).c_str());
     }
-    attribute.set_value(std::string(value).c_str());
+    if (!attribute.set_value(std::string(value).c_str())) {
+        throw std::bad_alloc();
+    }
 }
 
 void XmlElem::SetAttributeAsBool(std::string_view name, bool value) { SetAttribute(name, value ? "true" : "false"); }
@@ -375,8 +377,6 @@ public:
 const char* WordsFor(pugi::xml_parse_status status) noexcept
 {
     switch (status) {
-    case pugi::status_out_of_memory:
-        return "out of memory";
     case pugi::status_bad_pi:
         return "a processing instruction is malformed or not closed";
     case pugi::status_bad_comment:
@@ -427,10 +427,12 @@ public:
         return FindRoot(original, error) && CheckDepth(original, error);
     }
 
-    bool Make(std::string_view name)
+    void Make(std::string_view name)
     {
         SetRoot(m_document.append_child(std::string(name).c_str()));
-        return static_cast<bool>(*this);
+        if (!*this) {
+            throw std::bad_alloc();
+        }
     }
 
 private:
@@ -485,6 +487,9 @@ private:
 
     static bool RefuseStatus(XmlParseError* error, std::string_view original, const pugi::xml_parse_result& result)
     {
+        if (result.status == pugi::status_out_of_memory) {
+            throw std::bad_alloc();
+        }
         const auto offset = static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0));
         if (result.status != pugi::status_end_element_mismatch) {
             return Refuse(error, original, offset, WordsFor(result.status));
@@ -509,41 +514,24 @@ XmlElem* Parse(std::string&& text, bool withPositions, std::string_view original
     return document->Parse(withPositions, original, error) ? document.release() : nullptr;
 }
 
-/// Runs something that returns a document; null when it runs out of memory.
-template <class Work>
-XmlElem* OrNull(XmlParseError* error, Work&& work) noexcept
-{
-    try {
-        return work();
-    } catch (const std::bad_alloc&) {
-        if (error) {
-            error->reason = "out of memory"; // short enough to need none
-        }
-        return nullptr;
-    }
-}
-
 } // namespace
 
-XmlElem* ParseXml(const std::string& text, bool withPositions, XmlParseError* error) noexcept
+XmlElem* ParseXml(const std::string& text, bool withPositions, XmlParseError* error)
 {
-    return OrNull(error, [&] { return Parse(std::string(text), withPositions, text, error); });
+    return Parse(std::string(text), withPositions, text, error);
 }
 
-XmlElem* ParseXml(std::string&& text, bool withPositions, XmlParseError* error) noexcept
+XmlElem* ParseXml(std::string&& text, bool withPositions, XmlParseError* error)
 {
-    return OrNull(error, [&] {
-        const std::string original = error ? text : std::string();
-        return Parse(std::move(text), withPositions, original, error);
-    });
+    const std::string original = error ? text : std::string();
+    return Parse(std::move(text), withPositions, original, error);
 }
 
-XmlElem* NewXmlElem(std::string_view name) noexcept
+XmlElem* NewXmlElem(std::string_view name)
 {
-    return OrNull(nullptr, [&]() -> XmlElem* {
-        auto document = std::make_unique<XmlDocument>(std::string());
-        return document->Make(name) ? document.release() : nullptr;
-    });
+    auto document = std::make_unique<XmlDocument>(std::string());
+    document->Make(name);
+    return document.release();
 }
 
 void FreeXml(XmlElem* root) noexcept { delete static_cast<XmlDocument*>(root); }

@@ -133,14 +133,14 @@ inline constexpr int kXmlMaxDepth = 256;
 /// @param withPositions the elements know their lines
 /// @param error told why there is no document; may be null. Asking for it costs a copy of the text
 ///
-/// Errors: never throws; out of memory gives null as well.
+/// Errors: throws nothing but std::bad_alloc, since a text that finds no memory is not for that reason no document.
 ///
 /// Cost: linear. The second form parses inside the given text, which the document keeps.
-[[nodiscard]] LUHOST_API XmlElem* ParseXml(const std::string& text, bool withPositions, XmlParseError* error) noexcept;
-[[nodiscard]] LUHOST_API XmlElem* ParseXml(std::string&& text, bool withPositions, XmlParseError* error) noexcept;
+[[nodiscard]] LUHOST_API XmlElem* ParseXml(const std::string& text, bool withPositions, XmlParseError* error);
+[[nodiscard]] LUHOST_API XmlElem* ParseXml(std::string&& text, bool withPositions, XmlParseError* error);
 
-/// A new document with this one element, to be given to FreeXml; null when out of memory.
-[[nodiscard]] LUHOST_API XmlElem* NewXmlElem(std::string_view name) noexcept;
+/// A new document with this one element, to be given to FreeXml; never null.
+[[nodiscard]] LUHOST_API XmlElem* NewXmlElem(std::string_view name);
 
 /// Ends a document. Takes what ParseXml or NewXmlElem returned, or null; never the address of a copy.
 LUHOST_API void FreeXml(XmlElem* root) noexcept;

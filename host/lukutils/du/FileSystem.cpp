@@ -1,18 +1,14 @@
 #include <du/FileSystem.h>
-#include <du/Utf8.h>
 
 #include <array>
 #include <cerrno>
 #include <cstddef>
 #include <fcntl.h>
 #include <filesystem>
+#include <new>
 #include <sys/stat.h>
 #include <system_error>
-#if defined(_WIN32)
-#  include <io.h>
-#else
-#  include <unistd.h>
-#endif
+#include <unistd.h>
 
 namespace du
 {
@@ -29,26 +25,12 @@ fs::path PathOf(const std::string& text)
     if (text.find('\0') != std::string::npos) {
         return {};
     }
-#if defined(_WIN32)
-    const char* const separators = "/\\";
-#else
-    const char* const separators = "/";
-#endif
-    const std::size_t last = text.find_last_not_of(separators);
-    const std::string path = last == std::string::npos ? text.substr(0, 1) : text.substr(0, last + 1);
-#if defined(_WIN32)
-    // "C:" alone would be the current folder of that drive.
-    return fs::path(Utf8ToWideStr(path.size() == 2 && path[1] == ':' ? path + '\\' : path));
-#else
-    return fs::path(path);
-#endif
+    const std::size_t last = text.find_last_not_of('/');
+    return fs::path(last == std::string::npos ? text.substr(0, 1) : text.substr(0, last + 1));
 }
 
 /// A path meant as a file keeps its separator at the end, so that "file/" is no file.
-bool NamesFolder(const std::string& text) noexcept
-{
-    return !text.empty() && (text.back() == '/' || (fs::path::preferred_separator == '\\' && text.back() == '\\'));
-}
+bool NamesFolder(const std::string& text) noexcept { return !text.empty() && text.back() == '/'; }
 
 bool IsRegularFile(const fs::path& path) noexcept
 {
@@ -72,9 +54,6 @@ public:
         if (!IsRegularFile(path)) {
             return -1;
         }
-#if defined(_WIN32)
-        return ::_wopen(path.c_str(), _O_RDONLY | _O_BINARY | _O_NOINHERIT);
-#else
         const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
         struct stat status {
         };
@@ -83,16 +62,11 @@ public:
             return -1;
         }
         return descriptor;
-#endif
     }
 
     static int ToWriteNew(const fs::path& path) noexcept
     {
-#if defined(_WIN32)
-        return ::_wopen(path.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
-#else
         return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-#endif
     }
 
     bool IsOpen() const noexcept { return m_descriptor >= 0; }
@@ -102,11 +76,7 @@ public:
     {
         std::ptrdiff_t count = 0;
         do {
-#if defined(_WIN32)
-            count = ::_read(m_descriptor, bytes, size);
-#else
             count = ::read(m_descriptor, bytes, size);
-#endif
         } while (count < 0 && errno == EINTR);
         return count;
     }
@@ -114,11 +84,7 @@ public:
     bool WriteAll(const char* bytes, unsigned size) noexcept
     {
         while (size > 0) {
-#if defined(_WIN32)
-            const std::ptrdiff_t count = ::_write(m_descriptor, bytes, size);
-#else
             const std::ptrdiff_t count = ::write(m_descriptor, bytes, size);
-#endif
             if (count < 0 && errno == EINTR) {
                 continue;
             }
@@ -136,11 +102,7 @@ public:
         if (m_descriptor < 0) {
             return true;
         }
-#if defined(_WIN32)
-        const bool closed = ::_close(m_descriptor) == 0;
-#else
         const bool closed = ::close(m_descriptor) == 0;
-#endif
         m_descriptor = -1;
         return closed;
     }
@@ -163,15 +125,30 @@ bool CopyAllBytes(OpenFile& source, OpenFile& target) noexcept
     }
 }
 
+bool RemoveAll(const std::string& path)
+{
+    const fs::path victim = PathOf(path);
+    if (victim.empty()) {
+        return path.empty();
+    }
+    const fs::path name = victim.filename();
+    if (name.empty() || name == "." || name == "..") {
+        return false;
+    }
+    std::error_code error;
+    fs::remove_all(victim, error);
+    return fs::symlink_status(victim, error).type() == fs::file_type::not_found;
+}
+
 } // namespace
 
-bool FileSystem::DirExists(const std::string& path) noexcept
+bool FileSystem::DirExists(const std::string& path)
 {
     std::error_code error;
     return fs::is_directory(PathOf(path), error);
 }
 
-int FileSystem::Mkdir(const std::string& path) noexcept
+int FileSystem::Mkdir(const std::string& path)
 {
     const fs::path folder = PathOf(path);
     if (folder.empty()) {
@@ -185,17 +162,14 @@ int FileSystem::Mkdir(const std::string& path) noexcept
     return isMade ? 0 : EEXIST;
 }
 
-bool FileSystem::FileExists(const std::string& path) noexcept
-{
-    return !NamesFolder(path) && IsRegularFile(PathOf(path));
-}
+bool FileSystem::FileExists(const std::string& path) { return !NamesFolder(path) && IsRegularFile(PathOf(path)); }
 
-bool FileSystem::FileReadable(const std::string& path) noexcept
+bool FileSystem::FileReadable(const std::string& path)
 {
     return !NamesFolder(path) && OpenFile(OpenFile::ToRead(PathOf(path))).IsOpen();
 }
 
-bool FileSystem::CopyFile(const std::string& source, const std::string& target) noexcept
+bool FileSystem::CopyFile(const std::string& source, const std::string& target)
 {
     const fs::path targetPath = PathOf(target);
     if (NamesFolder(source) || NamesFolder(target) || targetPath.empty()) {
@@ -220,17 +194,11 @@ bool FileSystem::CopyFile(const std::string& source, const std::string& target) 
 
 bool FileSystem::DeletePath(const std::string& path) noexcept
 {
-    const fs::path victim = PathOf(path);
-    if (victim.empty()) {
-        return path.empty();
-    }
-    const fs::path name = victim.filename();
-    if (name.empty() || name == "." || name == "..") {
+    try {
+        return RemoveAll(path);
+    } catch (const std::bad_alloc&) {
         return false;
     }
-    std::error_code error;
-    fs::remove_all(victim, error);
-    return fs::symlink_status(victim, error).type() == fs::file_type::not_found;
 }
 
 } // namespace du

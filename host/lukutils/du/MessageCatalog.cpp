@@ -77,11 +77,11 @@ void MessageCatalog::Remove(const std::shared_ptr<const MessageTable>& table)
     }
 }
 
-void MessageCatalog::SetLanguage(std::string_view language)
+void MessageCatalog::SetLanguage(std::string language)
 {
     Tables& tables = GetTables();
     const std::lock_guard lock(tables.mutex);
-    tables.language = language;
+    tables.language = std::move(language);
 }
 
 std::string MessageCatalog::GetLanguage()

@@ -30,7 +30,7 @@ public:
     static void Remove(const std::shared_ptr<const MessageTable>& table);
 
     /// @param language as in the tables, such as "de"; "" for each table's default
-    static void SetLanguage(std::string_view language);
+    static void SetLanguage(std::string language);
     static std::string GetLanguage();
 
     /// @param[out] text replaced by the message in the current language, untouched when there is none

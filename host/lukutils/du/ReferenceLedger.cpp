@@ -4,9 +4,11 @@
 #include <atomic>
 #include <cstdlib>
 #include <mutex>
+#include <new>
 #include <sstream>
 #include <typeinfo>
 #include <unordered_map>
+#include <utility>
 
 #if defined(__GNUC__)
 #  include <cxxabi.h>
@@ -18,16 +20,50 @@ namespace du
 namespace
 {
 
+/// Takes from the C library, so that the book is no part of what a program allocates by its own operator new, nor of the
+/// allocations that a test makes fail.
+template <class T>
+struct BookAllocator {
+    using value_type = T;
+
+    BookAllocator() noexcept = default;
+    template <class U>
+    BookAllocator(const BookAllocator<U>&) noexcept
+    {
+    }
+
+    T* allocate(std::size_t count)
+    {
+        void* const memory = std::malloc(count * sizeof(T)); // NOLINT(bugprone-sizeof-expression): T may be a pointer
+        if (!memory) {
+            throw std::bad_alloc();
+        }
+        return static_cast<T*>(memory);
+    }
+    void deallocate(T* memory, std::size_t) noexcept { std::free(memory); }
+
+    template <class U>
+    bool operator==(const BookAllocator<U>&) const noexcept
+    {
+        return true;
+    }
+};
+
+template <class Key, class Value>
+using BookMap =
+    std::unordered_map<Key, Value, std::hash<Key>, std::equal_to<Key>, BookAllocator<std::pair<const Key, Value>>>;
+
 struct Account {
-    /// Whether the book saw the object's first reference. Only then is an unknown tag known to be a wrong one.
+    /// Whether the book saw every reference since the object's first. Only then is an unknown tag known to be a wrong one.
     bool complete;
-    std::unordered_map<const void*, long> countByOwner;
+    BookMap<const void*, long> countByOwner;
 };
 
 struct Book {
     std::mutex mutex;
-    std::unordered_map<const RefCounted*, Account> accounts;
-    std::vector<ReferenceLedger::Entry> leftByDestroyed;
+    BookMap<const RefCounted*, Account> accounts;
+    std::vector<ReferenceLedger::Entry, BookAllocator<ReferenceLedger::Entry>> leftByDestroyed;
+    std::size_t lost = 0; ///< notes for which there was no memory
 };
 
 /// Objects may be released while the process ends, so the book is never torn down.
@@ -53,13 +89,31 @@ std::string ClassNameOf(const RefCounted& object)
     return mangled;
 }
 
-void AppendOpen(std::vector<ReferenceLedger::Entry>& entries, const RefCounted* object, const Account& account,
-                const std::string& objectClass)
+template <class Entries>
+void AppendOpen(Entries& entries, const RefCounted* object, const Account& account, const std::string& objectClass)
 {
     for (const auto& [owner, count] : account.countByOwner) {
         if (count != 0) {
             entries.push_back({object, owner, objectClass, count});
         }
+    }
+}
+
+std::size_t CountLost()
+{
+    Book& book = GetBook();
+    const std::lock_guard lock(book.mutex);
+    return book.lost;
+}
+
+/// The end of the accounts when there is no memory for a new one.
+auto FindOrOpen(Book& book, const RefCounted* object) noexcept
+{
+    try {
+        return book.accounts.try_emplace(object, Account{object->GetReferenceCount() == 0, {}}).first;
+    } catch (const std::bad_alloc&) {
+        ++book.lost;
+        return book.accounts.end();
     }
 }
 
@@ -71,6 +125,7 @@ void ReferenceLedger::SwitchOn()
     const std::lock_guard lock(book.mutex);
     book.accounts.clear();
     book.leftByDestroyed.clear();
+    book.lost = 0;
     s_isOn.store(true, std::memory_order_relaxed);
 }
 
@@ -82,7 +137,7 @@ std::vector<ReferenceLedger::Entry> ReferenceLedger::GetOpenEntries()
 {
     Book& book = GetBook();
     const std::lock_guard lock(book.mutex);
-    std::vector<Entry> entries = book.leftByDestroyed;
+    std::vector<Entry> entries(book.leftByDestroyed.begin(), book.leftByDestroyed.end());
     for (const auto& [object, account] : book.accounts) {
         AppendOpen(entries, object, account, ClassNameOf(*object));
     }
@@ -98,21 +153,33 @@ std::string ReferenceLedger::Describe()
              << (entry.count > 0 ? " is held " : " was released by a stranger ")
              << (entry.count > 0 ? entry.count : -entry.count) << " time(s) under " << entry.owner << '\n';
     }
+    if (const std::size_t lost = CountLost()) {
+        text << lost << " note(s) found no memory\n";
+    }
     return text.str();
 }
 
-void ReferenceLedger::NoteAdded(const RefCounted* object, const void* owner)
+void ReferenceLedger::NoteAdded(const RefCounted* object, const void* owner) noexcept
 {
     Book& book = GetBook();
     const std::lock_guard lock(book.mutex);
-    Account& account = book.accounts.try_emplace(object, Account{object->GetReferenceCount() == 0, {}}).first->second;
-    const auto [position, isNew] = account.countByOwner.try_emplace(owner, 0);
-    if (++position->second == 0) {
-        account.countByOwner.erase(position);
+    const auto account = FindOrOpen(book, object);
+    if (account == book.accounts.end()) {
+        return;
+    }
+    auto& [complete, countByOwner] = account->second;
+    try {
+        const auto position = countByOwner.try_emplace(owner, 0).first;
+        if (++position->second == 0) {
+            countByOwner.erase(position);
+        }
+    } catch (const std::bad_alloc&) {
+        complete = false;
+        ++book.lost;
     }
 }
 
-void ReferenceLedger::NoteRemoved(const RefCounted* object, const void* owner)
+void ReferenceLedger::NoteRemoved(const RefCounted* object, const void* owner) noexcept
 {
     Book& book = GetBook();
     const std::lock_guard lock(book.mutex);
@@ -120,26 +187,35 @@ void ReferenceLedger::NoteRemoved(const RefCounted* object, const void* owner)
     if (account == book.accounts.end()) {
         return;
     }
-    auto& countByOwner = account->second.countByOwner;
+    auto& [complete, countByOwner] = account->second;
     const auto position = countByOwner.find(owner);
     if (position != countByOwner.end()) {
         if (--position->second == 0) {
             countByOwner.erase(position);
         }
-    } else if (account->second.complete) {
-        countByOwner.emplace(owner, -1);
+    } else if (complete) {
+        try {
+            countByOwner.emplace(owner, -1);
+        } catch (const std::bad_alloc&) {
+            ++book.lost;
+        }
     }
 }
 
-void ReferenceLedger::NoteDestroyed(const RefCounted* object)
+void ReferenceLedger::NoteDestroyed(const RefCounted* object) noexcept
 {
     Book& book = GetBook();
     const std::lock_guard lock(book.mutex);
     const auto account = book.accounts.find(object);
-    if (account != book.accounts.end()) {
-        AppendOpen(book.leftByDestroyed, object, account->second, {});
-        book.accounts.erase(account);
+    if (account == book.accounts.end()) {
+        return;
     }
+    try {
+        AppendOpen(book.leftByDestroyed, object, account->second, {});
+    } catch (const std::bad_alloc&) {
+        ++book.lost;
+    }
+    book.accounts.erase(account);
 }
 
 } // namespace du

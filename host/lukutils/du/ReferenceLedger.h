@@ -25,7 +25,8 @@ class RefCounted;
 /// Threads and locks: every call is safe on any thread; the book has a lock of its own and calls nobody under it.
 ///
 /// Errors: a reference removed under a tag that never took it is kept as a mismatch, not as a fault at once, since the
-/// one who made it is best found at the end, beside the reference that was left over.
+/// one who made it is best found at the end, beside the reference that was left over. A note that finds no memory is counted
+/// as lost, and its reference goes on unwatched: handles come and go where nothing may throw.
 class LUHOST_API ReferenceLedger
 {
 public:
@@ -45,12 +46,12 @@ public:
     /// while no other thread is destroying the objects.
     static std::vector<Entry> GetOpenEntries();
 
-    /// One line for each open entry; empty when all is settled.
+    /// One line for each open entry, and one when notes were lost; empty when all is settled.
     static std::string Describe();
 
-    static void NoteAdded(const RefCounted* object, const void* owner);
-    static void NoteRemoved(const RefCounted* object, const void* owner);
-    static void NoteDestroyed(const RefCounted* object);
+    static void NoteAdded(const RefCounted* object, const void* owner) noexcept;
+    static void NoteRemoved(const RefCounted* object, const void* owner) noexcept;
+    static void NoteDestroyed(const RefCounted* object) noexcept;
 
     ReferenceLedger() = delete;
 };

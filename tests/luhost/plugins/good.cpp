@@ -1,3 +1,5 @@
+#include "support/PluginEntry.h"
+
 #include <du/RefCounted.h>
 #include <du/SmartPtr.h>
 
@@ -11,15 +13,24 @@ class Component : public du::RefCounted
 {
 };
 
+/// Tells the test through the environment, which both share, when it comes and goes.
+void Tell(const char* what)
+{
+#if defined(_WIN32)
+    _putenv_s("LUHOST_TEST_PLUGIN", what);
+#else
+    setenv("LUHOST_TEST_PLUGIN", what, 1);
+#endif
+}
+
 } // namespace
 
-/// Tells the test through the environment, which both share, when it comes and goes.
-extern "C" LUHOST_API void LUDllInit() { setenv("LUHOST_TEST_PLUGIN", "started", 1); }
+TEST_PLUGIN_ENTRY void LUDllInit() { Tell("started"); }
 
-extern "C" LUHOST_API void LUDllTerminate() { setenv("LUHOST_TEST_PLUGIN", "ended", 1); }
+TEST_PLUGIN_ENTRY void LUDllTerminate() { Tell("ended"); }
 
-extern "C" LUHOST_API bool LUDllCreateComponent(const std::string& action, const std::string&, const std::string&,
-                                                du::SmartPtr<du::RefCounted>& slot)
+TEST_PLUGIN_ENTRY bool LUDllCreateComponent(const std::string& action, const std::string&, const std::string&,
+                                            du::SmartPtr<du::RefCounted>& slot)
 {
     if (action != "create") {
         return false;

@@ -1,5 +1,5 @@
-#include <du/Export.h>
+#include "support/PluginEntry.h"
 
-extern "C" LUHOST_API void LUDllInit() {}
+TEST_PLUGIN_ENTRY void LUDllInit() {}
 
-extern "C" LUHOST_API void LUDllTerminate() {}
+TEST_PLUGIN_ENTRY void LUDllTerminate() {}

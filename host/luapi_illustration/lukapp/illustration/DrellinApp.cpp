@@ -1,5 +1,6 @@
 #include <du/FileSpec.h>
 #include <du/FileSystem.h>
+#include <du/SystemPath.h>
 #include <du/UuidGen.h>
 #include <lukapp/illustration/DrellinApp.h>
 
@@ -43,8 +44,7 @@ du::Symbol MakeFreshFolder()
     if (!MakePrivateFolder(folder)) {
         return {};
     }
-    const std::u8string text = folder.u8string();
-    return du::Symbol(std::string(text.begin(), text.end()));
+    return du::Symbol(du::TextOfPath(folder));
 }
 
 du::Symbol WithoutTrailingSeparator(const du::Symbol& folder)

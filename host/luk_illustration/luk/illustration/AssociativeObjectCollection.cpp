@@ -8,6 +8,7 @@
 #include <luk/illustration/SymbolTemplate.h>
 
 #include <algorithm>
+#include <new>
 #include <unordered_map>
 #include <utility>
 
@@ -61,6 +62,8 @@ struct ObjectList {
     PositionIndex byId;
 
     void Index(std::uint32_t position) { byId.Insert(IdKeys(items), items[position]->GetId(), position); }
+    /// Before the item that is at the position is replaced by one of the same id.
+    void WillReplace(std::uint32_t, const Item&) {}
     void Unindex(std::uint32_t position) { byId.Erase(IdKeys(items), items[position]->GetId(), position); }
     void Reserve(std::size_t more)
     {
@@ -87,7 +90,20 @@ struct CategoryList {
     void Index(std::uint32_t position)
     {
         byId.Insert(IdKeys(items), items[position]->GetId(), position);
-        byName.Insert(NameKeys(items), items[position]->GetName(), position);
+        try {
+            byName.Insert(NameKeys(items), items[position]->GetName(), position);
+        } catch (const std::bad_alloc&) {
+            byId.Erase(IdKeys(items), items[position]->GetId(), position);
+            throw;
+        }
+    }
+    /// Before the item that is at the position is replaced by one of the same id.
+    void WillReplace(std::uint32_t position, const Item& item)
+    {
+        if (items[position]->GetName() != item.GetName()) {
+            byName.Insert(NameKeys(items), item.GetName(), position);
+            byName.Erase(NameKeys(items), items[position]->GetName(), position);
+        }
     }
     void Unindex(std::uint32_t position)
     {
@@ -108,6 +124,24 @@ struct CategoryList {
     }
     static constexpr std::uint32_t kPlaceBit = kCategoryBit;
 };
+
+/// Appends an item, whole or not at all. @return false when it is refused
+template <class List>
+bool Append(List& list, const du::SmartPtr<typename List::Item>& item)
+{
+    if (!item || list.items.size() >= PositionIndex::kMaxPositions) {
+        return false;
+    }
+    list.items.push_back(item);
+    try {
+        list.Index(static_cast<std::uint32_t>(list.items.size() - 1));
+    } catch (const std::bad_alloc&) {
+        list.items.pop_back();
+        throw;
+    }
+    ++list.count;
+    return true;
+}
 
 template <class List>
 du::SmartPtr<typename List::Item> ItemAt(const List& list, std::uint64_t index)
@@ -164,14 +198,26 @@ struct AssociativeObjectCollection::Content {
         }
     }
 
-    void TellChanges()
+    /// Those who cannot be told for lack of memory are told with the next change.
+    void TellChanges() noexcept
     {
         const bool loaded = std::exchange(loadedFromStandard, false);
-        const bool changed = std::exchange(changes, 0) > 0;
+        const std::size_t changed = std::exchange(changes, 0);
         const du::SmartPtr<AssociativeObject> object = std::exchange(onlyChanged, nullptr);
-        if (!loaded && !changed) {
+        if (!loaded && changed == 0) {
             return;
         }
+        try {
+            Tell(loaded, changed > 0, object);
+        } catch (const std::bad_alloc&) {
+            loadedFromStandard = loadedFromStandard || loaded;
+            onlyChanged = changes == 0 ? object : nullptr;
+            changes += changed;
+        }
+    }
+
+    void Tell(bool loaded, bool changed, const du::SmartPtr<AssociativeObject>& object) const
+    {
         const std::string* const id = object && !loaded ? &object->GetId() : nullptr;
         observers.Notify(id, [&](AssociativeObjectObserver& observer) {
             if (loaded) {
@@ -186,29 +232,38 @@ struct AssociativeObjectCollection::Content {
     template <class List>
     static bool Add(AssociativeObjectCollection& collection, List& list, const du::SmartPtr<typename List::Item>& item)
     {
-        if (!item || list.items.size() >= PositionIndex::kMaxPositions) {
+        if (!Append(list, item)) {
             return false;
         }
-        const auto position = static_cast<std::uint32_t>(list.items.size());
-        list.items.push_back(item);
-        item->AddPlace(collection, position | List::kPlaceBit);
-        list.Index(position);
-        ++list.count;
+        const auto position = static_cast<std::uint32_t>(list.items.size() - 1);
+        try {
+            item->AddPlace(collection, position | List::kPlaceBit);
+        } catch (const std::bad_alloc&) {
+            list.Unindex(position);
+            list.items.pop_back();
+            --list.count;
+            throw;
+        }
         return true;
     }
 
-    /// @param old at the position now
+    /// @param old at the position now, with the id of the item
     template <class List>
     static Placement ReplaceAt(AssociativeObjectCollection& collection, List& list, std::uint32_t position,
                                const du::SmartPtr<typename List::Item>& old,
                                const du::SmartPtr<typename List::Item>& item)
     {
+        const std::uint32_t place = position | List::kPlaceBit;
         const bool same = SaysTheSame(*old, item);
-        list.Unindex(position);
-        old->RemovePlace(collection, position | List::kPlaceBit);
+        item->AddPlace(collection, place);
+        try {
+            list.WillReplace(position, *item);
+        } catch (const std::bad_alloc&) {
+            item->RemovePlace(collection, place);
+            throw;
+        }
+        old->RemovePlace(collection, place);
         list.items[position] = item;
-        item->AddPlace(collection, position | List::kPlaceBit);
-        list.Index(position);
         return same ? Placement::Unchanged : Placement::Changed;
     }
 
@@ -217,26 +272,23 @@ struct AssociativeObjectCollection::Content {
     {
         auto* const predecessor = dynamic_cast<SymbolTemplate*>(&from);
         auto* const successor = dynamic_cast<SymbolTemplate*>(&to);
-        constexpr std::uint32_t kOwnHandles = 1;
+        constexpr std::uint32_t kOwnHandles = 2; // the collection's, and that of who replaces the entry
         if (predecessor && successor &&
             (predecessor->GetConsumerCount() > 0 || predecessor->GetReferenceCount() > kOwnHandles)) {
             successor->ShareConsumersOf(*predecessor);
         }
     }
 
-    /// @param position of the object to replace; kNone to add one
-    Placement PutObject(AssociativeObjectCollection& collection, std::uint32_t position,
-                        const du::SmartPtr<AssociativeObject>& object)
+    /// @param position of an object of the same id
+    Placement ReplaceObject(AssociativeObjectCollection& collection, std::uint32_t position,
+                            const du::SmartPtr<AssociativeObject>& object)
     {
-        if (position == PositionIndex::kNone) {
-            return collection.AddAssociativeObject(object) ? Placement::Added : Placement::Refused;
-        }
         const du::SmartPtr<AssociativeObject> old = objects.items[position];
         if (old == object) {
             return Placement::Unchanged;
         }
-        const Placement placement = ReplaceAt(collection, objects, position, old, object);
         HandOverConsumers(*old, *object);
+        const Placement placement = ReplaceAt(collection, objects, position, old, object);
         if (placement == Placement::Changed) {
             NoteChange(object);
         }
@@ -244,12 +296,9 @@ struct AssociativeObjectCollection::Content {
     }
 
     /// The same for a category.
-    Placement PutCategory(AssociativeObjectCollection& collection, std::uint32_t position,
-                          const du::SmartPtr<CategoryInfo>& category)
+    Placement ReplaceCategory(AssociativeObjectCollection& collection, std::uint32_t position,
+                              const du::SmartPtr<CategoryInfo>& category)
     {
-        if (position == PositionIndex::kNone) {
-            return collection.AddCategory(category) ? Placement::Added : Placement::Refused;
-        }
         const du::SmartPtr<CategoryInfo> old = categories.items[position];
         return old == category ? Placement::Unchanged : ReplaceAt(collection, categories, position, old, category);
     }
@@ -356,7 +405,11 @@ AssociativeObjectCollection::ReplaceAssociativeObject(const du::SmartPtr<Associa
         return Placement::Refused;
     }
     const ObjectList& list = m_content->objects;
-    return m_content->PutObject(*this, list.byId.FindFirst(IdKeys(list.items), object->GetId()), object);
+    const std::uint32_t position = list.byId.FindFirst(IdKeys(list.items), object->GetId());
+    if (position != PositionIndex::kNone) {
+        return m_content->ReplaceObject(*this, position, object);
+    }
+    return AddAssociativeObject(object) ? Placement::Added : Placement::Refused;
 }
 
 AssociativeObjectCollection::Placement
@@ -366,7 +419,11 @@ AssociativeObjectCollection::ReplaceCategory(const du::SmartPtr<CategoryInfo>& c
         return Placement::Refused;
     }
     const CategoryList& list = m_content->categories;
-    return m_content->PutCategory(*this, list.byId.FindFirst(IdKeys(list.items), category->GetId()), category);
+    const std::uint32_t position = list.byId.FindFirst(IdKeys(list.items), category->GetId());
+    if (position != PositionIndex::kNone) {
+        return m_content->ReplaceCategory(*this, position, category);
+    }
+    return AddCategory(category) ? Placement::Added : Placement::Refused;
 }
 
 bool AssociativeObjectCollection::RemoveAssociativeObject(const du::SmartPtr<AssociativeObject>& object)
@@ -507,6 +564,72 @@ private:
     std::unordered_map<std::string, std::uint32_t> m_nextOfRepeated;
 };
 
+/// The items of one kind as they will be after a merge, and what brings them there.
+template <class List>
+class MergedList
+{
+public:
+    using Item = typename List::Item;
+    using ItemPtr = du::SmartPtr<Item>;
+    using Placement = AssociativeObjectCollection::Placement;
+
+    struct Step {
+        std::uint32_t position;
+        ItemPtr item;
+        ItemPtr old; ///< null for an item that is added
+        Placement placement;
+    };
+
+    explicit MergedList(const List& list) : m_list(list), m_predecessors(list) {}
+
+    void Reserve(std::size_t more)
+    {
+        m_list.Reserve(more);
+        m_steps.reserve(m_steps.size() + more);
+    }
+
+    Placement Put(const ItemPtr& item)
+    {
+        if (!item) {
+            return Placement::Refused;
+        }
+        const std::uint32_t position = m_predecessors.Take(m_list, item->GetId());
+        return position == PositionIndex::kNone ? PutNew(item) : PutAt(position, item);
+    }
+
+    const std::vector<Step>& GetSteps() const { return m_steps; }
+    void SwapWith(List& list) noexcept { std::swap(m_list, list); }
+
+private:
+    Placement PutNew(const ItemPtr& item)
+    {
+        const auto position = static_cast<std::uint32_t>(m_list.items.size());
+        ReserveMore(m_steps, 1);
+        if (!Append(m_list, item)) {
+            return Placement::Refused;
+        }
+        m_steps.push_back({position, item, nullptr, Placement::Added});
+        return Placement::Added;
+    }
+
+    Placement PutAt(std::uint32_t position, const ItemPtr& item)
+    {
+        ItemPtr& place = m_list.items[position];
+        if (place == item) {
+            return Placement::Unchanged;
+        }
+        ReserveMore(m_steps, 1);
+        const Placement placement = SaysTheSame(*place, item) ? Placement::Unchanged : Placement::Changed;
+        m_list.WillReplace(position, *item);
+        m_steps.push_back({position, item, std::exchange(place, item), placement});
+        return placement;
+    }
+
+    List m_list;
+    Predecessors m_predecessors;
+    std::vector<Step> m_steps;
+};
+
 } // namespace
 
 struct AssociativeObjectCollection::Merge::State {
@@ -516,10 +639,47 @@ struct AssociativeObjectCollection::Merge::State {
     {
     }
 
+    /// Tells the items where they will be. The last part of a merge that needs memory.
+    template <class List>
+    void AddPlaces(const MergedList<List>& list)
+    {
+        std::size_t done = 0;
+        try {
+            for (; done < list.GetSteps().size(); ++done) {
+                const auto& step = list.GetSteps()[done];
+                step.item->AddPlace(collection, step.position | List::kPlaceBit);
+            }
+        } catch (const std::bad_alloc&) {
+            while (done > 0) {
+                const auto& step = list.GetSteps()[--done];
+                step.item->RemovePlace(collection, step.position | List::kPlaceBit);
+            }
+            throw;
+        }
+    }
+
+    template <class List>
+    void RemovePlacesOfNew(const MergedList<List>& list) noexcept
+    {
+        for (const auto& step : list.GetSteps()) {
+            step.item->RemovePlace(collection, step.position | List::kPlaceBit);
+        }
+    }
+
+    template <class List>
+    void RemovePlacesOfOld(const MergedList<List>& list) noexcept
+    {
+        for (const auto& step : list.GetSteps()) {
+            if (step.old) {
+                step.old->RemovePlace(collection, step.position | List::kPlaceBit);
+            }
+        }
+    }
+
     AssociativeObjectCollection& collection;
     UpdateBatch batch;
-    Predecessors objects;
-    Predecessors categories;
+    MergedList<ObjectList> objects;
+    MergedList<CategoryList> categories;
 };
 
 AssociativeObjectCollection::Merge::Merge(AssociativeObjectCollection& collection)
@@ -529,27 +689,54 @@ AssociativeObjectCollection::Merge::Merge(AssociativeObjectCollection& collectio
 
 AssociativeObjectCollection::Merge::~Merge() = default;
 
+void AssociativeObjectCollection::Merge::Reserve(std::size_t objects, std::size_t categories)
+{
+    m_state->objects.Reserve(objects);
+    m_state->categories.Reserve(categories);
+}
+
 AssociativeObjectCollection::Placement
 AssociativeObjectCollection::Merge::PutObject(const du::SmartPtr<AssociativeObject>& object)
 {
-    if (!object) {
-        return Placement::Refused;
-    }
-    Content& content = *m_state->collection.m_content;
-    return content.PutObject(m_state->collection, m_state->objects.Take(content.objects, object->GetId()), object);
+    return m_state->objects.Put(object);
 }
 
 AssociativeObjectCollection::Placement
 AssociativeObjectCollection::Merge::PutCategory(const du::SmartPtr<CategoryInfo>& category)
 {
-    if (!category) {
-        return Placement::Refused;
-    }
-    Content& content = *m_state->collection.m_content;
-    return content.PutCategory(m_state->collection, m_state->categories.Take(content.categories, category->GetId()),
-                               category);
+    return m_state->categories.Put(category);
 }
 
-void AssociativeObjectCollection::Merge::SetLoadedFromStandard() { m_state->batch.SetLoadedFromStandard(); }
+void AssociativeObjectCollection::Merge::SetLoadedFromStandard() { m_loadedFromStandard = true; }
+
+void AssociativeObjectCollection::Merge::Commit()
+{
+    Content& content = *m_state->collection.m_content;
+    for (const auto& step : m_state->objects.GetSteps()) {
+        if (step.old) {
+            Content::HandOverConsumers(*step.old, *step.item);
+        }
+    }
+    m_state->AddPlaces(m_state->objects);
+    try {
+        m_state->AddPlaces(m_state->categories);
+    } catch (const std::bad_alloc&) {
+        m_state->RemovePlacesOfNew(m_state->objects);
+        throw;
+    }
+    m_state->RemovePlacesOfOld(m_state->objects);
+    m_state->RemovePlacesOfOld(m_state->categories);
+    m_state->objects.SwapWith(content.objects);
+    m_state->categories.SwapWith(content.categories);
+    for (const auto& step : m_state->objects.GetSteps()) {
+        if (step.placement != Placement::Unchanged) {
+            content.NoteChange(step.item);
+        }
+    }
+    if (m_loadedFromStandard) {
+        m_state->batch.SetLoadedFromStandard();
+    }
+    m_state.reset();
+}
 
 } // namespace luk::illustration

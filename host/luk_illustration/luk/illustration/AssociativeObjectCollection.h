@@ -29,7 +29,8 @@ class CollectionItem;
 /// Ownership: shares its objects. Its observers are held until they unregister; at its end it detaches them.
 ///
 /// Threads and locks: belongs to the host thread, but for observers, which may come and go on any thread. Observers are
-/// called with no lock held, over a snapshot: see dom::Observable.
+/// called with no lock held, over a snapshot: see dom::Observable. Those who cannot be told of a change for lack of memory
+/// are told with the next one.
 ///
 /// Errors: null objects are refused, and more than 2^31 - 2 of them.
 ///
@@ -118,6 +119,11 @@ public:
 
     /// Puts a library, loaded for the first time or again, into the collection: the n-th item of an id replaces the n-th
     /// item that had this id when the merge began, and further ones are added. Is a batch of updates too.
+    ///
+    /// Nothing of it is seen in the collection before Commit, and nothing happens to it without: a library that memory does
+    /// not suffice for is not there by half.
+    ///
+    /// Cost: besides that of each item a copy of the collection's list.
     class LUHOST_API Merge
     {
     public:
@@ -130,8 +136,16 @@ public:
         Placement PutCategory(const du::SmartPtr<CategoryInfo>& category);
         void SetLoadedFromStandard();
 
+        /// Makes room for items that are to be added.
+        void Reserve(std::size_t objects, std::size_t categories);
+
+        /// Changes the collection and ends the merge: to be called once, with nothing put afterwards. Either everything
+        /// that was put is in the collection then, or std::bad_alloc is thrown and it is as it was.
+        void Commit();
+
     private:
         struct State;
+        bool m_loadedFromStandard = false;
         std::unique_ptr<State> m_state;
     };
 

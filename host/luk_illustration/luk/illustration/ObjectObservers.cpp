@@ -1,6 +1,8 @@
 #include <luk/illustration/AssociativeObjectObserver.h>
 #include <luk/illustration/ObjectObservers.h>
 
+#include <new>
+
 namespace luk::illustration
 {
 
@@ -28,8 +30,13 @@ bool ObjectObservers::Register(const du::SmartPtr<AssociativeObjectObserver>& ob
     if (found == m_groups.end()) {
         found = m_groups.emplace(id, std::make_shared<Group>(id)).first;
     }
-    m_groupOf.emplace(observer.get(), found->second);
-    return found->second->RegisterObserver(observer);
+    const auto known = m_groupOf.emplace(observer.get(), found->second).first;
+    try {
+        return found->second->RegisterObserver(observer);
+    } catch (const std::bad_alloc&) {
+        m_groupOf.erase(known);
+        throw;
+    }
 }
 
 bool ObjectObservers::Unregister(const AssociativeObjectObserver* observer)

@@ -60,7 +60,7 @@ void PositionIndex::Insert(const KeySource& keys, std::string_view key, std::uin
     }
 }
 
-void PositionIndex::Erase(const KeySource& keys, std::string_view key, std::uint32_t position)
+void PositionIndex::Erase(const KeySource& keys, std::string_view key, std::uint32_t position) noexcept
 {
     const std::size_t found = FindSlot(keys, key, HashOf(key));
     if (found == kNoSlot) {
@@ -164,6 +164,7 @@ std::uint32_t PositionIndex::TakeShared(PositionSet positions)
 {
     if (m_freeShared.empty()) {
         m_shared.push_back(std::move(positions));
+        m_freeShared.reserve(m_shared.capacity()); // so that erasing needs none
         return static_cast<std::uint32_t>(m_shared.size() - 1) | kSharedBit;
     }
     const std::uint32_t index = m_freeShared.back();

@@ -29,8 +29,9 @@ public:
         ~KeySource() = default;
     };
 
+    /// Without effect when it throws std::bad_alloc. The element may have another key yet, or be a new one.
     void Insert(const KeySource& keys, std::string_view key, std::uint32_t position);
-    void Erase(const KeySource& keys, std::string_view key, std::uint32_t position);
+    void Erase(const KeySource& keys, std::string_view key, std::uint32_t position) noexcept;
     void Clear();
     void Reserve(std::size_t count);
 

@@ -13,9 +13,10 @@ class SymbolTemplate::Consumers
 public:
     bool Add(luk::Annotation* consumer)
     {
-        const auto [entry, isNew] = m_byAddress.try_emplace(consumer);
+        std::list<luk::Annotation*> one{consumer}; // first, so that nothing is left when there is no memory
+        const bool isNew = m_byAddress.try_emplace(consumer, one.begin()).second;
         if (isNew) {
-            entry->second = m_inOrder.insert(m_inOrder.end(), consumer);
+            m_inOrder.splice(m_inOrder.end(), one);
         }
         return isNew;
     }
