@@ -62,16 +62,16 @@ void HandleCopy(benchmark::State& state)
 {
     using Handle = du::SmartPtr<du::RefCounted>;
     const Handle source(new du::RefCounted);
-    std::vector<Handle> copies(1024);
+    constexpr std::size_t kCopies = 1024;
+    std::vector<Handle> copies;
+    copies.reserve(kCopies);
     for (auto _ : state) {
         const auto start = std::chrono::steady_clock::now();
-        for (Handle& copy : copies) {
-            copy = source;
-        }
+        copies.assign(kCopies, source);
         benchmark::ClobberMemory();
         const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-        state.SetIterationTime(elapsed.count() / static_cast<double>(copies.size()));
-        copies.assign(copies.size(), nullptr);
+        state.SetIterationTime(elapsed.count() / static_cast<double>(kCopies));
+        copies.clear();
     }
 }
 BENCHMARK(HandleCopy)->UseManualTime()->Iterations(20000);

@@ -38,28 +38,30 @@ LibraryRoots::Root LibraryRoots::MakeRoot(const du::Symbol& folder)
     return {folder.GetText() + du::FileSpec::DIR_SEP_CHAR, spec.GetFileSpec() + du::FileSpec::DIR_SEP_CHAR};
 }
 
-void LibraryRoots::Resolve(const PartslibraryItem& item, std::string& url) const
+void LibraryRoots::Resolve(const PartslibraryItem& item, std::string_view url, std::string& resolved) const
 {
-    if (du::FileSpec::IsAbsolute(url)) {
+    const Root& root = item.IsShared() ? m_shared : m_base;
+    if (!item.IsOOTB() || du::FileSpec::IsAbsolute(url)) {
+        Resolve(root, url, resolved);
         return;
     }
-    const Root& root = item.IsShared() ? m_shared : m_base;
-    if (item.IsOOTB()) {
-        const du::FileSpec relative(url);
-        relative.GetLocation(&url, true);
-        url.insert(0, root.raw).append(relative.GetFile());
-    } else {
-        url.insert(0, root.normalised);
-    }
-    Partslibrary::replaceAll(url, '\\', '/');
+    resolved.reserve(root.raw.size() + url.size() + 1);
+    resolved.assign(root.raw);
+    du::FileSpec::AppendNormalised(resolved, url);
+    Partslibrary::replaceAll(resolved, '\\', '/');
 }
 
-void LibraryRoots::Resolve(std::string& url) const
+void LibraryRoots::Resolve(std::string_view url, std::string& resolved) const { Resolve(m_base, url, resolved); }
+
+void LibraryRoots::Resolve(const Root& root, std::string_view url, std::string& resolved)
 {
-    if (!du::FileSpec::IsAbsolute(url)) {
-        url.insert(0, m_base.normalised);
-        Partslibrary::replaceAll(url, '\\', '/');
+    if (du::FileSpec::IsAbsolute(url)) {
+        resolved.assign(url);
+        return;
     }
+    resolved.reserve(root.normalised.size() + url.size());
+    resolved.assign(root.normalised).append(url);
+    Partslibrary::replaceAll(resolved, '\\', '/');
 }
 
 } // namespace lusymbols

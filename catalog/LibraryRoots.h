@@ -3,6 +3,7 @@
 #include <du/Symbol.h>
 
 #include <string>
+#include <string_view>
 
 namespace lusymbols
 {
@@ -23,10 +24,11 @@ public:
     /// Makes the URL of an entry absolute: shared entries against the shared cache folder, others against the base
     /// folder. Delivered entries join the folder as it was given and have their relative part normalised; all others
     /// join the normalised folder and keep their relative part.
-    void Resolve(const PartslibraryItem& item, std::string& url) const;
+    /// @param[out] resolved what it held is replaced; must not be what `url` looks into
+    void Resolve(const PartslibraryItem& item, std::string_view url, std::string& resolved) const;
 
     /// The same without an entry: always against the normalised base folder.
-    void Resolve(std::string& url) const;
+    void Resolve(std::string_view url, std::string& resolved) const;
 
 private:
     /// A folder ready to be put before a URL: with its separator, or empty where the
@@ -37,6 +39,7 @@ private:
     };
 
     static Root MakeRoot(const du::Symbol& folder);
+    static void Resolve(const Root& root, std::string_view url, std::string& resolved);
 
     Root m_base;
     Root m_shared;

@@ -141,7 +141,11 @@ bool Partslibrary::EmbedSymbol(const du::Symbol& sourceFile, du::Symbol& targetF
     return true;
 }
 
-void Partslibrary::CheckRelativeUrlAndConcatIfNeeded(std::string& url) { LibraryRoots::FromHost().Resolve(url); }
+void Partslibrary::CheckRelativeUrlAndConcatIfNeeded(std::string& url)
+{
+    const std::string relative = url;
+    LibraryRoots::FromHost().Resolve(relative, url);
+}
 
 void Partslibrary::replaceAll(std::string& text, char from, char to)
 {

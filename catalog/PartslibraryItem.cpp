@@ -67,7 +67,8 @@ bool PartslibraryItem::operator==(const PartslibraryItem& other) const
 
 void PartslibraryItem::CheckRelativeUrlAndConcatIfNeeded(std::string& url) const
 {
-    LibraryRoots::FromHost().Resolve(*this, url);
+    const std::string relative = url;
+    LibraryRoots::FromHost().Resolve(*this, relative, url);
 }
 
 } // namespace lusymbols

@@ -11,6 +11,7 @@
 
 #include <array>
 #include <string_view>
+#include <typeinfo>
 #include <unordered_map>
 #include <utility>
 
@@ -29,24 +30,24 @@ template <class Item>
 class SourceBuckets
 {
 public:
-    void Add(du::SmartPtr<Item> item)
+    void Add(const Item* item)
     {
         const std::size_t rank = item->IsShared() ? 0 : item->IsOOTB() ? 1 : 2;
-        m_buckets[rank].push_back(std::move(item));
+        m_buckets[rank].push_back(item);
     }
 
-    std::vector<du::SmartPtr<Item>> TakeSorted()
+    std::vector<const Item*> TakeSorted()
     {
-        std::vector<du::SmartPtr<Item>> sorted = std::move(m_buckets[0]);
+        std::vector<const Item*> sorted = std::move(m_buckets[0]);
         sorted.reserve(sorted.size() + m_buckets[1].size() + m_buckets[2].size());
         for (std::size_t rank : {1u, 2u}) {
-            std::move(m_buckets[rank].begin(), m_buckets[rank].end(), std::back_inserter(sorted));
+            sorted.insert(sorted.end(), m_buckets[rank].begin(), m_buckets[rank].end());
         }
         return sorted;
     }
 
 private:
-    std::array<std::vector<du::SmartPtr<Item>>, 3> m_buckets;
+    std::array<std::vector<const Item*>, 3> m_buckets;
 };
 
 /// Entries by the id of their category, in list order.
@@ -54,20 +55,66 @@ template <class Item>
 using ItemsByCategory = std::unordered_map<std::string_view, std::vector<const Item*>, du::TextHash>;
 
 template <class Item>
-ItemsByCategory<Item> GroupByCategory(const std::vector<du::SmartPtr<Item>>& items)
+ItemsByCategory<Item> GroupByCategory(const std::vector<const Item*>& items)
 {
     ItemsByCategory<Item> groups;
-    for (const du::SmartPtr<Item>& item : items) {
+    for (const Item* const item : items) {
         if (item) {
-            groups[item->GetCategoryId()].push_back(item.get());
+            groups[item->GetCategoryId()].push_back(item);
         }
     }
     return groups;
 }
 
+/// The object as an entry of this kind, or null. Nearly all are of one of the two classes exactly, which is told sooner
+/// than that they are of none derived from the other.
+template <class Item>
+const Item* CastTo(const AssociativeObject& object) noexcept
+{
+    if (typeid(object) == typeid(Item)) {
+        return static_cast<const Item*>(&object);
+    }
+    const bool isOther =
+        typeid(object) == typeid(PartslibraryOlItem) || typeid(object) == typeid(PartslibraryImageItem);
+    return isOther ? nullptr : dynamic_cast<const Item*>(&object);
+}
+
+/// The entries behind the handles, null where a handle is.
+template <class Item>
+std::vector<const Item*> EntriesOf(const std::vector<du::SmartPtr<Item>>& handles)
+{
+    std::vector<const Item*> entries;
+    entries.reserve(handles.size());
+    for (const du::SmartPtr<Item>& handle : handles) {
+        entries.push_back(handle.get());
+    }
+    return entries;
+}
+
 const std::string& GalleryThumbnailUrl(const PartslibraryOlItem& item) { return item.GetOlGalleryThumbnailUrl(); }
 
 const std::string& GalleryThumbnailUrl(const PartslibraryImageItem& item) { return item.GetImageGalleryThumbnailUrl(); }
+
+/// Asks for the memory of an entry before its turn comes. The entries of one category lie anywhere in a memory far larger
+/// than any cache, and waiting for each of them is most of what a row costs.
+template <class Item>
+void FetchEntry(const Item* item) noexcept
+{
+    constexpr std::size_t kCacheLine = 64;
+    for (std::size_t offset = 0; offset < sizeof(Item); offset += kCacheLine) {
+        __builtin_prefetch(reinterpret_cast<const char*>(item) + offset);
+    }
+}
+
+/// The same for its texts, once the entry itself is there.
+template <class Item>
+void FetchTexts(const Item* item) noexcept
+{
+    for (const std::string* text :
+         {&item->GetName(), &item->GetTitle(), &item->GetDescription(), &GalleryThumbnailUrl(*item)}) {
+        __builtin_prefetch(text->data());
+    }
+}
 
 void AppendTooltip(std::wstring& tooltip, const PartslibraryItem& item)
 {
@@ -122,8 +169,16 @@ public:
         if (group == groups.end()) {
             return;
         }
-        for (const Item* item : group->second) {
-            AddRow(*item, GalleryThumbnailUrl(*item), namePrefix, kind);
+        const std::vector<const Item*>& items = group->second;
+        constexpr std::size_t kAhead = 4;
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (i + 2 * kAhead < items.size()) {
+                FetchEntry(items[i + 2 * kAhead]);
+            }
+            if (i + kAhead < items.size()) {
+                FetchTexts(items[i + kAhead]);
+            }
+            AddRow(*items[i], GalleryThumbnailUrl(*items[i]), namePrefix, kind);
         }
     }
 
@@ -162,7 +217,7 @@ private:
     void AddRow(const PartslibraryItem& item, const std::string& thumbnailUrl, const std::string& namePrefix,
                 std::string_view kind)
     {
-        m_roots.Resolve(item, At(m_data.m_icons, m_row) = thumbnailUrl);
+        m_roots.Resolve(item, thumbnailUrl, At(m_data.m_icons, m_row));
         du::AppendUtf8AsWide(Emptied(m_data.m_labels, m_row), item.GetTitle());
         AppendTooltip(Emptied(m_data.m_tooltips, m_row), item);
 
@@ -218,6 +273,8 @@ std::uint64_t PartslibraryUIData::Refresh(const du::SmartPtr<SymbolTemplateColle
     CategoryList categories;
     SourceBuckets<PartslibraryOlItem> ols;
     SourceBuckets<PartslibraryImageItem> images;
+    // Holds the entries while their rows are made.
+    std::vector<du::SmartPtr<AssociativeObject>> objects;
     if (collection) {
         std::vector<du::SmartPtr<CategoryInfo>> allCategories;
         collection->GetCategories(allCategories);
@@ -226,24 +283,30 @@ std::uint64_t PartslibraryUIData::Refresh(const du::SmartPtr<SymbolTemplateColle
                 categories.push_back(std::move(category));
             }
         }
-        for (const auto& object : collection->GetAssociativeObjects()) {
-            if (auto ol = du::DynamicCast<PartslibraryOlItem>(object)) {
-                ols.Add(std::move(ol));
-            } else if (auto image = du::DynamicCast<PartslibraryImageItem>(object)) {
-                images.Add(std::move(image));
+        objects = collection->GetAssociativeObjects();
+        for (const auto& object : objects) {
+            if (const auto* const ol = CastTo<PartslibraryOlItem>(*object)) {
+                ols.Add(ol);
+            } else if (const auto* const image = CastTo<PartslibraryImageItem>(*object)) {
+                images.Add(image);
             }
         }
     }
-    return Build(ols.TakeSorted(), images.TakeSorted(), categories, 0, 0);
+    const std::vector<const PartslibraryOlItem*> sortedOls = ols.TakeSorted();
+    const std::vector<const PartslibraryImageItem*> sortedImages = images.TakeSorted();
+    return Build(sortedOls, sortedImages, categories, 0, 0);
 }
 
 std::uint64_t PartslibraryUIData::Construct(const OlList& ols, const ImageList& images, const CategoryList& categories)
 {
-    return Build(ols, images, categories, m_icons.size(), m_groupItems.size());
+    const std::vector<const PartslibraryOlItem*> olEntries = EntriesOf(ols);
+    const std::vector<const PartslibraryImageItem*> imageEntries = EntriesOf(images);
+    return Build(olEntries, imageEntries, categories, m_icons.size(), m_groupItems.size());
 }
 
-std::uint64_t PartslibraryUIData::Build(const OlList& ols, const ImageList& images, const CategoryList& categories,
-                                        std::size_t firstRow, std::size_t firstGroup)
+std::uint64_t PartslibraryUIData::Build(const std::vector<const PartslibraryOlItem*>& ols,
+                                        const std::vector<const PartslibraryImageItem*>& images,
+                                        const CategoryList& categories, std::size_t firstRow, std::size_t firstGroup)
 {
     m_numActualCategories = 0;
     m_numItems = ols.size() + images.size();

@@ -96,7 +96,8 @@ protected:
 private:
     class Builder;
 
-    std::uint64_t Build(const OlList& ols, const ImageList& images, const CategoryList& categories,
+    std::uint64_t Build(const std::vector<const PartslibraryOlItem*>& ols,
+                        const std::vector<const PartslibraryImageItem*>& images, const CategoryList& categories,
                         std::size_t firstRow, std::size_t firstGroup);
     void Truncate(std::size_t rows, std::size_t groups);
 

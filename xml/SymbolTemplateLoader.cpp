@@ -7,13 +7,13 @@
 #include "catalog/PartslibraryOlItem.h"
 #include "xml/LibraryFormat.h"
 #include "xml/LibraryPath.h"
+#include "xml/RunInRanges.h"
 
 #include <dg/ParseNumber.h>
 #include <dg/XmlElem.h>
 #include <du/FileSpec.h>
 #include <du/FileSystem.h>
 #include <du/Localizer.h>
-#include <du/TextHash.h>
 #include <luk/illustration/SequencerTag.h>
 #include <luk/illustration/SymbolCollectionInformation.h>
 #include <luk/Preferences.h>
@@ -24,9 +24,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <memory_resource>
 #include <span>
-#include <unordered_set>
 #include <utility>
 
 namespace lusymbols
@@ -210,9 +208,8 @@ template <class Item, void (Item::*Set)(const std::string&)>
 void ReadUrl(const dg::XmlElem& element, EntryContext<Item>& entry)
 {
     if (element.HasAttribute(format::kUrl)) {
-        std::string& url = entry.Copy(element.GetAttribute(format::kUrl));
-        entry.roots.Resolve(entry.item, url);
-        (entry.item.*Set)(url);
+        entry.roots.Resolve(entry.item, element.GetAttribute(format::kUrl), entry.scratch.plain);
+        (entry.item.*Set)(entry.scratch.plain);
     }
 }
 
@@ -339,7 +336,7 @@ constexpr ChildReader<Image> kSymbolReaders[] = {
 
 /// Reads id, category and children of one entry, with the defaults of the document.
 template <class Item>
-void ReadEntry(const dg::XmlElem& element, std::span<const ChildReader<Item>> readers, EntryContext<Item> entry)
+void ReadCommon(const dg::XmlElem& element, std::span<const ChildReader<Item>> readers, EntryContext<Item>& entry)
 {
     Item& item = entry.item;
     item.SetId(entry.Copy(element.GetAttribute(format::kId)));
@@ -349,6 +346,36 @@ void ReadEntry(const dg::XmlElem& element, std::span<const ChildReader<Item>> re
     entry.scratch.title.clear();
     ReadChildren(element, readers, entry);
     item.SetTitle(entry.scratch.title.empty() ? item.GetName() : entry.scratch.title);
+}
+
+void ReadEntry(const dg::XmlElem& element, EntryContext<PartslibraryOlItem> entry)
+{
+    ReadCommon<Ol>(element, kShapeReaders, entry);
+    std::string& url = entry.Copy(entry.item.GetOlGalleryThumbnailUrl());
+    PartslibraryOlItem::ComputeThumbnailUrl(url, std::string(format::kGalleryThumbnailSize),
+                                            std::string(format::kDialogThumbnailSize));
+    entry.item.SetOlDlgThumbnailUrl(url);
+}
+
+void ReadEntry(const dg::XmlElem& element, EntryContext<PartslibraryImageItem> entry)
+{
+    PartslibraryImageItem& image = entry.item;
+    image.SetIsBillboardImage(element.GetAttributeAsBool(format::kBillboard, image.GetIsBillboardImage()));
+    ReadCommon<Image>(element, kSymbolReaders, entry);
+    std::string& url = entry.Copy(image.GetImageGalleryThumbnailUrl());
+    image.ComputeDialogThumbnailUrl(url);
+    image.SetImageDlgThumbnailUrl(url);
+}
+
+std::vector<dg::XmlElem> ChildrenNamed(const dg::XmlElem& parent, std::string_view name)
+{
+    std::vector<dg::XmlElem> elements;
+    for (dg::XmlElem child = parent.FirstChild(); child; child = child.NextSibling()) {
+        if (child.GetName() == name) {
+            elements.push_back(child);
+        }
+    }
+    return elements;
 }
 
 void ReadCategory(const dg::XmlElem& element, PartslibraryCategoryItem& category)
@@ -542,9 +569,10 @@ void SymbolTemplateLoader::GetCategoryList(std::vector<du::SmartPtr<CategoryInfo
 
 void SymbolTemplateLoader::ParseFromFile(const std::string& source, Origin origin)
 {
+    // What is read from a file is parsed where it lies.
     const bool isInline = source.starts_with(format::kInlineDocumentStart);
-    const std::unique_ptr<dg::XmlElem, dg::XmlFreer> root(
-        dg::ParseXml(isInline ? source : ReadLines(source), false, nullptr));
+    const std::unique_ptr<dg::XmlElem, dg::XmlFreer> root(isInline ? dg::ParseXml(source, false, nullptr)
+                                                                   : dg::ParseXml(ReadLines(source), false, nullptr));
     if (root) {
         CreateListFromXml(root.get(), origin);
     }
@@ -588,43 +616,35 @@ void SymbolTemplateLoader::CreateCategoryListFromXml(dg::XmlElem* categories, Or
     }
 }
 
+template <class Item>
+void SymbolTemplateLoader::ReadEntries(const dg::XmlElem& section, std::string_view name, Origin origin)
+{
+    const std::vector<dg::XmlElem> elements = ChildrenNamed(section, name);
+    std::vector<du::SmartPtr<PartslibraryItem>> items(elements.size());
+    const LibraryRoots roots = LibraryRoots::FromHost();
+    RunInRanges(elements.size(), kEntriesWorthAThread, [&](std::size_t begin, std::size_t end) {
+        Scratch scratch;
+        for (std::size_t i = begin; i < end; ++i) {
+            const auto item = du::MakeCounted<Item>(origin);
+            ReadEntry(elements[i], EntryContext<Item>{*item, roots, scratch});
+            items[i] = item;
+        }
+    });
+    m_pendingItems.insert(m_pendingItems.end(), std::make_move_iterator(items.begin()),
+                          std::make_move_iterator(items.end()));
+}
+
 void SymbolTemplateLoader::CreateOlListFromXml(dg::XmlElem* shapes, Origin origin)
 {
-    if (!shapes) {
-        return;
-    }
-    const LibraryRoots roots = LibraryRoots::FromHost();
-    Scratch scratch;
-    for (dg::XmlElem element = shapes->FirstChild(); element; element = element.NextSibling()) {
-        if (element.GetName() == format::kShape) {
-            const auto ol = du::MakeCounted<PartslibraryOlItem>(origin);
-            ReadEntry<Ol>(element, kShapeReaders, {*ol, roots, scratch});
-            scratch.plain = ol->GetOlGalleryThumbnailUrl();
-            PartslibraryOlItem::ComputeThumbnailUrl(scratch.plain, std::string(format::kGalleryThumbnailSize),
-                                                    std::string(format::kDialogThumbnailSize));
-            ol->SetOlDlgThumbnailUrl(scratch.plain);
-            AddItem(ol);
-        }
+    if (shapes) {
+        ReadEntries<PartslibraryOlItem>(*shapes, format::kShape, origin);
     }
 }
 
 void SymbolTemplateLoader::CreateImageListFromXml(dg::XmlElem* symbols, Origin origin)
 {
-    if (!symbols) {
-        return;
-    }
-    const LibraryRoots roots = LibraryRoots::FromHost();
-    Scratch scratch;
-    for (dg::XmlElem element = symbols->FirstChild(); element; element = element.NextSibling()) {
-        if (element.GetName() == format::kSymbol) {
-            const auto image = du::MakeCounted<PartslibraryImageItem>(origin);
-            image->SetIsBillboardImage(element.GetAttributeAsBool(format::kBillboard, image->GetIsBillboardImage()));
-            ReadEntry<Image>(element, kSymbolReaders, {*image, roots, scratch});
-            scratch.plain = image->GetImageGalleryThumbnailUrl();
-            image->ComputeDialogThumbnailUrl(scratch.plain);
-            image->SetImageDlgThumbnailUrl(scratch.plain);
-            AddItem(image);
-        }
+    if (symbols) {
+        ReadEntries<PartslibraryImageItem>(*symbols, format::kSymbol, origin);
     }
 }
 
@@ -638,19 +658,17 @@ void SymbolTemplateLoader::AddCategoryItem(const du::SmartPtr<PartslibraryCatego
 void SymbolTemplateLoader::AddPartslibraryList()
 {
     // Names may have changed since the last merge, so the set is made of what they are now.
-    std::pmr::monotonic_buffer_resource nodes;
-    std::pmr::unordered_set<std::string_view, du::TextHash> names(&nodes);
-    names.reserve(m_templates.size() + m_pendingItems.size());
+    TextSet names;
+    names.Reserve(m_templates.size() + m_pendingItems.size());
     for (const du::SmartPtr<SymbolTemplate>& item : m_templates) {
-        names.insert(item->GetName());
+        names.Insert(item->GetName());
     }
     ReserveMore(m_templates, m_pendingItems.size());
-    m_itemsById.reserve(m_itemsById.size() + m_pendingItems.size());
-    for (const du::SmartPtr<PartslibraryItem>& item : m_pendingItems) {
-        if (item && names.insert(item->GetName()).second) {
+    m_ids.Reserve(m_templates.size() + m_pendingItems.size());
+    for (du::SmartPtr<PartslibraryItem>& item : m_pendingItems) {
+        if (item && names.Insert(item->GetName())) {
             GiveUniqueId(*item);
-            m_itemsById.emplace(item->GetId(), item);
-            m_templates.push_back(item);
+            m_templates.push_back(std::move(item));
         }
     }
     m_pendingItems.clear();
@@ -658,14 +676,14 @@ void SymbolTemplateLoader::AddPartslibraryList()
 
 void SymbolTemplateLoader::GiveUniqueId(PartslibraryItem& item)
 {
-    if (!m_itemsById.contains(item.GetId())) {
+    if (m_ids.Insert(item.GetId())) {
         return;
     }
     unsigned long& suffix = m_nextSuffixById[item.GetId()];
     std::string candidate;
     do {
         candidate = item.GetId() + std::to_string(++suffix);
-    } while (m_itemsById.contains(candidate));
+    } while (!m_ids.Insert(candidate));
     item.SetId(candidate);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plugin/Export.h"
+#include "xml/TextSet.h"
 
 #include <du/SmartPtr.h>
 #include <du/Symbol.h>
@@ -9,6 +10,7 @@
 #include <lukapp/illustration/SymbolTemplateLoader.h>
 
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -30,7 +32,8 @@ class PartslibraryItem;
 ///
 /// Ownership: counted. The entries are shared between the loader and those who asked for the lists.
 ///
-/// Threads and locks: one thread at a time; no lock.
+/// Threads and locks: one thread at a time; no lock. The entries of a large document are read on several threads, all of
+/// which have ended when the call returns.
 ///
 /// Errors: none are reported, and nothing throws but the allocator. A document that cannot be read leaves everything as
 /// it was; an element that is not known is skipped, a number that is none reads as 0. Whoever must know uses
@@ -77,6 +80,9 @@ public:
     void SetInformation(const std::string& information) { m_information = information; }
 
 private:
+    /// Reads the children of that name, on several threads where there are very many.
+    template <class Item>
+    void ReadEntries(const dg::XmlElem& section, std::string_view name, Origin origin);
     void AddPartslibraryList();
     void GiveUniqueId(PartslibraryItem& item);
 
@@ -85,7 +91,7 @@ private:
     std::vector<du::SmartPtr<PartslibraryItem>> m_pendingItems;
     std::vector<du::SmartPtr<PartslibraryCategoryItem>> m_categories;
     std::vector<du::SmartPtr<luk::illustration::SymbolTemplate>> m_templates;
-    std::unordered_map<std::string, du::SmartPtr<PartslibraryItem>, du::TextHash> m_itemsById;
+    TextSet m_ids;
     /// Where the search for a free suffix goes on, for each id that was met more than once.
     std::unordered_map<std::string, unsigned long, du::TextHash> m_nextSuffixById;
 };

@@ -6,6 +6,7 @@
 #include "catalog/PartslibraryOlItem.h"
 #include "xml/LibraryFormat.h"
 #include "xml/LibraryPath.h"
+#include "xml/RunInRanges.h"
 
 #include <dg/FormatNumber.h>
 #include <dg/XmlElem.h>
@@ -26,6 +27,7 @@ namespace lusymbols
 namespace
 {
 
+using namespace std::string_view_literals;
 using luk::illustration::CategoryInfo;
 using luk::illustration::CollectionInformation;
 using luk::illustration::CollectionItem;
@@ -36,7 +38,7 @@ using luk::illustration::SymbolTemplate;
 /// About as many bytes as one entry takes in the document, so that a section grows in one step.
 constexpr std::size_t kTypicalEntrySize = 1280;
 
-std::string_view BoolText(bool value) { return value ? "true" : "false"; }
+std::string_view BoolText(bool value) { return value ? "true"sv : "false"sv; }
 
 /// Text of a number, as a stream with default formatting writes it.
 class NumberText
@@ -73,13 +75,13 @@ public:
     {
         m_text += ' ';
         if (!name.empty()) {
-            m_text.append(name).append("=\"");
+            m_text.append(name).append("=\""sv);
             dg::AppendXmlEncoded(m_text, value);
             m_text += '"';
         }
         if (endElement) {
             // The blank before the line feed is part of the format.
-            m_text.append("/> \n");
+            m_text.append("/> \n"sv);
         }
     }
 
@@ -89,7 +91,7 @@ public:
         Attr(name, m_number.Of(number), endElement);
     }
 
-    void CloseTag(bool newline) { m_text.append(newline ? ">\n" : ">"); }
+    void CloseTag(bool newline) { m_text.append(newline ? ">\n"sv : ">"sv); }
 
     void TagAndValue(std::string_view name, unsigned depth, std::string_view value)
     {
@@ -123,7 +125,7 @@ private:
     void Tag(std::string_view name, unsigned depth, bool leaveOpen, bool opening, bool newline)
     {
         m_text.append(2 * std::size_t{depth}, ' ');
-        m_text.append(opening || leaveOpen ? "<" : "</").append(name);
+        m_text.append(opening || leaveOpen ? "<"sv : "</"sv).append(name);
         if (!leaveOpen) {
             CloseTag(newline);
         }
@@ -229,7 +231,7 @@ private:
         const bool isStandard = item.IsOOTB() || (m_exportAsStandard && !item.IsShared());
         m_url.assign(format::kLibraryFolder);
         if (isStandard) {
-            m_url.append("/").append(format::kStandardFolder);
+            m_url.append("/"sv).append(format::kStandardFolder);
         }
         m_url += du::FileSpec::DIR_SEP_CHAR;
         m_url.append(subFolder) += du::FileSpec::DIR_SEP_CHAR;
@@ -346,11 +348,23 @@ void SymbolTemplateWriter::WritePartslibraryListToXML(const std::string& path, b
     root.OpenTag(format::kRoot, 0, true);
     SectionText rootEnd(0);
     rootEnd.ClosingTag(format::kRoot, 0);
+    // The two large sections of a large library are written at the same time.
+    std::array<std::string, 2> entries;
+    RunInRanges(entries.size(), m_templates.size() < kEntriesWorthAThread ? entries.size() : 1,
+                [&](std::size_t begin, std::size_t end) {
+                    for (std::size_t section = begin; section < end; ++section) {
+                        entries[section] = section == 0 ? WritePartslibraryOls(flag) : WritePartslibraryImages(flag);
+                    }
+                });
     // All text exists before the file is touched: running out of memory must not cost the old library.
-    const std::string parts[] = {std::string(format::kDeclaration), root.Take(),
-                                 WritePartslibraryUnits(),          WritePartslibraryInformation(),
-                                 WritePartslibraryCategories(flag), WritePartslibraryOls(flag),
-                                 WritePartslibraryImages(flag),     rootEnd.Take()};
+    const std::string parts[] = {std::string(format::kDeclaration),
+                                 root.Take(),
+                                 WritePartslibraryUnits(),
+                                 WritePartslibraryInformation(),
+                                 WritePartslibraryCategories(flag),
+                                 std::move(entries[0]),
+                                 std::move(entries[1]),
+                                 rootEnd.Take()};
     const auto libraryPath = MakeLibraryPath(path);
     // A stream that is opened without a buffer truncates the file first and then asks for one.
     std::array<char, 8192> buffer;

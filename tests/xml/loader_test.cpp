@@ -284,6 +284,41 @@ TEST_F(Loader, WhatIsNoReadableDocumentGivesNothing)
     EXPECT_EQ(Load(m_folder.Write("marked.xml", "\xef\xbb\xbf" + good)).size(), 1u);
 }
 
+/// So many entries that they are read on several threads.
+TEST_F(Loader, ALargeDocumentKeepsItsOrderAndItsUniqueIds)
+{
+    constexpr int kEntries = 10000;
+    const auto entries = [](const std::string& element) {
+        std::string text;
+        for (int i = 0; i < kEntries; ++i) {
+            // Every thousandth id is the same, and of two neighbours with one name only the first stays.
+            const std::string id = i % 1000 == 0 ? "same" : element + std::to_string(i);
+            const std::string name = "<name>" + element + std::to_string(i - (i % 500 == 7 ? 1 : 0)) + "</name>";
+            text.append("<other/><").append(element).append(" id=\"").append(id).append("\">").append(name);
+            text.append("<title locid=\"K\"/><tags><tag type=\"TORQUE\"/></tags></").append(element).append(">");
+        }
+        return text;
+    };
+    const Templates templates = Load(Document("", entries("shape"), entries("symbol")));
+    ASSERT_EQ(templates.size(), 2U * (kEntries - kEntries / 500));
+    std::size_t at = 0;
+    int duplicates = 0;
+    for (const std::string& element : {std::string("shape"), std::string("symbol")}) {
+        for (int i = 0; i < kEntries; ++i) {
+            if (i % 500 == 7) {
+                continue;
+            }
+            const auto item = du::DynamicCast<PartslibraryItem>(templates[at++]);
+            ASSERT_EQ(item->GetName(), element + std::to_string(i));
+            const std::string suffix = duplicates == 0 ? "" : std::to_string(duplicates);
+            ASSERT_EQ(item->GetId(), i % 1000 == 0 ? "same" + suffix : item->GetName());
+            duplicates += i % 1000 == 0 ? 1 : 0;
+            ASSERT_EQ(item->GetTitle(), "Key text");
+            ASSERT_EQ(item->GetSequencerTags().size(), 1u);
+        }
+    }
+}
+
 TEST_F(Loader, AppendsToTheListsItIsGiven)
 {
     SymbolTemplateLoader loader;

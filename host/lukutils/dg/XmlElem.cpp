@@ -26,11 +26,22 @@ namespace
 // A handle keeps the bits of the parser's own handle, so that using it costs no call into the library.
 pugi::xml_node AsNode(void* handle) noexcept { return std::bit_cast<pugi::xml_node>(handle); }
 
+/// Whether a text that ends with NUL is this one. Mostly the first character tells, sooner than a length is counted.
+bool IsText(const char* text, std::string_view wanted) noexcept
+{
+    for (const char c : wanted) {
+        if (*text++ != c) {
+            return false;
+        }
+    }
+    return *text == '\0';
+}
+
 /// The first attribute of that name; empty when there is none.
 pugi::xml_attribute FindAttribute(void* handle, std::string_view name) noexcept
 {
     pugi::xml_attribute attribute = AsNode(handle).first_attribute();
-    while (attribute && attribute.name() != name) {
+    while (std::bit_cast<void*>(attribute) && !IsText(attribute.name(), name)) {
         attribute = attribute.next_attribute();
     }
     return attribute;
@@ -357,22 +368,34 @@ private:
     Markup m_instruction{1, "?>"};
 };
 
-/// Stops at the first element that lies too deep. The parser's own traversal uses no recursion.
-class DepthCheck final : public pugi::xml_tree_walker
+/// The next node in document order below the top, and its depth, which is changed along the way; empty at the end.
+pugi::xml_node NextInDocument(pugi::xml_node node, int& depth) noexcept
 {
-public:
-    bool for_each(pugi::xml_node& node) override
-    {
-        FetchAhead(AsHandle(node));
-        if (depth() < kXmlMaxDepth || node.type() != pugi::node_element) {
-            return true;
-        }
-        m_tooDeep = node;
-        return false;
+    if (const pugi::xml_node child = node.first_child(); AsHandle(child)) {
+        ++depth;
+        return child;
     }
+    pugi::xml_node next = node.next_sibling();
+    while (!AsHandle(next) && depth > 0) {
+        node = node.parent();
+        --depth;
+        next = depth > 0 ? node.next_sibling() : pugi::xml_node();
+    }
+    return next;
+}
 
-    pugi::xml_node m_tooDeep;
-};
+/// The first element that lies too deep; empty when none does. Without recursion, since what it is for would overflow it.
+pugi::xml_node FindTooDeep(pugi::xml_node root) noexcept
+{
+    int depth = 0;
+    for (pugi::xml_node node = root; AsHandle(node); node = NextInDocument(node, depth)) {
+        FetchAhead(AsHandle(node));
+        if (depth >= kXmlMaxDepth && node.type() == pugi::node_element) {
+            return node;
+        }
+    }
+    return {};
+}
 
 const char* WordsFor(pugi::xml_parse_status status) noexcept
 {
@@ -464,11 +487,11 @@ private:
 
     bool CheckDepth(std::string_view original, XmlParseError* error)
     {
-        DepthCheck check;
-        if (m_document.traverse(check)) {
+        const pugi::xml_node tooDeep = FindTooDeep(AsNode(m_node));
+        if (!AsHandle(tooDeep)) {
             return true;
         }
-        return Refuse(error, original, OffsetOf(check.m_tooDeep),
+        return Refuse(error, original, OffsetOf(tooDeep),
                       "nested deeper than " + std::to_string(kXmlMaxDepth) + " levels");
     }
 

@@ -1,5 +1,8 @@
 #include <du/FileSpec.h>
 
+#include <algorithm>
+#include <cstddef>
+
 namespace du
 {
 
@@ -18,14 +21,12 @@ constexpr bool IsSchemeCharacter(char c) noexcept
 /// Length of "scheme://" at the beginning, else 0. One letter is a drive.
 std::size_t SchemeLength(std::string_view text) noexcept
 {
-    if (text.empty() || !IsLetter(text.front())) {
+    const std::size_t end = text.find(':');
+    if (end == std::string_view::npos || end < 2 || text.substr(end, 3) != "://" || !IsLetter(text.front())) {
         return 0;
     }
-    std::size_t end = 1;
-    while (end < text.size() && IsSchemeCharacter(text[end])) {
-        ++end;
-    }
-    return end >= 2 && text.substr(end, 3) == "://" ? end + 3 : 0;
+    return std::all_of(text.begin() + 1, text.begin() + static_cast<std::ptrdiff_t>(end), IsSchemeCharacter) ? end + 3
+                                                                                                             : 0;
 }
 
 /// A location without the separator at its end, unless that is one of the two of "scheme://".
@@ -47,8 +48,28 @@ std::size_t NameStart(std::string_view path) noexcept
 
 std::string_view NameOf(std::string_view path) noexcept { return path.substr(NameStart(path)); }
 
+/// Whether these folders are already written as a location is: each with one native separator behind it. A name that
+/// begins with a dot is left to the one who looks closer.
+bool IsNormalised(std::string_view folders) noexcept
+{
+    constexpr char kOtherSeparator = FileSpec::DIR_SEP_CHAR == '/' ? '\\' : '/';
+    std::size_t start = 0;
+    while (start < folders.size()) {
+        const std::size_t end = folders.find(FileSpec::DIR_SEP_CHAR, start);
+        if (end == start || end == std::string_view::npos || folders[start] == '.') {
+            return false;
+        }
+        start = end + 1;
+    }
+    return folders.find(kOtherSeparator) == std::string_view::npos;
+}
+
 void AppendComponents(std::string& out, std::string_view folders)
 {
+    if (IsNormalised(folders)) {
+        out += folders;
+        return;
+    }
     std::size_t start = 0;
     while (start < folders.size()) {
         std::size_t end = start;
@@ -85,13 +106,19 @@ void AppendLocation(std::string& out, std::string_view folders)
 
 void FileSpec::SetFileSpec(std::string_view path)
 {
-    const std::size_t nameStart = NameStart(path);
     std::string built;
     built.reserve(path.size() + 1);
-    AppendLocation(built, path.substr(0, nameStart));
-    m_fileStart = built.size();
-    built += path.substr(nameStart);
+    m_fileStart = AppendNormalised(built, path);
     m_path = std::move(built);
+}
+
+std::size_t FileSpec::AppendNormalised(std::string& out, std::string_view path)
+{
+    const std::size_t nameStart = NameStart(path);
+    AppendLocation(out, path.substr(0, nameStart));
+    const std::size_t fileStart = out.size();
+    out += path.substr(nameStart);
+    return fileStart;
 }
 
 void FileSpec::SetLocation(std::string_view folders)

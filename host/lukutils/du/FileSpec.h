@@ -56,6 +56,10 @@ public:
     /// @param withSeparator end with a separator, unless the location is empty
     void GetLocation(std::string* location, bool withSeparator) const;
 
+    /// Appends what a FileSpec makes of the path, location with its separator and name, without building one.
+    /// @return where the name begins in `out`
+    static std::size_t AppendNormalised(std::string& out, std::string_view path);
+
     /// Name with extension; "" for a pure location.
     std::string GetFile() const { return std::string(FileView()); }
 

@@ -66,17 +66,35 @@ std::ptrdiff_t CountAsciiBefore(std::uint64_t mask) noexcept
     return (std::endian::native == std::endian::little ? std::countr_zero(mask) : std::countl_zero(mask)) / 8;
 }
 
+/// A fixed number of bytes at once, for which the compiler has instructions.
+template <std::ptrdiff_t Count>
+void Widen(const char* __restrict bytes, wchar_t* __restrict out) noexcept
+{
+    for (std::ptrdiff_t i = 0; i < Count; ++i) {
+        out[i] = static_cast<wchar_t>(static_cast<unsigned char>(bytes[i]));
+    }
+}
+
 /// Always writes whole strides, also what it does not keep: there is room, since out is never ahead of position.
 void CopyAscii(const char*& position, const char* end, wchar_t*& out) noexcept
 {
+    constexpr std::uint64_t kUpperBits = 0x8080808080808080U;
     constexpr std::ptrdiff_t kStride = 8;
+    while (end - position >= 2 * kStride) {
+        std::uint64_t words[2];
+        std::memcpy(words, position, sizeof(words));
+        if (((words[0] | words[1]) & kUpperBits) != 0) {
+            break;
+        }
+        Widen<2 * kStride>(position, out);
+        position += 2 * kStride;
+        out += 2 * kStride;
+    }
     while (end - position >= kStride) {
         std::uint64_t word;
         std::memcpy(&word, position, sizeof(word));
-        for (std::ptrdiff_t i = 0; i < kStride; ++i) {
-            out[i] = static_cast<wchar_t>(static_cast<unsigned char>(position[i]));
-        }
-        const std::uint64_t mask = word & 0x8080808080808080U;
+        Widen<kStride>(position, out);
+        const std::uint64_t mask = word & kUpperBits;
         const std::ptrdiff_t count = mask == 0 ? kStride : CountAsciiBefore(mask);
         position += count;
         out += count;
