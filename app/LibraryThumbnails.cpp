@@ -273,20 +273,24 @@ bool LibraryThumbnails::IsFree(const ThumbnailFile& file, std::uint64_t shown) c
            (file.found.kind == Kind::Nothing || (file.found.kind == Kind::Marked && file.found.shown == shown));
 }
 
-std::string LibraryThumbnails::FaultOfPlace(const std::string& path) const
+std::string LibraryThumbnails::FaultOfPlace(const std::string& path)
 {
     std::error_code error;
     const fs::path target(path);
-    const fs::path folder = fs::weakly_canonical(target.parent_path(), error);
+    const auto [folder, isNew] = m_isInside.try_emplace(target.parent_path().string(), false);
+    if (isNew) {
+        folder->second = IsInside(fs::weakly_canonical(target.parent_path(), error), m_folder);
+    }
     const bool isLink = fs::is_symlink(fs::symlink_status(target, error));
-    if (!IsInside(folder, m_folder) || (isLink && !IsInside(RealPath(path), m_folder))) {
+    if (!folder->second || (isLink && !IsInside(RealPath(path), m_folder))) {
         return "would lie outside the library's folder " + Printable(m_folder.string());
     }
     return {};
 }
 
 ThumbnailMaker::ThumbnailMaker()
-    : m_decoders(luhost::io::MakePictureDecoders()), m_reader(std::make_unique<luhost::io::ModelReader>(FindImporter()))
+    : m_decoders(luhost::io::MakePictureDecoders({}, luhost::io::VectorPictures::AsTheyAre)),
+      m_reader(std::make_unique<luhost::io::ModelReader>(FindImporter()))
 {
 }
 

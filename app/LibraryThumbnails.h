@@ -75,7 +75,7 @@ private:
     void JudgeFile(EntryThumbnails& entry, ThumbnailFile& file);
     void NameFiles(EntryThumbnails& entry);
     bool IsFree(const ThumbnailFile& file, std::uint64_t shown) const;
-    std::string FaultOfPlace(const std::string& path) const;
+    std::string FaultOfPlace(const std::string& path);
 
     LibraryPlace m_place;
     std::filesystem::path m_folder; ///< in which thumbnails may lie, without links
@@ -83,6 +83,7 @@ private:
     std::vector<EntryThumbnails> m_entries;
     std::unordered_set<std::string> m_sources;
     std::unordered_map<std::string, std::uint64_t> m_shown; ///< what each thumbnail is to show, by its path
+    std::unordered_map<std::string, bool> m_isInside;       ///< of folders in which thumbnails are to lie
     std::unordered_map<std::string, int> m_nextNumbers;     ///< of names that are given, by what they begin with
 };
 

@@ -33,11 +33,13 @@ std::optional<PictureFormat> FormatOfName(const std::string& name)
 using OptionReader = std::function<std::string(SeriesOptions& options, const std::string& text)>;
 
 /// "800x600", "800" or "x600"
-std::string TakeSize(SeriesOptions& options, const std::string& text)
+std::string TakePixelSize(SeriesOptions& options, const std::string& text)
 {
-    constexpr double kLargest = 65536.0;
+    constexpr double kLargestSide = 65536.0;
     const std::vector<double> sides = ParseNumbers(text, 'x', true);
-    const auto isSide = [](double side) { return !(side < 1.0) && !(side > kLargest) && !(std::floor(side) < side); };
+    const auto isSide = [](double side) {
+        return !(side < 1.0) && !(side > kLargestSide) && !(std::floor(side) < side);
+    };
     const bool isSize = !sides.empty() && sides.size() <= 2 && std::ranges::all_of(sides, isSide) &&
                         std::ranges::any_of(sides, [](double side) { return side >= 1.0; });
     if (!isSize) {
@@ -107,7 +109,7 @@ public:
         AddText("--size", "WxH",
                 "Size in pixels, of a PNG picture and of the view; W or xH alone keep the shape (default: the view's "
                 "own, 96 pixels an inch for a page)",
-                TakeSize);
+                TakePixelSize);
         AddText("--background", "COLOR", "Colour behind everything, such as white (default: none)", TakeBackground);
     }
 

@@ -24,13 +24,6 @@ constexpr double kMargin = 0.06;
 /// Thumbnails are made side by side, so that each is the work of one thread.
 Workers OneWorker() { return Workers{1, nullptr}; }
 
-ThumbnailPicture Encode(const Drawing& drawing, int side)
-{
-    ThumbnailPicture thumbnail;
-    luhost::render::WritePng(drawing, side, side, thumbnail.png, thumbnail.problem);
-    return thumbnail;
-}
-
 Drawing MakeSheet(int side)
 {
     Drawing drawing;
@@ -85,17 +78,18 @@ dg::Camera3D WholeCamera(const luhost::render::SceneGeometry& geometry, luhost::
 
 ThumbnailPicture DrawShape(const PreparedScene& scene, const dg::Camera3D& camera, int side)
 {
-    ThumbnailPicture failed;
+    ThumbnailPicture thumbnail;
     Drawing drawing;
-    return luhost::render::DrawScene(scene, camera, ShapeStyle(side), OneWorker(), drawing, failed.problem)
-               ? Encode(drawing, side)
-               : failed;
+    if (luhost::render::DrawScene(scene, camera, ShapeStyle(side), OneWorker(), drawing, thumbnail.problem)) {
+        luhost::render::WritePng(drawing, side, side, thumbnail.png, thumbnail.problem);
+    }
+    return thumbnail;
 }
 
 } // namespace
 
 PictureThumbnails::PictureThumbnails(std::string_view bytes, const PictureLook& look, const PictureDecoders& decoders)
-    : m_look(look), m_problem("it is no picture of a known kind")
+    : m_look(look), m_pngs(std::make_unique<luhost::render::PngSeries>()), m_problem("it is no picture of a known kind")
 {
     const auto decoder = std::ranges::find_if(decoders, [&](const auto& each) { return each->Recognises(bytes); });
     if (decoder == decoders.end()) {
@@ -107,6 +101,8 @@ PictureThumbnails::PictureThumbnails(std::string_view bytes, const PictureLook& 
         m_picture = m_picture->CreateCWRotated(look.quarterTurns);
     }
 }
+
+PictureThumbnails::~PictureThumbnails() = default;
 
 ThumbnailPicture PictureThumbnails::Draw(int side) const
 {
@@ -131,7 +127,12 @@ ThumbnailPicture PictureThumbnails::Draw(int side) const
     DrawnPicture& picture = drawing.pictures.emplace_back();
     picture.corners = {dg::DPoint2D{left, top}, {right, top}, {right, bottom}, {left, bottom}};
     picture.image = m_picture;
-    return Encode(drawing, side);
+    ThumbnailPicture thumbnail;
+    m_pngs->Write(drawing, side, side, thumbnail.png, thumbnail.problem);
+    if (const std::string missing = m_pngs->FindProblem(); thumbnail.problem.empty() && !missing.empty()) {
+        thumbnail.problem = "it cannot be drawn: " + missing;
+    }
+    return thumbnail;
 }
 
 ShapeThumbnails::ShapeThumbnails(const std::string& path, const ShapeLook& look, const luhost::io::ModelReader& reader)

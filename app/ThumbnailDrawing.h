@@ -18,8 +18,9 @@ class ModelReader;
 
 namespace luhost::render
 {
+class PngSeries;
 struct PreparedScene;
-}
+} // namespace luhost::render
 
 namespace lusym
 {
@@ -57,12 +58,16 @@ class PictureThumbnails
 public:
     /// @param bytes of the picture's file
     PictureThumbnails(std::string_view bytes, const PictureLook& look, const PictureDecoders& decoders);
+    ~PictureThumbnails();
+    PictureThumbnails(const PictureThumbnails&) = delete;
+    PictureThumbnails& operator=(const PictureThumbnails&) = delete;
 
     ThumbnailPicture Draw(int side) const;
 
 private:
     PictureLook m_look;
     du::SmartPtr<luk::ImageData> m_picture;
+    std::unique_ptr<luhost::render::PngSeries> m_pngs;
     std::string m_problem;
 };
 

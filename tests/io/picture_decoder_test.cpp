@@ -21,6 +21,7 @@ namespace
 
 using luhost::io::MakePictureDecoders;
 using luhost::io::PictureLimits;
+using luhost::io::VectorPictures;
 using luk::ImageData;
 
 const std::string kSvg = "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" ";
@@ -191,6 +192,13 @@ TEST(PictureDecoders, FindTheSizeOfADrawing)
         EXPECT_EQ(std::to_string(frame.width) + "x" + std::to_string(frame.height), size) << attributes;
         EXPECT_EQ(*result.picture->GetVectorSource(), text);
     }
+    const std::string drawing = kSvg + "width='3' height='2'/>";
+    std::string problem;
+    const auto vectors = MakePictureDecoders({}, VectorPictures::AsTheyAre).back()->Decode(drawing, problem);
+    ASSERT_TRUE(vectors) << problem;
+    EXPECT_EQ(vectors->GetWidth() * 10 + vectors->GetHeight(), 32);
+    EXPECT_EQ(vectors->GetFrame(0).pixels, nullptr);
+    EXPECT_EQ(*vectors->GetVectorSource(), drawing);
     EXPECT_EQ(Decode("<html><svg/></html>").problem, "no decoder takes it");
     EXPECT_TRUE(Contains(Decode(kSvg + "width='40000' height='1'/>").problem, "says it is 40,000 x 1 pixels"));
     EXPECT_EQ(Decode(kSvg + "width='4' height='1'><g>").problem, "the file is cut off");

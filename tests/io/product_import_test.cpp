@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <tuple>
 
 namespace test
 {
@@ -103,6 +104,21 @@ TEST_F(ProductImportTest, WeldsVerticesAndFindsColorsBesideTheModel)
     const luk::Mesh& mesh = *m_model.components[0].mesh;
     EXPECT_EQ(mesh.GetPositions().size(), 4u);
     EXPECT_EQ(mesh.GetParts().at(0).color, dg::Color(1.0F, 0.0F, 0.0F, 1.0F));
+
+    // Of what the file says no colour the importers make it white, which has no faces on paper.
+    std::string white = Gltf(R"({"mesh":0})");
+    white.replace(white.find("[1,0.2140411,0,0.5]"), 19, "[1,1,1,1]");
+    std::string bare = white;
+    bare.erase(bare.find(",\"material\":0"), 13);
+    const std::string ply =
+        "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+        "element face 1\nproperty list uchar int vertex_indices\nend_header\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
+    const std::tuple<const char*, const std::string*, float> greys[] = {
+        {"white.gltf", &white, 1.0F}, {"bare.gltf", &bare, 0.7F}, {"bare.ply", &ply, 0.7F}};
+    for (const auto& [name, bytes, grey] : greys) {
+        Read(name, *bytes);
+        EXPECT_NEAR(m_model.components.at(0).mesh->GetParts().at(0).color.green, grey, 1e-4F) << name;
+    }
 
     const std::string red = " 1 0 0\n";
     const std::string blue = " 0 0 1\n";

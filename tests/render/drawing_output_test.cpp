@@ -203,6 +203,46 @@ TEST(DrawingOutput, EmbedsAPictureOnceAndKeepsVectors)
                              .svg);
 }
 
+/// A picture may have nothing but its document, whose pixels nobody needs.
+TEST(DrawingOutput, DrawsDocumentsWithoutPixelsInSeveralSizes)
+{
+    const auto vectorOf = [](const std::string& document) {
+        return du::MakeCounted<luk::ImageData>(std::vector<luk::ImageData::Frame>{{24, 16, nullptr, 0}},
+                                               std::make_shared<const std::string>(document));
+    };
+    const auto quarters = test::MakeVectorQuarters();
+    const Drawing expected = MakeDrawing({PutInto(0, 0, 96, 64, quarters), PutInto(0, 64, 32, 112, quarters)});
+    Drawing drawing = expected;
+    drawing.pictures[0].image = vectorOf(*quarters->GetVectorSource());
+    drawing.pictures[1].image = drawing.pictures[0].image->CreateCWRotated(4);
+    luhost::render::PngSeries series;
+    for (const int side : {64, 192, 64}) {
+        std::string png;
+        std::string expectedPng;
+        std::string error;
+        EXPECT_TRUE(series.Write(drawing, side, side, png, error) &&
+                    WritePng(expected, side, side, expectedPng, error));
+        EXPECT_TRUE(png == expectedPng) << side;
+    }
+    EXPECT_EQ(series.FindProblem(), "");
+
+    std::string uses = "<g id='u0'><path d='M0 0h1'/></g>";
+    for (int level = 1; level < 8; ++level) {
+        uses += "<g id='u" + std::to_string(level) + "'>";
+        for (int i = 0; i < 10; ++i) {
+            uses += "<use href='#u" + std::to_string(level - 1) + "'/>";
+        }
+        uses += "</g>";
+    }
+    const auto endless = vectorOf("<svg xmlns='http://www.w3.org/2000/svg'>" + uses + "</svg>");
+    const auto broken = vectorOf("<svg");
+    std::string png;
+    std::string error;
+    EXPECT_TRUE(
+        series.Write(MakeDrawing({PutInto(0, 0, 9, 9, endless), PutInto(0, 0, 9, 9, broken)}), 0, 0, png, error));
+    EXPECT_TRUE(test::Contains(series.FindProblem(), "referenced elements")) << series.FindProblem();
+}
+
 TEST(DrawingOutput, GivesTheSameBytesAgain)
 {
     Drawing drawing = MakeDrawing({PutInto(10, 10, 80, 80, test::MakeQuarters()),

@@ -3,10 +3,12 @@
 #include "support/SessionTest.h"
 
 #include <luhost/render/DrawingOutput.h>
+#include <luhost/render/Strokes.h>
 #include <luk/ShapeInstance.h>
 
 #include <cmath>
 #include <string>
+#include <tuple>
 
 using namespace luhost::render;
 using test::At;
@@ -55,6 +57,37 @@ TEST_F(LineJoiningTest, OutlinesOfCoarseRingsAreTwoLines)
             const Part ring{test::MakeTorus(rows, 1.0F, 0.25F), Turned(tilt, 0, dg::DPoint3D::ORIGIN)};
             EXPECT_EQ(CountStrokes({ring}, StandardView::Front, "visible silhouette"), 2U) << rows << ' ' << tilt;
         }
+    }
+}
+
+/// In a mesh with edges of less than a pixel they meet by fours, and each piece alone would be too short to be drawn.
+TEST_F(LineJoiningTest, OutlinesGoOnWhereTheyTurnBackAndMeetAnother)
+{
+    const dg::DPoint2D places[] = {{0, 0}, {4, 0}, {8, 0}, {1, 0.2}, {4.4, 0}, {5, 0}, {4.6, 0.1}, {8, 0.1}};
+    const std::tuple<std::uint32_t, std::uint32_t, bool> edges[] = {
+        {0, 1, true}, {1, 2, true}, {3, 4, true}, {4, 1, true}, {1, 5, false}, {5, 6, false}, {6, 7, true}};
+    for (const bool isSmooth : {true, false}) {
+        std::vector<FeatureLine> lines;
+        LineSpans spans;
+        for (const auto& [start, end, isVisible] : edges) {
+            FeatureLine& line = lines.emplace_back();
+            line.kind = LineKind::Silhouette;
+            line.isSmooth = isSmooth;
+            line.startVertex = start;
+            line.endVertex = end;
+            line.screenStart = places[start];
+            line.screenEnd = places[end];
+            spans.first.push_back(spans.spans.size());
+            spans.spans.push_back({0.0, 1.0, isVisible});
+        }
+        spans.first.push_back(spans.spans.size());
+        std::string visible;
+        for (const Stroke& stroke : MakeStrokes(lines, spans)) {
+            visible += stroke.isVisible ? std::to_string(std::lround(stroke.points.front().x)) + "-" +
+                                              std::to_string(std::lround(stroke.points.back().x)) + " "
+                                        : "";
+        }
+        EXPECT_EQ(visible, isSmooth ? "0-8 1-8 " : "0-8 1-4 5-8 ") << isSmooth;
     }
 }
 

@@ -226,6 +226,16 @@ private:
         }
     }
 
+    /// Where the file names no material, the importers add one: with a name that tells it, or a white one without a name at
+    /// the end. On paper, white bodies would have no faces.
+    static bool IsMadeUp(const aiMaterial& material, const aiColor4D& diffuse, bool isLast)
+    {
+        aiString name;
+        const bool hasName = material.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS && name.length > 0;
+        return hasName ? TextOf(name) == AI_DEFAULT_MATERIAL_NAME
+                       : isLast && diffuse.r >= 1.0F && diffuse.g >= 1.0F && diffuse.b >= 1.0F;
+    }
+
     dg::Color ColorOf(const aiMesh& read) const
     {
         luk::Mesh::Part plain;
@@ -234,9 +244,8 @@ private:
         }
         const aiMaterial& material = *m_scene.mMaterials[read.mMaterialIndex];
         aiColor4D diffuse;
-        aiString name;
         if (material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != aiReturn_SUCCESS ||
-            (material.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS && TextOf(name) == AI_DEFAULT_MATERIAL_NAME)) {
+            IsMadeUp(material, diffuse, read.mMaterialIndex + 1 == m_scene.mNumMaterials)) {
             return plain.color;
         }
         // Written so that what is no number becomes 0.

@@ -30,7 +30,7 @@ public:
         int delayMilliseconds = 0; ///< until the next frame
     };
 
-    /// @param frames each with as many pixels as its size says
+    /// @param frames each with as many pixels as its size says, or with none where the document is to be drawn instead
     /// @param vectorSource the SVG document that the frames were drawn from; null for a picture of pixels
     explicit ImageData(std::vector<Frame> frames, std::shared_ptr<const std::string> vectorSource = nullptr);
     ~ImageData() override;

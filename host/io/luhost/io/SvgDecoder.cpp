@@ -163,11 +163,15 @@ du::SmartPtr<luk::ImageData> SvgDecoder::Decode(std::string_view bytes, std::str
     if (!PictureBudget(limits).Take(width, height, problem) || !guard.HasHarmlessFilters(width * height, problem)) {
         return nullptr;
     }
-    Pixels pixels;
-    if (!Draw(handle.get(), static_cast<int>(width), static_cast<int>(height), pixels, problem)) {
-        return nullptr;
+    const luk::ImageData::Frame frame{static_cast<int>(width), static_cast<int>(height), nullptr, 0};
+    Frames frames{frame};
+    if (m_vectors == VectorPictures::WithPixels) {
+        Pixels pixels;
+        if (!Draw(handle.get(), frame.width, frame.height, pixels, problem)) {
+            return nullptr;
+        }
+        frames = {MakeFrame(width, height, std::move(pixels))};
     }
-    Frames frames{MakeFrame(width, height, std::move(pixels))};
     return du::MakeCounted<luk::ImageData>(std::move(frames), std::make_shared<const std::string>(bytes));
 }
 

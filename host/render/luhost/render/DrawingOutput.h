@@ -2,10 +2,13 @@
 
 #include <luhost/render/Drawing.h>
 
+#include <memory>
 #include <string>
 
 namespace luhost::render
 {
+
+class PictureStore;
 
 /// Each makes a whole file in memory. The same drawing gives the same bytes, on any machine for SVG and PDF.
 ///
@@ -28,6 +31,29 @@ bool WritePdf(const Drawing& drawing, std::string& pdf, std::string& error);
 bool WritePng(const Drawing& drawing, int pixelWidth, int pixelHeight, std::string& png, std::string& error);
 /// The same without a file around it.
 bool DrawPixels(const Drawing& drawing, int pixelWidth, int pixelHeight, Raster& pixels, std::string& error);
+
+/// Writes drawings that show the same pictures, or one in several sizes: each picture is read and converted once.
+///
+/// Ownership: refers to the drawings' pictures, which outlive it.
+///
+/// Threads: one at a time.
+class PngSeries
+{
+public:
+    PngSeries();
+    ~PngSeries();
+    PngSeries(const PngSeries&) = delete;
+    PngSeries& operator=(const PngSeries&) = delete;
+
+    /// As WritePng.
+    bool Write(const Drawing& drawing, int pixelWidth, int pixelHeight, std::string& png, std::string& error);
+
+    /// Why something of a vector drawing is missing; empty as long as nothing is.
+    std::string FindProblem() const;
+
+private:
+    std::unique_ptr<PictureStore> m_store;
+};
 
 inline constexpr double kMaximumPixels = 268435456.0; ///< 16,384 x 16,384
 

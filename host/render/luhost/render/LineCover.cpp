@@ -1,9 +1,11 @@
+#include <du/TextHash.h>
 #include <luhost/render/LineCover.h>
 #include <luhost/render/ScreenGeometry.h>
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <type_traits>
 #include <utility>
 
 namespace luhost::render
@@ -56,6 +58,12 @@ private:
 
 } // namespace
 
+std::size_t LineCover::KeyHash::operator()(const Key& key) const noexcept
+{
+    static_assert(std::has_unique_object_representations_v<Key>);
+    return du::TextHash()({reinterpret_cast<const char*>(&key), sizeof(key)});
+}
+
 LineCover::Key LineCover::KeyOf(const dg::DPoint2D& a, const dg::DPoint2D& b) const noexcept
 {
     const double dx = b.x - a.x;
@@ -66,7 +74,7 @@ LineCover::Key LineCover::KeyOf(const dg::DPoint2D& a, const dg::DPoint2D& b) co
     const double first = isSteep ? a.x - slope * a.y : a.y - slope * a.x;
     const double second = first + slope * (isSteep ? m_height : m_width);
     const auto cell = [](double value) { return static_cast<std::int32_t>(std::floor(value / kCell)); };
-    return {isSteep, cell(first), cell(second)};
+    return {isSteep ? 1 : 0, cell(first), cell(second)};
 }
 
 void LineCover::Add(const Stroke& stroke)

@@ -2,9 +2,10 @@
 
 #include <luhost/render/Strokes.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
-#include <tuple>
+#include <unordered_map>
 #include <vector>
 
 namespace luhost::render
@@ -13,7 +14,7 @@ namespace luhost::render
 /// Where lines lie, so that hidden ones exactly behind others can be left out: dashes would fray a whole line, and fill one
 /// another's gaps.
 ///
-/// Cost: logarithmic in the lines, for each segment.
+/// Cost: constant for each segment, and logarithmic in the lines that lie on one straight line.
 class LineCover
 {
 public:
@@ -27,13 +28,13 @@ public:
 private:
     /// A line across the sheet by where it meets the sheet's borders, to half a pixel.
     struct Key {
-        bool isSteep;
+        std::int32_t isSteep;
         std::int32_t first;
         std::int32_t second;
-        bool operator<(const Key& other) const
-        {
-            return std::tie(isSteep, first, second) < std::tie(other.isSteep, other.first, other.second);
-        }
+        bool operator==(const Key&) const = default;
+    };
+    struct KeyHash {
+        std::size_t operator()(const Key& key) const noexcept;
     };
     /// Along x, or along y for a steep line.
     struct Stretch {
@@ -49,7 +50,7 @@ private:
 
     int m_width;
     int m_height;
-    std::map<Key, Stretches> m_lines;
+    std::unordered_map<Key, Stretches, KeyHash> m_lines;
 };
 
 } // namespace luhost::render

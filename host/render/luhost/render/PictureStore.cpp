@@ -18,16 +18,13 @@ constexpr double kRecordedSide = 2048.0;
 constexpr unsigned kSmallestVectorSide = 64;
 constexpr unsigned kLargestVectorSide = 4096;
 
-bool HasPixels(const luk::ImageData& picture)
+bool HasSize(const luk::ImageData& picture) { return picture.GetWidth() > 0 && picture.GetHeight() > 0; }
+
+bool HasPixels(const luk::ImageData::Frame& frame)
 {
-    if (picture.GetFrameCount() == 0) {
-        return false;
-    }
-    const luk::ImageData::Frame& frame = picture.GetFrame(0);
     constexpr std::size_t kBytesPerPixel = 4;
-    return frame.width > 0 && frame.height > 0 && frame.pixels &&
-           frame.pixels->size() / kBytesPerPixel / static_cast<std::size_t>(frame.width) >=
-               static_cast<std::size_t>(frame.height);
+    return frame.pixels && frame.pixels->size() / kBytesPerPixel / static_cast<std::size_t>(frame.width) >=
+                               static_cast<std::size_t>(frame.height);
 }
 
 std::string_view PixelBytes(const luk::ImageData& picture)
@@ -132,34 +129,49 @@ Corners StoredUse::Turn(const Corners& corners) const noexcept
 
 StoredUse PictureStore::Find(const luk::ImageData* picture)
 {
-    if (!picture || !HasPixels(*picture)) {
+    if (!picture) {
         return {};
     }
     const auto [entry, isNew] = m_byObject.try_emplace(picture, nullptr);
-    if (isNew) {
-        entry->second = Store(*picture);
+    if (isNew && HasSize(*picture)) {
+        entry->second = picture->GetVectorSource() ? StoreDocument(*picture) : nullptr;
+        entry->second = entry->second ? entry->second : StorePixels(*picture);
     }
-    const bool isVector = entry->second->GetVectorSource() != nullptr;
+    const bool isVector = entry->second && entry->second->GetVectorSource();
     return {entry->second, isVector ? picture->GetQuarterTurns() & 3 : 0};
 }
 
-StoredPicture* PictureStore::Store(const luk::ImageData& picture)
+std::string PictureStore::FindProblem() const
 {
-    const std::size_t number = m_byContent.size();
-    if (picture.GetVectorSource()) {
-        const bool onItsSide = picture.GetQuarterTurns() % 2 != 0;
-        const int width = onItsSide ? picture.GetHeight() : picture.GetWidth();
-        const int height = onItsSide ? picture.GetWidth() : picture.GetHeight();
-        const auto [entry, isNew] = m_byContent.try_emplace({*picture.GetVectorSource(), width, height});
-        if (isNew) {
-            if (std::unique_ptr<VectorDocument> document = VectorDocument::Read(*picture.GetVectorSource())) {
-                entry->second = std::make_unique<StoredPicture>(picture, std::move(document), number);
-            }
-        }
-        if (entry->second) {
-            return entry->second.get();
+    for (const auto& [key, picture] : m_byContent) {
+        if (std::string problem = picture ? picture->GetProblem() : std::string(); !problem.empty()) {
+            return problem;
         }
     }
+    return {};
+}
+
+StoredPicture* PictureStore::StoreDocument(const luk::ImageData& picture)
+{
+    const bool onItsSide = picture.GetQuarterTurns() % 2 != 0;
+    const int width = onItsSide ? picture.GetHeight() : picture.GetWidth();
+    const int height = onItsSide ? picture.GetWidth() : picture.GetHeight();
+    const std::size_t number = m_byContent.size();
+    const auto [entry, isNew] = m_byContent.try_emplace({*picture.GetVectorSource(), width, height});
+    if (isNew) {
+        if (std::unique_ptr<VectorDocument> document = VectorDocument::Read(*picture.GetVectorSource())) {
+            entry->second = std::make_unique<StoredPicture>(picture, std::move(document), number);
+        }
+    }
+    return entry->second.get();
+}
+
+StoredPicture* PictureStore::StorePixels(const luk::ImageData& picture)
+{
+    if (!HasPixels(picture.GetFrame(0))) {
+        return nullptr;
+    }
+    const std::size_t number = m_byContent.size();
     const auto [entry, isNew] = m_byContent.try_emplace({PixelBytes(picture), picture.GetWidth(), picture.GetHeight()});
     if (isNew) {
         entry->second = std::make_unique<StoredPicture>(picture, nullptr, number);

@@ -22,7 +22,7 @@ namespace luhost::render
 class StoredPicture
 {
 public:
-    /// @param picture has pixels; outlives this
+    /// @param picture has pixels unless there is a document; outlives this
     /// @param vectorDocument of the picture; null to take it as pixels
     StoredPicture(const luk::ImageData& picture, std::unique_ptr<VectorDocument> vectorDocument, std::size_t number);
     ~StoredPicture();
@@ -54,6 +54,9 @@ public:
     /// Draws a vector drawing in its own pixels.
     void DrawVectors(cairo_t* context) { m_document->Draw(context, GetWidth(), GetHeight()); }
 
+    /// As PictureStore::FindProblem.
+    std::string GetProblem() const { return m_document ? m_document->GetProblem() : std::string(); }
+
     /// For resampling.
     /// @param longestSide pixels that the longest side of a vector drawing has at least, within reason
     const RasterLevels& GetLevels(double longestSide);
@@ -80,14 +83,17 @@ struct StoredUse {
     Corners Turn(const Corners& corners) const noexcept;
 };
 
-/// The pictures of one drawing, each kept once however many objects hold it.
+/// The pictures of one drawing, each kept once however many objects hold it; or of several drawings that show the same ones.
 ///
-/// Ownership: refers to the drawing's pictures, which outlive it.
+/// Ownership: refers to the drawings' pictures, which outlive it.
 class PictureStore
 {
 public:
-    /// @param picture may be null, and may have no pixels
+    /// @param picture may be null, and may have nothing to show
     StoredUse Find(const luk::ImageData* picture);
+
+    /// Why something of a vector drawing was missing when it was drawn; else empty.
+    std::string FindProblem() const;
 
 private:
     struct Key {
@@ -100,7 +106,8 @@ private:
         std::size_t operator()(const Key& key) const noexcept { return std::hash<std::string_view>()(key.bytes); }
     };
 
-    StoredPicture* Store(const luk::ImageData& picture);
+    StoredPicture* StoreDocument(const luk::ImageData& picture);
+    StoredPicture* StorePixels(const luk::ImageData& picture);
 
     std::unordered_map<const luk::ImageData*, StoredPicture*> m_byObject;
     std::unordered_map<Key, std::unique_ptr<StoredPicture>, KeyHash> m_byContent;

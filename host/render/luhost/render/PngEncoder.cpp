@@ -1,8 +1,10 @@
 #include <luhost/render/PngEncoder.h>
 
 #include <algorithm>
+#include <array>
 #include <csetjmp>
 #include <cstdint>
+#include <cstring>
 #include <new>
 #include <png.h>
 #include <span>
@@ -54,6 +56,13 @@ std::uint32_t DivideByAlpha(std::uint32_t pixel) noexcept
     return divided;
 }
 
+/// Red, green, blue and alpha.
+std::array<png_byte, 4> ToBytes(std::uint32_t pixel) noexcept
+{
+    return {static_cast<png_byte>(pixel >> 16), static_cast<png_byte>(pixel >> 8), static_cast<png_byte>(pixel),
+            static_cast<png_byte>(pixel >> 24)};
+}
+
 /// One file on its way through the library, which leaves Run by a jump when it meets an error: nothing there has a
 /// destructor.
 class Writing
@@ -100,15 +109,23 @@ private:
     {
         const auto width = static_cast<std::size_t>(m_pixels.width);
         const auto row = std::span(m_pixels.pixels).subspan(static_cast<std::size_t>(y) * width, width);
+        m_isOpaque ? Fill<3>(row) : Fill<4>(row);
+    }
+
+    template <std::size_t bytesPerPixel>
+    void Fill(std::span<const std::uint32_t> row) noexcept
+    {
         png_bytep out = m_row.data();
-        for (std::uint32_t pixel : row) {
-            pixel = DivideByAlpha(pixel);
-            for (const unsigned shift : {16U, 8U, 0U}) {
-                *out++ = static_cast<png_byte>(pixel >> shift);
+        std::uint32_t last = 0;
+        std::array<png_byte, 4> bytes{};
+        for (const std::uint32_t pixel : row) {
+            // Most pixels are as their neighbours.
+            if (pixel != last) {
+                last = pixel;
+                bytes = ToBytes(DivideByAlpha(pixel));
             }
-            if (!m_isOpaque) {
-                *out++ = static_cast<png_byte>(pixel >> 24);
-            }
+            std::memcpy(out, bytes.data(), bytesPerPixel);
+            out += bytesPerPixel;
         }
     }
 

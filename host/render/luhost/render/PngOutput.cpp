@@ -60,7 +60,7 @@ void PaintStrokes(const Drawing& drawing, const Sheet& sheet, double scaleX, dou
     painter.Paint(together);
 }
 
-void PaintSheet(const Drawing& drawing, cairo_surface_t* surface, const PixelWindow& window)
+void PaintSheet(const Drawing& drawing, PictureStore& store, cairo_surface_t* surface, const PixelWindow& window)
 {
     const CairoSurface part(
         cairo_surface_create_for_rectangle(surface, window.left, window.top, window.width, window.height));
@@ -69,7 +69,6 @@ void PaintSheet(const Drawing& drawing, cairo_surface_t* surface, const PixelWin
     const double scaleY = window.height / drawing.height;
     const Sheet sheet{1.0 * window.width, 1.0 * window.height, SheetOf(drawing).thinLine * std::sqrt(scaleX * scaleY)};
     CairoPainter painter(context.get(), CairoPainter::Target::Pixels, sheet, 1.0, kMaximumPixels);
-    PictureStore store;
     painter.PaintBackground(drawing.background);
     painter.PaintUnderlay(drawing.underlay.get());
     PaintStrokes(drawing, sheet, scaleX, scaleY, painter);
@@ -93,9 +92,8 @@ CairoSurface WrapAsTransparent(Raster& raster)
                                                             raster.width * kBytesPerPixel));
 }
 
-} // namespace
-
-bool DrawPixels(const Drawing& drawing, int pixelWidth, int pixelHeight, Raster& pixels, std::string& error)
+bool DrawSheet(const Drawing& drawing, int pixelWidth, int pixelHeight, PictureStore& store, Raster& pixels,
+               std::string& error)
 {
     if (!CheckSheet(drawing, error)) {
         return false;
@@ -108,7 +106,7 @@ bool DrawPixels(const Drawing& drawing, int pixelWidth, int pixelHeight, Raster&
     try {
         pixels = Raster(static_cast<int>(size.width), static_cast<int>(size.height));
         const CairoSurface surface = WrapAsTransparent(pixels);
-        PaintSheet(drawing, surface.get(), FitSheet(drawing, size));
+        PaintSheet(drawing, store, surface.get(), FitSheet(drawing, size));
         cairo_surface_finish(surface.get());
         if (cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS) {
             return true;
@@ -119,11 +117,29 @@ bool DrawPixels(const Drawing& drawing, int pixelWidth, int pixelHeight, Raster&
     return false;
 }
 
+} // namespace
+
+bool DrawPixels(const Drawing& drawing, int pixelWidth, int pixelHeight, Raster& pixels, std::string& error)
+{
+    PictureStore store;
+    return DrawSheet(drawing, pixelWidth, pixelHeight, store, pixels, error);
+}
+
 bool WritePng(const Drawing& drawing, int pixelWidth, int pixelHeight, std::string& png, std::string& error)
+{
+    return PngSeries().Write(drawing, pixelWidth, pixelHeight, png, error);
+}
+
+PngSeries::PngSeries() : m_store(std::make_unique<PictureStore>()) {}
+PngSeries::~PngSeries() = default;
+
+std::string PngSeries::FindProblem() const { return m_store->FindProblem(); }
+
+bool PngSeries::Write(const Drawing& drawing, int pixelWidth, int pixelHeight, std::string& png, std::string& error)
 {
     png.clear();
     Raster pixels;
-    if (!DrawPixels(drawing, pixelWidth, pixelHeight, pixels, error)) {
+    if (!DrawSheet(drawing, pixelWidth, pixelHeight, *m_store, pixels, error)) {
         return false;
     }
     try {

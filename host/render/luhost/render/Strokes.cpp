@@ -100,10 +100,21 @@ private:
         std::stable_sort(pairs.begin(), pairs.end(),
                          [](const Pair& a, const Pair& b) { return a.straightness < b.straightness; });
         for (const Pair& pair : pairs) {
-            if (pair.straightness < kStraight && m_joined[pair.a] == kNoEnd && m_joined[pair.b] == kNoEnd) {
+            // The outline of a fine mesh turns back behind itself, also where it meets another.
+            const bool turnsBack = pair.straightness > -kStraight && IsStep(pair.a) && IsStep(pair.b);
+            if ((turnsBack || pair.straightness < kStraight) && m_joined[pair.a] == kNoEnd &&
+                m_joined[pair.b] == kNoEnd) {
                 Join(pair.a, pair.b);
             }
         }
+    }
+
+    /// One of the edges of an outline that nobody sees as such.
+    bool IsStep(LineEnd end) const noexcept
+    {
+        constexpr double kLongestPixels = 2.0;
+        const FeatureLine& line = m_lines[end / 2];
+        return line.isSmooth && Distance(line.screenStart, line.screenEnd) < kLongestPixels;
     }
 
     double CosineBetween(LineEnd a, LineEnd b) const noexcept

@@ -35,8 +35,12 @@ std::unique_ptr<VectorDocument> VectorDocument::Read(const std::string& svg)
 void VectorDocument::Draw(cairo_t* context, double width, double height)
 {
     const RsvgRectangle viewport{0.0, 0.0, width, height};
-    // What cannot be drawn is missing from the picture, as it is in any other viewer.
-    static_cast<void>(rsvg_handle_render_document(m_handle->rsvg.get(), context, &viewport, nullptr));
+    GError* error = nullptr;
+    // Other viewers show the rest of such a document, too.
+    if (!rsvg_handle_render_document(m_handle->rsvg.get(), context, &viewport, &error)) {
+        m_problem = error ? error->message : "unknown";
+        g_clear_error(&error);
+    }
 }
 
 } // namespace luhost::render

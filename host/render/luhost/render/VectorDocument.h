@@ -15,14 +15,17 @@ public:
     static std::unique_ptr<VectorDocument> Read(const std::string& svg);
     ~VectorDocument();
 
-    /// Over the box from the origin to (width, height), in its own proportions.
+    /// Over the box from the origin to (width, height), in its own proportions. What cannot be drawn is missing.
     void Draw(cairo_t* context, double width, double height);
+    /// Why something was missing; empty as long as nothing was.
+    const std::string& GetProblem() const noexcept { return m_problem; }
 
 private:
     struct Handle;
     explicit VectorDocument(std::unique_ptr<Handle> handle);
 
     std::unique_ptr<Handle> m_handle;
+    std::string m_problem;
 };
 
 } // namespace luhost::render
