@@ -4,10 +4,8 @@
 #include "annotations3d/SymbolAnnotationBase.h"
 #include "annotations3d/SymbolInfo.h"
 
+#include <du/SymbolMap.h>
 #include <luk/illustration/SymbolTemplateHolder.h>
-
-#include <unordered_map>
-#include <unordered_set>
 
 namespace lug
 {
@@ -281,10 +279,10 @@ private:
     du::SmartPtr<luk::illustration::SymbolTemplate> m_consumedTemplate; ///< the entry that knows this symbol
     MyLoadEvent* m_loadEvent = nullptr;             ///< the one that still counts; takes itself out when it goes
     du::SmartPtr<luk::InstanceInterest> m_interest; ///< own node and connected parts
-    std::unordered_map<du::Symbol, std::size_t> m_partIndex; ///< part id to its place in the list
-    std::unordered_set<du::Symbol> m_triedParts;             ///< whose location failed since they appeared
-    du::SmartPtr<luk::ComponentInstance> m_ownUse; ///< the node's place below the root, when this symbol may remove it
-    bool m_nodeIsForeign = false;                  ///< the node is a part of the product and must not be changed
+    du::SymbolMap<std::size_t> m_partIndex;         ///< part id to its place in the list
+    du::SymbolSet m_triedParts;                     ///< whose location failed since they appeared
+    du::SmartPtr<luk::ComponentInstance> m_ownUse;  ///< the node's place below the root, when this symbol may remove it
+    bool m_nodeIsForeign = false;                   ///< the node is a part of the product and must not be changed
     bool m_isFollowing = false;
     bool m_offsetsAreDue = false;
 };

@@ -234,10 +234,12 @@ void SymbolAnnotation::IndexParts()
 
 void SymbolAnnotation::RefreshInterest()
 {
-    m_interest->Clear();
+    du::Symbol own;
     if (m_shapeInstance && m_shapeInstance->GetInstance()) {
-        m_interest->Add(m_shapeInstance->GetInstance()->GetIdPath());
+        own = m_shapeInstance->GetInstance()->GetIdPath();
     }
+    m_interest->Retain([&](const du::Symbol& idPath) { return idPath == own || m_partIndex.contains(idPath); });
+    m_interest->Add(own);
     for (const ConnectedPartInfo& entry : m_connectedParts) {
         m_interest->Add(entry.partId);
     }

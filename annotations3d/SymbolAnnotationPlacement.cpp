@@ -31,6 +31,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <utility>
 
 namespace luannotations
@@ -304,8 +305,11 @@ bool SymbolAnnotation::GetOlFromTempDir(std::string& path) const
     if (!app || !app->GetTemporaryDirectory(folder)) {
         return false;
     }
-    path =
-        folder.GetText() + du::FileSpec::DIR_SEP_CHAR + "Symbols" + du::FileSpec::DIR_SEP_CHAR + m_fileName.GetText();
+    const std::string& name = m_fileName.GetText();
+    constexpr std::string_view kFolder = "Symbols";
+    path.reserve(folder.GetText().size() + kFolder.size() + name.size() + 2);
+    path.assign(folder.GetText()).append(1, du::FileSpec::DIR_SEP_CHAR).append(kFolder);
+    path.append(1, du::FileSpec::DIR_SEP_CHAR).append(name);
     return du::FileSystem::FileExists(path);
 }
 

@@ -1,5 +1,6 @@
 #include "annotations3d/SymbolAnnotation.h"
 #include "annotations3d/SymbolAnnotationEvents.h"
+#include "catalog/FileNames.h"
 #include "catalog/Partslibrary.h"
 #include "catalog/PartslibraryOlItem.h"
 
@@ -22,6 +23,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
 #include <utility>
 
 namespace luannotations
@@ -47,6 +49,13 @@ bool TakeWhenDifferent(du::Symbol& own, const std::string& theirs)
     }
     own = du::Symbol(theirs);
     return true;
+}
+
+/// Whether a URL ends with this plain file name, so that resolving it would tell nothing new.
+bool NamesFile(const std::string& url, const du::Symbol& file)
+{
+    const std::string_view last = std::string_view(url).substr(url.rfind('/') + 1);
+    return last == file.GetText() && lusymbols::IsPlainFileName(file.GetText());
 }
 
 } // namespace
@@ -173,6 +182,9 @@ bool SymbolAnnotation::TakeTexts(const lusymbols::PartslibraryOlItem& item)
 bool SymbolAnnotation::TakeShapeFile(const lusymbols::PartslibraryOlItem& item,
                                      const du::SmartPtr<luk::ShapeScene>& shapeScene)
 {
+    if (NamesFile(item.GetOlUrl(), m_fileName)) {
+        return false;
+    }
     std::string url = item.GetOlUrl();
     lusymbols::Partslibrary::CheckRelativeUrlAndConcatIfNeeded(url);
     const du::Symbol file(du::FileSpec(url).GetFile());

@@ -4,9 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -156,6 +159,56 @@ TEST(ContentXml, NumbersReadBackToTheSameBits)
                   std::bit_cast<std::uint32_t>(narrow));
         EXPECT_EQ(std::bit_cast<std::uint64_t>(std::get<dg::DVec3>(read.GetProperties().at(1).value).z),
                   std::bit_cast<std::uint64_t>(wide));
+    }
+}
+
+/// What the standard library makes of a whole text; NaN for what is no number.
+template <class Real>
+Real Standard(const std::string& text)
+{
+    Real value = 0;
+    const auto [end, status] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return status == std::errc() && end == text.data() + text.size() ? value : std::numeric_limits<Real>::quiet_NaN();
+}
+
+TEST(ContentXml, ReadsAndWritesNumbersAsTheStandardLibraryDoes)
+{
+    std::vector<std::string> texts = {"-",    "-.5", "5.",    ".5",  "1.e2",    "00.10", "1-",     "+1",       "--1",
+                                      "1..2", ".",   "99999", "1e5", "99999.5", "-0.0",  "100000", "16777217", "1e-5"};
+    std::mt19937 random(4711);
+    for (int n = 0; n < 20000; ++n) {
+        std::string text = std::to_string(static_cast<std::int32_t>(random()) >> random() % 32);
+        text.append(1, '.').append(std::to_string(random() >> random() % 32));
+        texts.push_back(text.substr(0, 1 + random() % text.size()));
+    }
+    for (const std::string& text : texts) {
+        const auto wide = Standard<double>(text);
+        double read = std::numeric_limits<double>::quiet_NaN();
+        EXPECT_EQ(SerializedContentXml::ParseReal(text, read), !std::isnan(wide)) << text;
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(read), std::bit_cast<std::uint64_t>(wide)) << text;
+        Element::Value narrow = std::numeric_limits<float>::quiet_NaN();
+        SerializedContentXml::ParseValue(text, narrow);
+        EXPECT_EQ(std::bit_cast<std::uint32_t>(std::get<float>(narrow)),
+                  std::bit_cast<std::uint32_t>(Standard<float>(text)))
+            << text;
+        std::array<char, 32> digits;
+        const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), wide).ptr;
+        std::string written;
+        SerializedContentXml::AppendReal(written, wide);
+        EXPECT_EQ(written, std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data()))) << text;
+    }
+}
+
+TEST(ContentXml, OneReaderKeepsTextsApartThatLookAlike)
+{
+    SerializedContentXml::Reader reader([](const std::string& problem) { ADD_FAILURE() << problem; });
+    for (const std::string text : {"beginning-1-the-end", "beginning-2-the-end", "beginning-1-the-end", "", "a", "b"}) {
+        Element element(Word(text));
+        element.AddProperty(Word(text), Word(text));
+        element.AddProperty(Word("same"), Word(text + "s"));
+        const std::string xml = Written(element);
+        const std::unique_ptr<dg::XmlElem, dg::XmlFreer> root(dg::ParseXml(xml, false, nullptr));
+        EXPECT_TRUE(reader.Read(*root) == element) << xml;
     }
 }
 

@@ -7,6 +7,7 @@
 #include <luloader/Loader.h>
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <filesystem>
 #include <functional>
@@ -395,6 +396,43 @@ TEST_F(LoaderTest, WaitsForLoadsThatCompletionsAskFor)
     m_decoder->SetOpen(true);
     EXPECT_TRUE(Wait());
     EXPECT_EQ(m_loaded, 302);
+}
+
+TEST_F(LoaderTest, DeliversBurstsToAHostThatOnlyPumps)
+{
+    const std::string urls[] = {m_folder.Write("a", "Pa"), m_folder.Write("b", "Pb"), m_folder.Write("c", "Pc")};
+    const auto giveUpAt = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    int asked = 0;
+    for (std::size_t burst = 0; burst < 40; ++burst) {
+        for (std::size_t n = 0; n < 30; ++n, ++asked) {
+            Load(urls[n % (burst % std::size(urls) + 1)]);
+        }
+        while (m_loaded < asked && std::chrono::steady_clock::now() < giveUpAt) {
+            luk::Kernel::GetKernel()->ProcessEvents();
+            std::this_thread::yield();
+        }
+        ASSERT_EQ(m_loaded, asked) << "a worker sleeps";
+        std::this_thread::sleep_for(std::chrono::milliseconds(burst % 8)); // the next one finds them tired or asleep
+    }
+}
+
+TEST_F(LoaderTest, DropsALongQueueOfOneImageWhenItStops)
+{
+    constexpr std::size_t kLoads = 60000;
+    m_decoder->SetOpen(false);
+    const auto image = Load(m_folder.Write("slow.png", "Pslow"));
+    m_decoder->WaitUntilBegun(1);
+    image->SetURL(du::Symbol(m_folder.Path("missing")));
+    for (std::size_t n = 0; n < kLoads; ++n) {
+        Loader::GetLoader()->LoadImage(image, nullptr, {});
+    }
+    while (luk::Kernel::GetKernel()->ProcessEvents() == 0) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(Loader::GetLoader()->GetPendingCount(), kLoads + 1) << "they have been read and wait for the first";
+    m_decoder->SetOpen(true);
+    Loader::GetLoader()->Stop();
+    EXPECT_EQ(m_loaded, 0);
 }
 
 TEST_F(LoaderTest, DropsWhatIsLeftWhenItStops)

@@ -65,10 +65,11 @@ public:
         return std::exchange(m_inOrder, {});
     }
 
+    /// Null for nobody.
     std::shared_ptr<const Snapshot> TakeSnapshot()
     {
         const std::lock_guard lock(m_mutex);
-        if (!m_snapshot) {
+        if (!m_snapshot && !m_inOrder.empty()) {
             m_snapshot = std::make_shared<const Snapshot>(m_inOrder.begin(), m_inOrder.end());
         }
         return m_snapshot;
@@ -113,6 +114,9 @@ void Observable::NotifyObservers(const std::function<void(Observer&)>& notify) c
 {
     // An observer may bring the subject itself to its end, so that nothing but the snapshot is used from here on.
     const std::shared_ptr<const Registry::Snapshot> snapshot = m_registry->TakeSnapshot();
+    if (!snapshot) {
+        return;
+    }
     for (const Registry::RecordPtr& record : *snapshot) {
         if (record->registered) {
             notify(*record->observer);

@@ -2,8 +2,8 @@
 
 #include <luk/SerializedContentElement.h>
 
+#include <algorithm>
 #include <string>
-#include <unordered_map>
 
 namespace luhost
 {
@@ -24,75 +24,53 @@ du::Symbol TextOf(const SerializedContentElement& element, const du::Symbol& key
     return {};
 }
 
-class AttachOrder
-{
-public:
-    explicit AttachOrder(const std::vector<const SerializedContentElement*>& contents)
-        : m_contents(contents), m_isSeen(contents.size(), false)
-    {
-        const du::Symbol idKey("ID");
-        for (std::size_t i = 0; i < contents.size(); ++i) {
-            if (const du::Symbol id = TextOf(*contents[i], idKey); !id.IsEmpty()) {
-                m_byPath.emplace(du::Symbol("/" + id.GetText()), i);
-            }
-        }
-    }
-
-    std::vector<std::size_t> Get()
-    {
-        for (std::size_t i = 0; i < m_contents.size(); ++i) {
-            Visit(i);
-            while (!m_due.empty()) {
-                Go();
-            }
-        }
-        return std::move(m_order);
-    }
-
-private:
-    struct Step {
-        std::size_t index;
-        std::size_t nextChild = 0;
-    };
-
-    void Visit(std::size_t index)
-    {
-        if (!m_isSeen[index]) {
-            m_isSeen[index] = true;
-            m_due.push_back({index});
-        }
-    }
-
-    void Go()
-    {
-        Step& step = m_due.back();
-        const SerializedContentElement& content = *m_contents[step.index];
-        if (step.nextChild == content.GetChildCount()) {
-            m_order.push_back(step.index);
-            m_due.pop_back();
-            return;
-        }
-        const SerializedContentElement& child = content.GetChild(step.nextChild++);
-        const auto other = child.GetName() == m_part ? m_byPath.find(TextOf(child, m_partId)) : m_byPath.end();
-        if (other != m_byPath.end()) {
-            Visit(other->second);
-        }
-    }
-
-    const std::vector<const SerializedContentElement*>& m_contents;
-    const du::Symbol m_part{"attachedToPart"};
-    const du::Symbol m_partId{"attachedToPartId"};
-    std::unordered_map<du::Symbol, std::size_t> m_byPath; ///< by the path of its node
-    std::vector<bool> m_isSeen;
-    std::vector<Step> m_due;
-    std::vector<std::size_t> m_order;
-};
-
 } // namespace
 
-std::vector<std::size_t> AttachOrderOf(const std::vector<const SerializedContentElement*>& contents)
+void AttachOrder::Add(const SerializedContentElement& content)
 {
-    return AttachOrder(contents).Get();
+    if (const du::Symbol id = TextOf(content, m_id); !id.IsEmpty()) {
+        m_byPath.emplace(du::Symbol("/" + id.GetText()), m_contents.size());
+    }
+    const std::size_t begin = m_parts.size();
+    for (std::size_t i = 0; i < content.GetChildCount(); ++i) {
+        if (const SerializedContentElement& child = content.GetChild(i); child.GetName() == m_part) {
+            m_parts.push_back(TextOf(child, m_partId));
+        }
+    }
+    m_contents.push_back({begin, m_parts.size()});
+}
+
+std::vector<std::size_t> AttachOrder::Get() const
+{
+    std::vector<std::size_t> order;
+    order.reserve(m_contents.size());
+    std::vector<bool> isSeen(m_contents.size());
+    std::vector<Step> due;
+    const auto visit = [&](std::size_t index) {
+        if (!isSeen[index]) {
+            isSeen[index] = true;
+            due.push_back({index, m_contents[index].begin});
+        }
+    };
+    for (std::size_t i = 0; i < m_contents.size(); ++i) {
+        visit(i);
+        while (!due.empty()) {
+            Step& step = due.back();
+            if (step.nextPart == m_contents[step.index].end) {
+                order.push_back(step.index);
+                due.pop_back();
+            } else if (const auto other = m_byPath.find(m_parts[step.nextPart++]); other != m_byPath.end()) {
+                visit(other->second);
+            }
+        }
+    }
+    return order;
+}
+
+bool AttachOrder::IsThatOfFile() const
+{
+    const std::vector<std::size_t> order = Get();
+    return std::is_sorted(order.begin(), order.end());
 }
 
 } // namespace luhost

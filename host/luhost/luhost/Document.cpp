@@ -5,6 +5,7 @@
 #include "PageDrawing.h"
 #include "SymbolFiles.h"
 
+#include <du/SymbolMap.h>
 #include <luhost/Document.h>
 #include <luk/AnnoSet.h>
 #include <luk/Annotation.h>
@@ -132,9 +133,9 @@ private:
     std::unordered_map<std::string, std::uint64_t> m_positions;
 };
 
-std::unordered_set<du::Symbol> IdPathsOf(const std::vector<AnnotationPtr>& annotations)
+du::SymbolSet IdPathsOf(const std::vector<AnnotationPtr>& annotations)
 {
-    std::unordered_set<du::Symbol> idPaths;
+    du::SymbolSet idPaths;
     for (const AnnotationPtr& annotation : annotations) {
         idPaths.insert(annotation->GetIDPath());
     }
@@ -221,13 +222,15 @@ private:
     };
 
     void MakeAnnotationsOf(std::size_t part, const SymbolTemplateCollection* collection);
-    void MakeAnnotation(DocumentFile::Slot& slot, std::vector<Made>& made, const SymbolTemplateCollection* collection);
+    void MakeAnnotation(DocumentFile::Slot& slot, std::vector<Made>& made, AttachOrder& order,
+                        const SymbolTemplateCollection* collection);
+    void AttachMade(std::vector<Made>& made, const AttachOrder& order, std::size_t part);
     void AttachMade(Made& made, std::size_t part);
     void ResolveTemplate(SerializedContentElement& content, Remembered& remembered,
                          const SymbolTemplateCollection* collection) const;
     /// Puts an annotation that has its id path into a scene.
     bool Place(const AnnotationPtr& annotation, std::size_t part);
-    void RemoveElements(const std::unordered_set<du::Symbol>& idPaths, Scene2D& page) const;
+    void RemoveElements(const du::SymbolSet& idPaths, Scene2D& page) const;
 
     bool IsTaken(const du::Symbol& idPath) const;
     AnnotationPtr FindIndexed(const du::Symbol& idPath) const;
@@ -241,10 +244,10 @@ private:
 
     du::SmartPtr<lukapp::illustration::IllMultiRootContainer> m_container;
     std::unordered_map<const luk::AnnoSet*, std::size_t> m_partBySet;
-    std::unordered_map<du::Symbol, Remembered> m_remembered;
-    std::unordered_map<du::Symbol, Indexed> m_index; ///< may be out of date: see FindIndexed
+    du::SymbolMap<Remembered> m_remembered;
+    du::SymbolMap<Indexed> m_index; ///< may be out of date: see FindIndexed
     std::size_t m_indexedChanges = 0;
-    std::unordered_set<du::Symbol> m_unmadeIdPaths; ///< of annotations that are still content
+    du::SymbolSet m_unmadeIdPaths; ///< of annotations that are still content
     std::vector<PackageEntry> m_keptEntries;
 };
 
@@ -318,6 +321,7 @@ void Document::Content::Open()
         AddPart(pageScene, pageScene);
     }
     for (std::size_t i = 0; i < m_parts.size(); ++i) {
+        m_unmadeIdPaths.reserve(m_unmadeIdPaths.size() + m_file.GetPart(i).annotations.size());
         for (const DocumentFile::Slot& slot : m_file.GetPart(i).annotations) {
             m_unmadeIdPaths.insert(slot.idPath);
         }
@@ -398,28 +402,42 @@ void Document::Content::MakeAnnotations()
 
 void Document::Content::MakeAnnotationsOf(std::size_t part, const SymbolTemplateCollection* collection)
 {
+    DocumentFile::Part& ofFile = m_file.GetPart(part);
+    m_index.reserve(m_index.size() + ofFile.annotations.size());
+    // A few at a time where that is possible, so that what they are made from can go while it is at hand.
+    constexpr std::size_t kFew = 32;
+    const bool isInOrder = std::exchange(ofFile.attachOrder, {}).IsThatOfFile();
     std::vector<Made> made;
-    for (DocumentFile::Slot& slot : m_file.GetPart(part).annotations) {
-        if (slot.content) {
-            MakeAnnotation(slot, made, collection);
+    AttachOrder order;
+    for (DocumentFile::Slot& slot : ofFile.annotations) {
+        MakeAnnotation(slot, made, order, collection);
+        if (isInOrder && made.size() == kFew) {
+            AttachMade(made, std::exchange(order, {}), part);
         }
     }
+    AttachMade(made, order, part);
+}
+
+void Document::Content::AttachMade(std::vector<Made>& made, const AttachOrder& order, std::size_t part)
+{
     const du::SmartPtr<luk::AnnoSet> annoSet = m_parts[part].scene->GetAnnoSet();
-    std::vector<const SerializedContentElement*> contents;
     for (const Made& read : made) {
-        contents.push_back(read.slot->content.get());
         if (annoSet && read.isRead) {
             annoSet->AddAnnotation(read.annotation); // in the order of the file, whatever the order of attaching
         }
     }
-    for (const std::size_t index : AttachOrderOf(contents)) {
+    for (const std::size_t index : order.Get()) {
         AttachMade(made[index], part);
     }
+    made.clear();
 }
 
-void Document::Content::MakeAnnotation(DocumentFile::Slot& slot, std::vector<Made>& made,
+void Document::Content::MakeAnnotation(DocumentFile::Slot& slot, std::vector<Made>& made, AttachOrder& order,
                                        const SymbolTemplateCollection* collection)
 {
+    if (!slot.content) {
+        return;
+    }
     const std::string& classWord = slot.content->GetName().GetText();
     const AnnotationPtr annotation =
         m_setup.createAnnotation ? du::DynamicCast<luk::Annotation>(m_setup.createAnnotation(classWord)) : nullptr;
@@ -440,6 +458,7 @@ void Document::Content::MakeAnnotation(DocumentFile::Slot& slot, std::vector<Mad
         m_problems.AddUnknown(attributes, {holder}, slot.idPath.GetText());
     });
     AddUnknownOf(*annotation);
+    order.Add(*slot.content);
     made.push_back({&slot, annotation, std::move(remembered), indexInFile, isRead});
 }
 
@@ -597,7 +616,7 @@ std::size_t Document::Content::RemoveAnnotations(const std::vector<AnnotationPtr
     return removed;
 }
 
-void Document::Content::RemoveElements(const std::unordered_set<du::Symbol>& idPaths, Scene2D& page) const
+void Document::Content::RemoveElements(const du::SymbolSet& idPaths, Scene2D& page) const
 {
     luk::illustration2d::Document2D& document = *page.GetDocument();
     for (const du::SmartPtr<luk::illustration2d::Node2D>& node : document.GetNodes()) {
@@ -673,8 +692,8 @@ bool Document::Content::LookAt(std::size_t part, TemplateList& templates, const 
 {
     // What is kept follows the annotation of the file that it followed there, or the nearest before that is left.
     const std::vector<AnnotationPtr> members = MembersOf(part);
-    const std::unordered_set<du::Symbol> idPaths = IdPathsOf(members);
-    std::unordered_map<du::Symbol, std::vector<const DocumentFile::Slot*>> keptBehind;
+    const du::SymbolSet idPaths = IdPathsOf(members);
+    du::SymbolMap<std::vector<const DocumentFile::Slot*>> keptBehind;
     du::Symbol before;
     for (const DocumentFile::Slot& slot : m_file.GetPart(part).annotations) {
         if (slot.content || !slot.foreign.empty()) {
@@ -789,7 +808,10 @@ bool Document::Content::WriteDocument(std::vector<PackageEntry>& entries, Symbol
         });
     };
     UseForeignOfFile(files);
-    return m_file.Write(entries[0].bytes, product, m_view->GetCamera(), writeAnnotations, templates.GetIds());
+    const bool isWritten =
+        m_file.Write(entries[0].bytes, product, m_view->GetCamera(), writeAnnotations, templates.GetIds());
+    m_file.textSize = entries[0].bytes.size();
+    return isWritten;
 }
 
 bool Document::Content::Save(const std::string& path, std::string& error)

@@ -3,6 +3,7 @@
 #include "PageDrawing.h"
 
 #include <dg/XmlElem.h>
+#include <du/SymbolMap.h>
 #include <luk/AnnotationContentVisitor.h>
 #include <luk/SerializedContentXml.h>
 
@@ -10,7 +11,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <unordered_set>
 #include <utility>
 
 namespace luhost
@@ -181,6 +181,8 @@ private:
         const KeptXml::Holder holder{kAnnotations, noun, number};
         part.keptInList.ReadAttributes(list, {}, holder, m_problems);
         part.annotations.reserve(list.CountChildren());
+        SerializedContentXml::Reader reader(
+            [&](const std::string& problem) { AddWrongValue(part.annotations.back(), problem); });
         for (dg::XmlElem child = list.FirstChild(); child; child = child.NextSibling()) {
             DocumentFile::Slot& slot = part.annotations.emplace_back();
             if (child.GetName() != kElement) {
@@ -188,8 +190,8 @@ private:
                 m_problems.AddUnknown(slot.foreign, holder);
                 continue;
             }
-            const auto tell = [&](const std::string& problem) { AddWrongValue(slot, problem); };
-            slot.content = std::make_unique<SerializedContentElement>(SerializedContentXml::Read(child, tell));
+            slot.content = std::make_unique<SerializedContentElement>(reader.Read(child));
+            part.attachOrder.Add(*slot.content);
         }
     }
 
@@ -522,6 +524,7 @@ void KeptXml::ForEachElement(const std::function<void(const std::string&)>& look
 bool DocumentFile::Read(std::string xml, const TakeProduct& takeProduct, DocumentProblems& problems, std::string& error)
 {
     dg::XmlParseError parseError;
+    textSize = xml.size();
     const std::unique_ptr<dg::XmlElem, dg::XmlFreer> root(dg::ParseXml(std::move(xml), false, &parseError));
     if (!root) {
         error = std::string(kEntryName) +
@@ -546,6 +549,7 @@ bool DocumentFile::Write(std::string& out, const std::string& product, const dg:
         AppendClose(out, kAnnotations, depth);
         return isWritten;
     };
+    out.reserve(textSize + textSize / 8);
     out += "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n";
     AppendOpen(out, kDocument,
                Text(kVersion, version) + Text(kNextId, std::to_string(nextId)) +
@@ -602,7 +606,7 @@ bool DocumentFile::Write(std::string& out, const std::string& product, const dg:
 void DocumentFile::CompleteIdPaths(DocumentProblems& problems)
 {
     // All ids of the file are known before the first new one is given.
-    std::unordered_set<du::Symbol> taken;
+    du::SymbolSet taken;
     std::vector<Slot*> without;
     for (std::size_t i = 0; i <= pages.size(); ++i) {
         for (Slot& slot : GetPart(i).annotations) {

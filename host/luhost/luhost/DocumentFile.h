@@ -1,5 +1,7 @@
 #pragma once
 
+#include "AttachOrder.h"
+
 #include <dg/Camera3D.h>
 #include <du/Symbol.h>
 #include <luhost/Document.h>
@@ -120,6 +122,7 @@ struct DocumentFile {
         KeptXml kept;
         KeptXml keptInList;
         std::vector<Slot> annotations;
+        AttachOrder attachOrder;              ///< of all that are in the file
         Document::PageSize size;              ///< of a page
         std::shared_ptr<PageDrawing> drawing; ///< of a page; never null there
     };
@@ -154,6 +157,7 @@ struct DocumentFile {
         }
     }
 
+    std::size_t textSize = 0; ///< when it was last read or written, as a guess for the next time
     std::string version = "1";
     std::uint64_t nextId = 1;
     std::uint64_t nextStructureId = 1;

@@ -2,6 +2,7 @@
 
 #include "DocumentFile.h"
 
+#include <du/SymbolMap.h>
 #include <luhost/Package.h>
 #include <luhost/ProductModel.h>
 #include <luhost/ServiceModel.h>
@@ -86,7 +87,7 @@ private:
     KeptXml m_keptInComponents;
     KeptXml m_keptInParts; ///< with states of parts that are not there
     std::unordered_map<const luk::ComponentNode*, KeptOf> m_keptOf;
-    std::unordered_map<du::Symbol, KeptXml> m_keptInPart;         ///< by id path
+    du::SymbolMap<KeptXml> m_keptInPart;                          ///< by id path
     std::unordered_map<std::string, std::string> m_foreignOfNode; ///< attributes of service nodes, by id path
     std::string m_foreignOfService;
     std::unordered_map<std::string, std::string> m_absentParts; ///< id paths of parts, by that of the service node

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <du/Symbol.h>
+#include <du/SymbolMap.h>
 #include <luhost/Package.h>
 
 #include <string>
@@ -46,7 +46,7 @@ private:
     std::string m_folder;
     std::unordered_map<std::string_view, bool> m_files; ///< whether each is marked, by the texts of m_names
     std::unordered_set<std::string> m_names;
-    std::unordered_map<du::Symbol, bool*> m_bySymbol;
+    du::SymbolMap<bool*> m_bySymbol;
 };
 
 } // namespace luhost

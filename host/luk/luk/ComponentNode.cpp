@@ -1,8 +1,8 @@
+#include <du/SymbolMap.h>
 #include <luk/ComponentNode.h>
 #include <luk/IdPath.h>
 #include <luk/Tree.h>
 
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -41,7 +41,7 @@ public:
     std::size_t GetCount() const noexcept { return m_byId.size(); }
 
 private:
-    std::unordered_map<du::Symbol, du::SmartPtr<ComponentInstance>> m_byId;
+    du::SymbolMap<du::SmartPtr<ComponentInstance>> m_byId;
     ComponentInstance* m_first = nullptr;
     ComponentInstance* m_last = nullptr;
 };

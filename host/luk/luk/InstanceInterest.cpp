@@ -1,3 +1,4 @@
+#include <du/SymbolMap.h>
 #include <luk/InstanceInterest.h>
 
 #include <algorithm>
@@ -11,7 +12,7 @@ namespace luk
 class InstanceInterest::Content
 {
 public:
-    std::unordered_set<du::Symbol> idPaths;
+    du::SymbolSet idPaths;
     std::unordered_set<Follower*> followers;
 };
 
@@ -51,6 +52,16 @@ void InstanceInterest::Clear()
     for (const du::Symbol& idPath : std::exchange(m_content->idPaths, {})) {
         for (Follower* const follower : m_content->followers) {
             follower->OnPathRemoved(idPath);
+        }
+    }
+}
+
+void InstanceInterest::Retain(const std::function<bool(const du::Symbol& idPath)>& isKept)
+{
+    for (auto next = m_content->idPaths.begin(); next != m_content->idPaths.end();) {
+        const du::Symbol idPath = *next++;
+        if (!isKept(idPath)) {
+            Remove(idPath);
         }
     }
 }

@@ -5,6 +5,7 @@
 #include <du/Symbol.h>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -31,6 +32,8 @@ public:
     bool Add(const du::Symbol& idPath);
     bool Remove(const du::Symbol& idPath);
     void Clear();
+    /// Removes those that are not to be kept.
+    void Retain(const std::function<bool(const du::Symbol& idPath)>& isKept);
     bool Contains(const du::Symbol& idPath) const;
     std::size_t GetCount() const noexcept;
     /// By their text.

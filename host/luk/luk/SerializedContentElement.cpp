@@ -164,49 +164,56 @@ void SerializedContentElement::EndBelow(std::unique_ptr<SerializedContentElement
 
 void SerializedContentElement::AddProperty(const du::Symbol& key, const du::Symbol& value)
 {
-    m_properties.push_back({key, value});
+    AddProperty(Property{key, value});
 }
 
-void SerializedContentElement::AddProperty(const du::Symbol& key, bool value) { m_properties.push_back({key, value}); }
+void SerializedContentElement::AddProperty(const du::Symbol& key, bool value) { AddProperty(Property{key, value}); }
 
 void SerializedContentElement::AddProperty(const du::Symbol& key, std::int32_t value)
 {
-    m_properties.push_back({key, value});
+    AddProperty(Property{key, value});
 }
 
-void SerializedContentElement::AddProperty(const du::Symbol& key, float value) { m_properties.push_back({key, value}); }
+void SerializedContentElement::AddProperty(const du::Symbol& key, float value) { AddProperty(Property{key, value}); }
 
 void SerializedContentElement::AddProperty(const du::Symbol& key, std::uint64_t value)
 {
-    m_properties.push_back({key, value});
+    AddProperty(Property{key, value});
 }
 
 void SerializedContentElement::AddProperty(const du::Symbol& key, const dg::DPoint3D& value)
 {
-    m_properties.push_back({key, value});
+    AddProperty(Property{key, value});
 }
 
 void SerializedContentElement::AddProperty(const du::Symbol& key, const dg::DVec3& value)
 {
-    m_properties.push_back({key, value});
+    AddProperty(Property{key, value});
 }
 
 void SerializedContentElement::AddProperty(const du::Symbol& key, const dg::Quaternion<float>& value)
 {
-    m_properties.push_back({key, value});
+    AddProperty(Property{key, value});
 }
 
 void SerializedContentElement::AddProperty(const du::Symbol& key, const dg::Color& value)
 {
-    m_properties.push_back({key, value});
+    AddProperty(Property{key, value});
 }
 
 void SerializedContentElement::AddProperty(const du::Symbol& key, const dg::Location& value)
 {
-    m_properties.push_back({key, value});
+    AddProperty(Property{key, value});
 }
 
-void SerializedContentElement::AddProperty(Property property) { m_properties.push_back(std::move(property)); }
+void SerializedContentElement::AddProperty(Property property)
+{
+    constexpr std::size_t kFirstRoom = 8;
+    if (m_properties.capacity() == 0) {
+        m_properties.reserve(kFirstRoom);
+    }
+    m_properties.push_back(std::move(property));
+}
 
 SerializedContentElement& SerializedContentElement::StartChild(const du::Symbol& name)
 {

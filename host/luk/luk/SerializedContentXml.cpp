@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <system_error>
 
@@ -29,6 +30,39 @@ constexpr std::string_view kBase64Suffix = "Base64";
 /// Names of the types, in the order of the alternatives of Value.
 constexpr std::array<std::string_view, std::variant_size_v<SerializedContentElement::Value>> kTypes = {
     "symbol", "bool", "int32", "float", "uint64", "point", "vector", "quaternion", "color", "location"};
+
+/// Without a call where lengths differ, as they mostly do.
+bool EqualTexts(std::string_view a, std::string_view b) noexcept
+{
+    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size()) == 0);
+}
+
+/// The types by the first letter of their names, which all differ.
+constexpr std::array<std::uint8_t, 128> MakeTypesByLetter() noexcept
+{
+    std::array<std::uint8_t, 128> types{};
+    types.fill(kTypes.size());
+    for (std::size_t type = 0; type < kTypes.size(); ++type) {
+        types[static_cast<unsigned char>(kTypes[type][0])] = static_cast<std::uint8_t>(type);
+    }
+    return types;
+}
+
+/// The number of a type by its name; the number of types when it is none.
+std::size_t TypeOf(std::string_view name) noexcept
+{
+    static constexpr std::array<std::uint8_t, 128> s_types = MakeTypesByLetter();
+    const auto letter = static_cast<unsigned char>(name.empty() ? '\0' : name[0]);
+    const std::size_t type = letter < s_types.size() ? s_types[letter] : kTypes.size();
+    return type < kTypes.size() && EqualTexts(kTypes[type], name) ? type : kTypes.size();
+}
+
+/// Comparison with a word whose length the compiler knows.
+template <const std::string_view& Word>
+bool Is(std::string_view text) noexcept
+{
+    return text.size() == Word.size() && std::memcmp(text.data(), Word.data(), Word.size()) == 0;
+}
 
 // Texts
 
@@ -67,6 +101,37 @@ bool IsXmlText(std::string_view text) noexcept
         text.remove_prefix(length);
     }
     return true;
+}
+
+/// In one go, since most of them are short.
+void AppendAll(std::string& out, std::initializer_list<std::string_view> texts)
+{
+    std::size_t size = 0;
+    for (const std::string_view text : texts) {
+        size += text.size();
+    }
+    const std::size_t before = out.size();
+    out.append(size, '\0');
+    char* at = out.data() + before;
+    for (const std::string_view text : texts) {
+        at = std::copy(text.begin(), text.end(), at);
+    }
+}
+
+constexpr std::array<bool, 256> MakePlainCharacters() noexcept
+{
+    std::array<bool, 256> plain{};
+    for (std::size_t c = 0x20; c < 0x7F; ++c) {
+        plain[c] = std::string_view("&<>\"'").find(static_cast<char>(c)) == std::string_view::npos;
+    }
+    return plain;
+}
+
+/// Whether a text stands in XML as it is.
+bool IsPlain(std::string_view text) noexcept
+{
+    static constexpr std::array<bool, 256> s_plain = MakePlainCharacters();
+    return std::ranges::all_of(text, [](char c) { return s_plain[static_cast<unsigned char>(c)]; });
 }
 
 /// As the value of an attribute, where parsers turn line ends and tabs into blanks unless they are references.
@@ -150,19 +215,32 @@ struct BitsOf<double> {
 constexpr std::string_view kNan = "nan";
 constexpr std::string_view kNanBits = "nan:";
 
+template <class Integer>
+void AppendWhole(std::string& out, Integer value, int base = 10)
+{
+    std::array<char, 24> digits;
+    out.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value, base).ptr);
+}
+
 template <class Real>
 void AppendAnyReal(std::string& out, Real value)
 {
     using Bits = typename BitsOf<Real>::Type;
     const Bits bits = std::bit_cast<Bits>(value);
-    if (!std::isnan(value)) {
+    // Those that no exponent makes shorter; most values are among them.
+    constexpr Real kFirstWithExponent = 100000;
+    const int whole = std::fabs(value) < kFirstWithExponent ? static_cast<int>(value) : 0;
+    if (whole != 0 && static_cast<Real>(whole) == value) {
+        AppendWhole(out, whole);
+    } else if (bits == 0) {
+        out.push_back('0');
+    } else if (!std::isnan(value)) {
         dg::AppendShortest(out, value);
     } else if (bits == std::bit_cast<Bits>(std::numeric_limits<Real>::quiet_NaN())) {
         out += kNan;
     } else {
-        std::array<char, 2 * sizeof(Bits)> digits;
         out.append(kNanBits);
-        out.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), bits, 16).ptr);
+        AppendWhole(out, bits, 16);
     }
 }
 
@@ -202,19 +280,61 @@ bool ParseAnyReal(std::string_view text, Real& value) noexcept
     return isNumber && ParseWhole(text, value);
 }
 
+/// The usual number, such as "-12.5", at the front of a text up to a blank or the end.
+/// @return its length; 0 when it is another, which may be a number still
+///
+/// *Rationale:* digits and power of ten are exact, and a division of exact numbers rounds as reading them does.
+template <class Real>
+std::size_t ParseShortReal(std::string_view text, Real& value) noexcept
+{
+    constexpr int kMaxDigits = std::numeric_limits<Real>::digits10 + (sizeof(Real) == sizeof(float) ? 1 : 0);
+    constexpr std::array<Real, 16> kPowers = {Real(1e0),  Real(1e1),  Real(1e2),  Real(1e3), Real(1e4),  Real(1e5),
+                                              Real(1e6),  Real(1e7),  Real(1e8),  Real(1e9), Real(1e10), Real(1e11),
+                                              Real(1e12), Real(1e13), Real(1e14), Real(1e15)};
+    const bool isNegative = text.starts_with('-');
+    std::size_t at = isNegative ? 1 : 0;
+    std::int64_t number = 0;
+    const auto takeDigits = [&]() noexcept {
+        int count = 0;
+        for (; at < text.size() && text[at] >= '0' && text[at] <= '9' && count <= kMaxDigits; ++at, ++count) {
+            number = 10 * number + (text[at] - '0');
+        }
+        return count;
+    };
+    const int whole = takeDigits();
+    int fraction = 0;
+    if (at < text.size() && text[at] == '.') {
+        ++at;
+        fraction = takeDigits();
+        if (fraction == 0) {
+            return 0;
+        }
+    }
+    if (whole == 0 || whole + fraction > kMaxDigits || (at < text.size() && text[at] != ' ')) {
+        return 0;
+    }
+    const Real size = static_cast<Real>(number) / kPowers[static_cast<std::size_t>(fraction)];
+    value = isNegative ? -size : size;
+    return at;
+}
+
 /// Numbers separated by single blanks, as many as there are places for them.
 template <class... Real>
 bool ParseReals(std::string_view text, Real&... values) noexcept
 {
     bool isRead = true;
+    std::size_t left = sizeof...(values);
     const auto takeOne = [&](auto& value) {
-        const std::size_t end = std::min(text.find(' '), text.size());
-        isRead = isRead && ParseAnyReal(text.substr(0, end), value);
+        std::size_t end = isRead ? ParseShortReal(text, value) : 0;
+        if (isRead && end == 0) {
+            end = std::min(text.find(' '), text.size());
+            isRead = ParseAnyReal(text.substr(0, end), value);
+        }
+        isRead = isRead && (end < text.size()) == (--left > 0);
         text.remove_prefix(std::min(end + 1, text.size()));
     };
-    const auto blanks = static_cast<std::size_t>(std::count(text.begin(), text.end(), ' '));
     (takeOne(values), ...);
-    return isRead && blanks == sizeof...(values) - 1;
+    return isRead;
 }
 
 template <class First, class... Real>
@@ -255,8 +375,7 @@ void AppendValueText(std::string& out, const dg::Location& value)
 template <class Integer>
 void AppendValueText(std::string& out, Integer value)
 {
-    std::array<char, 24> digits;
-    out.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
+    AppendWhole(out, value);
 }
 
 bool ParseValueText(std::string_view, du::Symbol&) noexcept { return false; }
@@ -302,80 +421,105 @@ bool ParseValueText(std::string_view text, dg::Location& value) noexcept
     return true;
 }
 
-/// A value of the type with this number.
-SerializedContentElement::Value ValueOfType(std::size_t type)
+template <std::size_t Type>
+bool ParseAs(std::string_view text, SerializedContentElement::Value& value) noexcept
 {
-    using Value = SerializedContentElement::Value;
-    static const std::array<Value, std::variant_size_v<Value>> s_values = {
-        du::Symbol(),   false,       std::int32_t{},          0.0F,        std::uint64_t{},
-        dg::DPoint3D(), dg::DVec3(), dg::Quaternion<float>(), dg::Color(), dg::Location()};
-    return s_values[type];
+    return ParseValueText(text, value.emplace<Type>());
+}
+
+template <std::size_t... Type>
+constexpr auto MakeParsers(std::index_sequence<Type...>) noexcept
+{
+    return std::array{&ParseAs<Type>...};
+}
+
+/// Reads a text as the type with this number.
+bool ParseType(std::size_t type, std::string_view text, SerializedContentElement::Value& value) noexcept
+{
+    static constexpr auto s_parsers = MakeParsers(std::make_index_sequence<kTypes.size()>());
+    return s_parsers[type](text, value);
 }
 
 /// What the attributes of an element say that are spoken for, and the others as they stand.
 class Attributes
 {
 public:
+    struct Text {
+        std::string_view text;
+        bool isGiven = false;
+        bool isBase64 = false;
+    };
+
     /// A property has a key and a value, an element a name.
     Attributes(const dg::XmlElem& element, bool isProperty)
     {
         for (dg::XmlAttribute attribute = element.FirstAttribute(); attribute; attribute = attribute.Next()) {
             const std::string_view name = attribute.GetName();
-            if (!m_label.Take(name, isProperty ? kKey : kName, attribute.GetValue()) &&
-                !(isProperty && m_value.Take(name, kValue, attribute.GetValue()))) {
-                SerializedContentXml::AppendForeignAttribute(foreign, name, attribute.GetValue());
+            const std::string_view value = attribute.GetValue();
+            const bool isTaken = isProperty ? Take<kKey>(label, name, value) || Take<kValue>(content, name, value)
+                                            : Take<kName>(label, name, value);
+            if (!isTaken) {
+                SerializedContentXml::AppendForeignAttribute(foreign, name, value);
             }
         }
     }
 
-    bool HasValue() const noexcept { return m_value.isGiven && !m_value.isBase64; }
-    std::string_view GetValue() const noexcept { return m_value.text; }
+    bool HasValue() const noexcept { return content.isGiven && !content.isBase64; }
 
-    bool GetLabel(du::Symbol& label) const { return m_label.ToSymbol(label); }
-    bool GetSymbol(du::Symbol& value) const { return m_value.ToSymbol(value); }
-
+    Text label;
+    Text content;
     std::string foreign;
 
 private:
-    struct Text {
-        std::string_view text;
-        bool isGiven = false;
-        bool isBase64 = false;
-
-        /// Of several the first counts.
-        bool Take(std::string_view name, std::string_view expected, std::string_view value) noexcept
-        {
-            if (!name.starts_with(expected)) {
-                return false;
-            }
-            const std::string_view suffix = name.substr(expected.size());
-            if (!suffix.empty() && suffix != kBase64Suffix) {
-                return false;
-            }
-            if (!isGiven) {
-                *this = {value, true, !suffix.empty()};
-            }
-            return true;
+    /// Of several the first counts.
+    template <const std::string_view& Word>
+    static bool Take(Text& text, std::string_view name, std::string_view value) noexcept
+    {
+        const bool isPlain = Is<Word>(name);
+        if (!isPlain && !(name.starts_with(Word) && name.substr(Word.size()) == kBase64Suffix)) {
+            return false;
         }
-
-        bool ToSymbol(du::Symbol& symbol) const
-        {
-            std::string bytes;
-            if (!isGiven) {
-                symbol = du::Symbol();
-            } else if (!isBase64) {
-                symbol = du::Symbol(text);
-            } else if (DecodeBase64(text, bytes)) {
-                symbol = du::Symbol(bytes);
-            } else {
-                return false;
-            }
-            return true;
+        if (!text.isGiven) {
+            text = {value, true, !isPlain};
         }
-    };
+        return true;
+    }
+};
 
-    Text m_label;
-    Text m_value;
+/// Symbols of texts that came before: what many contents have in common is looked up once for all.
+class KnownSymbols
+{
+public:
+    const du::Symbol& Get(std::string_view text)
+    {
+        du::Symbol& place = m_places[PlaceOf(text)];
+        if (place.IsNull() || !EqualTexts(place.GetText(), text)) {
+            place = du::Symbol(text);
+        }
+        return place;
+    }
+
+private:
+    static constexpr std::size_t kPlaces = 1024;
+
+    /// By the length and the bytes at both ends.
+    static std::size_t PlaceOf(std::string_view text) noexcept
+    {
+        constexpr std::uint64_t kMixer = 0x9E3779B97F4A7C15U;
+        std::uint64_t front = 0;
+        std::uint64_t back = 0;
+        if (text.size() >= sizeof(front)) {
+            std::memcpy(&front, text.data(), sizeof(front));
+            std::memcpy(&back, text.data() + text.size() - sizeof(back), sizeof(back));
+        } else {
+            for (const char letter : text) {
+                front = front << 8U | static_cast<unsigned char>(letter);
+            }
+        }
+        return ((front * kMixer ^ back) + text.size()) * kMixer >> 54U;
+    }
+
+    std::array<du::Symbol, kPlaces> m_places;
 };
 
 /// Short enough for a message, whatever a document holds.
@@ -387,15 +531,16 @@ std::string Quoted(std::string_view text)
     return quoted;
 }
 
-class Reader
+class ReadingOfMany
 {
 public:
-    explicit Reader(const Tell& tell) noexcept : m_tell(tell) {}
+    explicit ReadingOfMany(Tell tell) : m_tell(std::move(tell)) {}
 
     SerializedContentElement Read(const dg::XmlElem& top)
     {
         SerializedContentElement content;
         Start(top, content);
+        content.GetProperties().reserve(m_expected);
         std::vector<std::pair<dg::XmlElem, SerializedContentElement*>> levels = {{top.FirstChild(), &content}};
         while (!levels.empty()) {
             auto& [next, element] = levels.back();
@@ -405,53 +550,63 @@ public:
                 continue;
             }
             next = child.NextSibling();
-            if (child.GetName() == kElement) {
+            const std::string_view name = child.GetName();
+            if (Is<kElement>(name)) {
                 SerializedContentElement& inner = element->StartChild(du::Symbol());
                 Start(child, inner);
                 levels.emplace_back(child.FirstChild(), &inner);
             } else {
-                ReadProperty(child, *element);
+                ReadProperty(child, TypeOf(name), *element);
             }
         }
+        m_expected = std::min(content.GetProperties().size(), kMaxExpected);
         return content;
     }
 
 private:
+    /// Contents that follow one another are mostly of one kind.
+    static constexpr std::size_t kMaxExpected = 64;
+
     void Start(const dg::XmlElem& xml, SerializedContentElement& element)
     {
         const Attributes attributes(xml, false);
         du::Symbol name;
-        if (!attributes.GetLabel(name)) {
+        if (!ReadSymbol(attributes.label, name)) {
             Problem("an element has a name that is no Base64");
         }
         element = SerializedContentElement(name);
         element.SetForeign(attributes.foreign);
     }
 
-    void ReadProperty(const dg::XmlElem& xml, SerializedContentElement& element)
+    void ReadProperty(const dg::XmlElem& xml, std::size_t type, SerializedContentElement& element)
     {
-        const auto type = std::find(kTypes.begin(), kTypes.end(), xml.GetName());
-        if (type == kTypes.end() || xml.FirstChild()) {
+        if (type == kTypes.size() || xml.FirstChild()) {
             KeepForeign(xml, element);
             return;
         }
+        Property& property = element.GetProperties().emplace_back();
         const Attributes attributes(xml, true);
-        Property property;
-        if (!attributes.GetLabel(property.key)) {
-            Problem("a property has a key that is no Base64");
-            return;
+        if (!ReadProperty(type, attributes, property)) {
+            element.GetProperties().pop_back();
         }
-        property.value = ValueOfType(static_cast<std::size_t>(type - kTypes.begin()));
-        if (!ReadValue(attributes, property.value)) {
-            Problem((std::string(*type) + " ").append(Quoted(property.key.GetText())) +
-                    (attributes.HasValue() ? " has the wrong value " + Quoted(attributes.GetValue())
+    }
+
+    bool ReadProperty(std::size_t type, const Attributes& attributes, Property& property)
+    {
+        if (!ReadSymbol(attributes.label, property.key)) {
+            Problem("a property has a key that is no Base64");
+            return false;
+        }
+        if (!ReadValue(type, attributes, property.value)) {
+            Problem(std::string(kTypes[type]).append(" ").append(Quoted(property.key.GetText())) +
+                    (attributes.HasValue() ? " has the wrong value " + Quoted(attributes.content.text)
                                            : std::string(" has no value")));
-            return;
+            return false;
         }
         if (!attributes.foreign.empty()) {
             property.foreign = std::make_shared<const std::string>(attributes.foreign);
         }
-        element.AddProperty(std::move(property));
+        return true;
     }
 
     /// Among the properties as long as there is no child yet, then among the children.
@@ -468,12 +623,27 @@ private:
         element.AddProperty(std::move(property));
     }
 
-    static bool ReadValue(const Attributes& attributes, SerializedContentElement::Value& value)
+    bool ReadValue(std::size_t type, const Attributes& attributes, SerializedContentElement::Value& value)
     {
-        if (auto* const symbol = std::get_if<du::Symbol>(&value)) {
-            return attributes.GetSymbol(*symbol);
+        if (auto* const symbol = type == 0 ? std::get_if<du::Symbol>(&value) : nullptr) {
+            return ReadSymbol(attributes.content, *symbol);
         }
-        return attributes.HasValue() && SerializedContentXml::ParseValue(attributes.GetValue(), value);
+        return attributes.HasValue() && ParseType(type, attributes.content.text, value);
+    }
+
+    bool ReadSymbol(const Attributes::Text& text, du::Symbol& symbol)
+    {
+        std::string bytes;
+        if (!text.isGiven) {
+            symbol = du::Symbol();
+        } else if (!text.isBase64) {
+            symbol = m_symbols.Get(text.text);
+        } else if (DecodeBase64(text.text, bytes)) {
+            symbol = du::Symbol(bytes);
+        } else {
+            return false;
+        }
+        return true;
     }
 
     void Problem(const std::string& problem) const
@@ -483,7 +653,9 @@ private:
         }
     }
 
-    const Tell& m_tell;
+    const Tell m_tell;
+    KnownSymbols m_symbols;
+    std::size_t m_expected = 0; ///< properties
 };
 
 void AppendIndent(std::string& out, int depth) { out.append(2 * static_cast<std::size_t>(depth), ' '); }
@@ -508,8 +680,13 @@ void AppendProperty(std::string& out, const Property& property, int depth)
         return;
     }
     AppendIndent(out, depth);
-    out.append("<").append(kTypes[property.value.index()]);
-    AppendSymbolAttribute(out, kKey, property.key);
+    const std::string_view type = kTypes[property.value.index()];
+    if (const std::string_view key = property.key.GetText(); !property.key.IsNull() && IsPlain(key)) {
+        AppendAll(out, {"<", type, " key=\"", key, "\""});
+    } else {
+        out.append("<").append(type);
+        AppendSymbolAttribute(out, kKey, property.key);
+    }
     if (const auto* const symbol = std::get_if<du::Symbol>(&property.value)) {
         AppendSymbolAttribute(out, kValue, *symbol);
     } else {
@@ -573,6 +750,21 @@ bool SerializedContentXml::Append(std::string& out, const SerializedContentEleme
     return fits;
 }
 
+class SerializedContentXml::Reader::Content : public ReadingOfMany
+{
+public:
+    using ReadingOfMany::ReadingOfMany;
+};
+
+SerializedContentXml::Reader::Reader(Tell tell) : m_content(std::make_unique<Content>(std::move(tell))) {}
+
+SerializedContentXml::Reader::~Reader() = default;
+
+SerializedContentElement SerializedContentXml::Reader::Read(const dg::XmlElem& element)
+{
+    return m_content->Read(element);
+}
+
 SerializedContentElement SerializedContentXml::Read(const dg::XmlElem& element, const Tell& tell)
 {
     return Reader(tell).Read(element);
@@ -606,6 +798,10 @@ void SerializedContentXml::AppendForeign(std::string& out, const dg::XmlElem& to
 
 void SerializedContentXml::AppendAttribute(std::string& out, std::string_view name, std::string_view value)
 {
+    if (IsPlain(value)) {
+        AppendAll(out, {" ", name, "=\"", value, "\""});
+        return;
+    }
     out.append(" ").append(name);
     if (IsXmlText(value)) {
         out.append("=\"");

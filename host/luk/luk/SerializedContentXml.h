@@ -3,6 +3,7 @@
 #include <luk/SerializedContentElement.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -46,6 +47,22 @@ public:
 
     /// A property whose value is missing or wrong is left out and told.
     static SerializedContentElement Read(const dg::XmlElem& element, const Tell& tell);
+
+    /// Reads one element after the other like Read, and quicker where keys, names and texts come again.
+    class LUHOST_API Reader
+    {
+    public:
+        explicit Reader(Tell tell);
+        ~Reader();
+        Reader(const Reader&) = delete;
+        Reader& operator=(const Reader&) = delete;
+
+        SerializedContentElement Read(const dg::XmlElem& element);
+
+    private:
+        class Content;
+        std::unique_ptr<Content> m_content;
+    };
 
     /// Appends an element that is not understood as it is, without layout. Comments are gone, and a text between child
     /// elements moves before them.

@@ -2,6 +2,7 @@
 
 #include <du/SmartPtr.h>
 #include <du/Symbol.h>
+#include <du/SymbolMap.h>
 #include <luk/InstanceInterest.h>
 #include <luk/ShapeSceneObserver.h>
 
@@ -62,7 +63,7 @@ private:
 
     Records m_all;
     Records m_hearEverything;
-    std::unordered_map<du::Symbol, Records> m_byPath;
+    du::SymbolMap<Records> m_byPath;
     std::unordered_map<const ShapeSceneObserver*, std::uint64_t> m_order;
     std::uint64_t m_nextOrder = 0;
     std::deque<RecordPtr> m_begun; ///< to be told the end of the batch

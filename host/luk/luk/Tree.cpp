@@ -1,9 +1,9 @@
+#include <du/SymbolMap.h>
 #include <luk/ComponentNode.h>
 #include <luk/Structure.h>
 #include <luk/Tree.h>
 
 #include <algorithm>
-#include <unordered_map>
 #include <utility>
 
 namespace luk
@@ -53,7 +53,7 @@ public:
         }
     }
 
-    std::unordered_map<du::Symbol, du::SmartPtr<Instance>> byPath; ///< all but the root
+    du::SymbolMap<du::SmartPtr<Instance>> byPath; ///< all but the root
 
 private:
     std::vector<Listener*> m_listeners;

@@ -9,7 +9,6 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <deque>
 #include <list>
 #include <mutex>
 #include <new>
@@ -28,8 +27,13 @@ namespace
 
 constexpr int kFailed = 1;
 
+/// So long a worker that has run out of work lies in wait before it sleeps. What is asked for meanwhile costs no waking, and
+/// loads of one file become one job.
+constexpr std::chrono::milliseconds kDoze{5};
+
 /// So short that a string of it needs no memory.
 constexpr const char* kOutOfMemory = "out of memory";
+constexpr const char* kNoThread = "the system gives no thread to read it with";
 
 enum class Kind { Picture, Shape };
 
@@ -97,7 +101,52 @@ private:
 struct Waiting {
     Request request;
     std::shared_ptr<const Job> result; ///< null until it has been read
+    std::shared_ptr<Waiting> next;     ///< of those who wait with the same image
 };
+
+/// Those who wait with one image, in the order in which they asked, which decides what it shows in the end.
+class ImageQueue
+{
+public:
+    ImageQueue() = default;
+    ~ImageQueue()
+    {
+        while (m_first) {
+            TakeFirst();
+        }
+    }
+    ImageQueue(const ImageQueue&) = delete;
+    ImageQueue& operator=(const ImageQueue&) = delete;
+
+    void Append(const std::shared_ptr<Waiting>& waiting) noexcept
+    {
+        (m_first ? m_last->next : m_first) = waiting;
+        m_last = waiting.get();
+    }
+
+    bool IsEmpty() const noexcept { return !m_first; }
+    bool IsFirstRead() const noexcept { return m_first->result != nullptr; }
+
+    std::shared_ptr<Waiting> TakeFirst() noexcept
+    {
+        std::shared_ptr<Waiting> taken = std::move(m_first);
+        m_first = std::move(taken->next);
+        return taken;
+    }
+
+private:
+    std::shared_ptr<Waiting> m_first;
+    Waiting* m_last = nullptr; ///< of one that is not empty
+};
+
+/// Of those that may stand in for each other.
+std::string LaneOf(Kind kind, const std::string& path)
+{
+    std::string lane;
+    lane.reserve(path.size() + 1);
+    lane.append(1, kind == Kind::Shape ? 's' : 'p').append(path);
+    return lane;
+}
 
 /// The file of a shape. A name without a folder is one of the files that belong to the document.
 std::string PathOfShape(const luk::Shape& shape, const luk::Anchor* anchor)
@@ -127,7 +176,8 @@ public:
     {
     }
 
-    void Load(Request request, Job wanted);
+    /// @param mesh that is there already, so that nothing has to be read
+    void Load(Request request, Kind kind, std::string path, du::SmartPtr<luk::Mesh> mesh);
     bool Wait(const std::function<bool(std::size_t)>& onProgress);
     void Stop();
 
@@ -137,6 +187,7 @@ public:
 private:
     class Parcel;
     class DecodingTurn;
+    class HostWaiting;
     /// What goes on with one path of one kind: at most one job runs and one waits.
     struct Lane {
         std::shared_ptr<Job> waiting;
@@ -146,9 +197,9 @@ private:
 
     /// Nothing will be delivered any more.
     bool IsCutOff() const noexcept { return m_stopped || m_kernelClosed; }
-    void JoinOrEnqueue(Jobs& one, const std::shared_ptr<Waiting>& waiting);
+    void RegisterAndPost(const std::shared_ptr<Waiting>& waiting, Job&& job);
+    void JoinOrEnqueue(const std::shared_ptr<Waiting>& waiting, Kind kind, std::string path);
     void Register(const Job& job, const std::shared_ptr<Waiting>& waiting);
-    void AppendToQueueOf(const luk::Image& image, const std::shared_ptr<Waiting>& waiting);
     bool HaveWorker();
     void Deliver(const std::shared_ptr<const Job>& job);
     void DeliverInTurn(const std::shared_ptr<Waiting>& waiting);
@@ -158,6 +209,8 @@ private:
 
     void RunWorker();
     Jobs TakeJob();
+    void WaitForJob(std::unique_lock<std::mutex>& lock);
+    void NoteNewJob();
     void FinishJob(const Job& job);
     bool TryToPost(const std::shared_ptr<Job>& job);
     void Post(Jobs& one);
@@ -177,8 +230,7 @@ private:
     const std::thread::id m_hostThread = std::this_thread::get_id();
     du::SmartPtr<luk::Kernel> m_kernel;
     std::unordered_map<const Job*, std::vector<std::shared_ptr<Waiting>>> m_requests;
-    /// In the order in which they were asked for, which decides what an image shows in the end.
-    std::unordered_map<const luk::Image*, std::deque<std::shared_ptr<Waiting>>> m_requestsOfImage;
+    std::unordered_map<const luk::Image*, ImageQueue> m_requestsOfImage;
     std::size_t m_pending = 0;
     std::size_t m_deliveries = 0;
     bool m_isDelivering = false;
@@ -191,9 +243,12 @@ private:
 
     std::mutex m_mutex; ///< guards what follows
     std::condition_variable m_jobsChanged;
+    std::condition_variable m_hurried; ///< for the one that dozes
     std::condition_variable m_posted;
     std::condition_variable m_decoded;
     bool m_isStopping = false;
+    bool m_isDozing = false;      ///< one worker, which looks for jobs by itself soon
+    bool m_isHostWaiting = false; ///< so that nobody dozes
     std::size_t m_postCount = 0;
     Jobs m_jobs;
     Jobs m_unposted; ///< finished, but the kernel had no memory to be told so
@@ -248,7 +303,27 @@ private:
     std::size_t m_digest;
 };
 
-void Loader::Work::Load(Request request, Job wanted)
+/// While the host waits for loads, whoever works has nothing to gather.
+class Loader::Work::HostWaiting
+{
+public:
+    explicit HostWaiting(Work& work) : m_work(work) { Set(true); }
+    ~HostWaiting() { Set(false); }
+    HostWaiting(const HostWaiting&) = delete;
+    HostWaiting& operator=(const HostWaiting&) = delete;
+
+private:
+    void Set(bool isWaiting)
+    {
+        const std::lock_guard lock(m_work.m_mutex);
+        m_work.m_isHostWaiting = isWaiting;
+        m_work.m_hurried.notify_one();
+    }
+
+    Work& m_work;
+};
+
+void Loader::Work::Load(Request request, Kind kind, std::string path, du::SmartPtr<luk::Mesh> mesh)
 {
     const du::SmartPtr<luk::Kernel> kernel = luk::Kernel::GetKernel();
     if (!kernel || IsCutOff()) {
@@ -257,57 +332,63 @@ void Loader::Work::Load(Request request, Job wanted)
     if (!m_kernel) {
         m_kernel = kernel;
     }
-    const auto waiting = std::make_shared<Waiting>(Waiting{std::move(request), nullptr});
-    wanted.lane.assign(1, wanted.kind == Kind::Shape ? 's' : 'p').append(wanted.path);
-    Jobs one{std::make_shared<Job>(std::move(wanted))};
-    Job& job = *one.front();
-    const bool isDone = job.IsDone();
-    if (!isDone && HaveWorker()) {
-        JoinOrEnqueue(one, waiting);
-        return;
+    const auto waiting = std::make_shared<Waiting>(Waiting{std::move(request), nullptr, nullptr});
+    if (mesh) {
+        RegisterAndPost(waiting, {kind, std::move(path), nullptr, std::move(mesh), {}, {}});
+    } else if (HaveWorker()) {
+        JoinOrEnqueue(waiting, kind, std::move(path));
+    } else {
+        RegisterAndPost(waiting, {kind, std::move(path), nullptr, nullptr, kNoThread, {}});
     }
-    if (!isDone) {
-        job.Fail("the system gives no thread to read it with");
-    }
-    Register(job, waiting);
+}
+
+void Loader::Work::RegisterAndPost(const std::shared_ptr<Waiting>& waiting, Job&& job)
+{
+    Jobs one{std::make_shared<Job>(std::move(job))};
+    Register(*one.front(), waiting);
     Post(one);
 }
 
 /// A job that runs already may have read the file before it last changed, so that it is too late to join it.
-void Loader::Work::JoinOrEnqueue(Jobs& one, const std::shared_ptr<Waiting>& waiting)
+void Loader::Work::JoinOrEnqueue(const std::shared_ptr<Waiting>& waiting, Kind kind, std::string path)
 {
-    const std::shared_ptr<Job> job = one.front();
+    std::string name = LaneOf(kind, path);
     const std::lock_guard lock(m_mutex);
+    const auto known = m_lanes.find(name);
+    if (known != m_lanes.end() && known->second.waiting) {
+        Register(*known->second.waiting, waiting);
+        return;
+    }
+    Jobs one{std::make_shared<Job>(Job{kind, std::move(path), nullptr, nullptr, {}, std::move(name)})};
+    const std::shared_ptr<Job>& job = one.front();
     const auto [place, isNew] = m_lanes.try_emplace(job->lane);
-    Lane& lane = place->second;
     try {
-        Register(lane.waiting ? *lane.waiting : *job, waiting);
+        Register(*job, waiting);
     } catch (const std::bad_alloc&) {
         if (isNew) {
             m_lanes.erase(place);
         }
         throw;
     }
-    if (lane.waiting) {
-        return;
-    }
+    Lane& lane = place->second;
     lane.waiting = job;
     if (lane.isRunning) {
         lane.held.splice(lane.held.end(), one);
     } else {
         m_jobs.splice(m_jobs.end(), one);
-        m_jobsChanged.notify_one();
+        NoteNewJob();
     }
 }
 
 /// Writes down who waits for a job, whole or not at all.
 void Loader::Work::Register(const Job& job, const std::shared_ptr<Waiting>& waiting)
 {
+    const luk::Image* const image = waiting->request.image.get();
     std::vector<std::shared_ptr<Waiting>>& requests = m_requests[&job];
     try {
         requests.push_back(waiting);
-        if (const luk::Image* const image = waiting->request.image.get()) {
-            AppendToQueueOf(*image, waiting);
+        if (image) {
+            m_requestsOfImage[image].Append(waiting);
         }
     } catch (const std::bad_alloc&) {
         std::erase(requests, waiting);
@@ -317,19 +398,6 @@ void Loader::Work::Register(const Job& job, const std::shared_ptr<Waiting>& wait
         throw;
     }
     ++m_pending;
-}
-
-void Loader::Work::AppendToQueueOf(const luk::Image& image, const std::shared_ptr<Waiting>& waiting)
-{
-    const auto queue = m_requestsOfImage.try_emplace(&image).first;
-    try {
-        queue->second.push_back(waiting);
-    } catch (const std::bad_alloc&) {
-        if (queue->second.empty()) {
-            m_requestsOfImage.erase(queue);
-        }
-        throw;
-    }
 }
 
 /// Starts one more for each load, up to the maximum.
@@ -377,12 +445,11 @@ void Loader::Work::DeliverInTurn(const std::shared_ptr<Waiting>& waiting)
     }
     while (!IsCutOff()) {
         const auto queue = m_requestsOfImage.find(image.get());
-        if (queue == m_requestsOfImage.end() || !queue->second.front()->result) {
+        if (queue == m_requestsOfImage.end() || !queue->second.IsFirstRead()) {
             return;
         }
-        const std::shared_ptr<Waiting> first = std::move(queue->second.front());
-        queue->second.pop_front();
-        if (queue->second.empty()) {
+        const std::shared_ptr<Waiting> first = queue->second.TakeFirst();
+        if (queue->second.IsEmpty()) {
             m_requestsOfImage.erase(queue);
         }
         DeliverOne(*first);
@@ -406,6 +473,7 @@ bool Loader::Work::Wait(const std::function<bool(std::size_t)>& onProgress)
     if (std::this_thread::get_id() != m_hostThread || m_isDelivering) {
         return false;
     }
+    const HostWaiting isWaiting(*this);
     bool hasRest = true; // what the last deliveries may have posted
     while (m_pending > 0 || hasRest) {
         hasRest = m_pending > 0;
@@ -448,6 +516,7 @@ void Loader::Work::Stop()
         m_unposted.clear();
         m_lanes.clear();
         m_jobsChanged.notify_all();
+        m_hurried.notify_all();
     }
     for (std::thread& worker : std::exchange(m_workers, {})) {
         worker.join();
@@ -491,7 +560,7 @@ Jobs Loader::Work::TakeJob()
 {
     Jobs one;
     std::unique_lock lock(m_mutex);
-    m_jobsChanged.wait(lock, [this] { return m_isStopping || !m_jobs.empty(); });
+    WaitForJob(lock);
     if (m_isStopping) {
         return one;
     }
@@ -500,7 +569,29 @@ Jobs Loader::Work::TakeJob()
         lane->second.waiting = nullptr;
         lane->second.isRunning = true;
     }
+    if (!m_jobs.empty()) {
+        NoteNewJob(); // which may have come while this one dozed
+    }
     return one;
+}
+
+void Loader::Work::WaitForJob(std::unique_lock<std::mutex>& lock)
+{
+    const auto mayGo = [this] { return m_isStopping || !m_jobs.empty(); };
+    if (!mayGo() && !m_isDozing && !m_isHostWaiting) {
+        m_isDozing = true;
+        m_hurried.wait_for(lock, kDoze, [this] { return m_isStopping || m_isHostWaiting; });
+        m_isDozing = false;
+    }
+    m_jobsChanged.wait(lock, mayGo);
+}
+
+/// [locked] Wakes a worker for it, unless one comes by itself.
+void Loader::Work::NoteNewJob()
+{
+    if (!m_isDozing) {
+        m_jobsChanged.notify_one();
+    }
 }
 
 void Loader::Work::FinishJob(const Job& job)
@@ -513,7 +604,7 @@ void Loader::Work::FinishJob(const Job& job)
     lane->second.isRunning = false;
     if (lane->second.waiting) {
         m_jobs.splice(m_jobs.end(), lane->second.held);
-        m_jobsChanged.notify_one();
+        NoteNewJob();
     } else {
         m_lanes.erase(lane);
     }
@@ -703,16 +794,16 @@ void Loader::SetLoader(const du::SmartPtr<Loader>& loader) { luk::CurrentHandle<
 void Loader::LoadImage(const du::SmartPtr<luk::Image>& image, const du::SmartPtr<luk::AsyncEvent>& event,
                        const du::Symbol&)
 {
-    const std::string path = image ? PathFromURL(image->GetURL().GetText()) : std::string();
-    m_work->Load({image, nullptr, event}, {Kind::Picture, path, nullptr, nullptr, {}, {}});
+    std::string path = image ? PathFromURL(image->GetURL().GetText()) : std::string();
+    m_work->Load({image, nullptr, event}, Kind::Picture, std::move(path), nullptr);
 }
 
 void Loader::LoadShape(const du::SmartPtr<luk::Shape>& shape, unsigned int, const du::SmartPtr<luk::AsyncEvent>& event,
                        const du::SmartPtr<luk::Anchor>& anchor)
 {
-    const std::string path = shape ? PathOfShape(*shape, anchor.get()) : std::string();
-    const du::SmartPtr<luk::Mesh> mesh = shape ? shape->GetMesh() : du::SmartPtr<luk::Mesh>();
-    m_work->Load({nullptr, shape, event}, {Kind::Shape, path, nullptr, mesh, {}, {}});
+    std::string path = shape ? PathOfShape(*shape, anchor.get()) : std::string();
+    du::SmartPtr<luk::Mesh> mesh = shape ? shape->GetMesh() : du::SmartPtr<luk::Mesh>();
+    m_work->Load({nullptr, shape, event}, Kind::Shape, std::move(path), std::move(mesh));
 }
 
 std::size_t Loader::GetPendingCount() const noexcept { return m_work->GetPendingCount(); }

@@ -162,7 +162,13 @@ int FileSystem::Mkdir(const std::string& path)
     return isMade ? 0 : EEXIST;
 }
 
-bool FileSystem::FileExists(const std::string& path) { return !NamesFolder(path) && IsRegularFile(PathOf(path)); }
+bool FileSystem::FileExists(const std::string& path)
+{
+    struct stat status {
+    };
+    const bool namesFile = !path.empty() && !NamesFolder(path) && path.find('\0') == std::string::npos;
+    return namesFile && ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
 
 bool FileSystem::FileReadable(const std::string& path)
 {

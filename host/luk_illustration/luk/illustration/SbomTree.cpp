@@ -1,8 +1,8 @@
+#include <du/SymbolMap.h>
 #include <luk/IdPath.h>
 #include <luk/illustration/SbomTree.h>
 #include <luk/Instance.h>
 
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -12,7 +12,7 @@ namespace luk::illustration
 class SbomTree::Index
 {
 public:
-    std::unordered_map<du::Symbol, du::SmartPtr<SbomInstance>> byPath; ///< all but the root
+    du::SymbolMap<du::SmartPtr<SbomInstance>> byPath; ///< all but the root
 
     static void CutLinks(SbomInstance& instance) noexcept
     {
