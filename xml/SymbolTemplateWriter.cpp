@@ -40,6 +40,32 @@ constexpr std::size_t kTypicalEntrySize = 1280;
 
 std::string_view BoolText(bool value) { return value ? "true"sv : "false"sv; }
 
+/// Characters put together by the compiler.
+template <std::size_t Size>
+struct FixedText {
+    constexpr explicit FixedText(std::initializer_list<std::string_view> pieces)
+    {
+        char* at = characters;
+        for (const std::string_view piece : pieces) {
+            at = std::copy(piece.begin(), piece.end(), at);
+        }
+    }
+    constexpr operator std::string_view() const { return {characters, Size}; }
+
+    char characters[Size] = {};
+};
+
+/// What surrounds a value in the document.
+///
+/// Rationale: most of a library's text is the same few tags, each of which is appended in one piece instead of four.
+template <const std::string_view& Name, unsigned Depth = 0>
+struct Markup {
+    static constexpr std::string_view kIndent = std::string_view("          ").substr(0, std::size_t{2} * Depth);
+    static constexpr FixedText<kIndent.size() + Name.size() + 2> kOpening{kIndent, "<", Name, ">"};
+    static constexpr FixedText<Name.size() + 4> kClosing{"</", Name, ">\n"};
+    static constexpr FixedText<Name.size() + 3> kAttribute{" ", Name, "=\""};
+};
+
 /// Text of a number, as a stream with default formatting writes it.
 class NumberText
 {
@@ -71,49 +97,51 @@ public:
     /// The beginning of an element whose attributes follow.
     void TagWithAttributes(std::string_view name, unsigned depth) { Tag(name, depth, true, true, false); }
 
-    void Attr(std::string_view name, std::string_view value, bool endElement = false)
+    template <const std::string_view& Name>
+    void Attr(std::string_view value, bool endElement = false)
     {
-        m_text += ' ';
-        if (!name.empty()) {
-            m_text.append(name).append("=\""sv);
-            dg::AppendXmlEncoded(m_text, value);
-            m_text += '"';
-        }
-        if (endElement) {
-            // The blank before the line feed is part of the format.
-            m_text.append("/> \n"sv);
-        }
+        m_text.append(Markup<Name>::kAttribute);
+        FinishAttr(value, endElement);
     }
 
-    template <class Number>
-    void NumberAttr(std::string_view name, Number number, bool endElement = false)
+    template <const std::string_view& Name, class Number>
+    void NumberAttr(Number number, bool endElement = false)
     {
-        Attr(name, m_number.Of(number), endElement);
+        Attr<Name>(m_number.Of(number), endElement);
     }
 
     void CloseTag(bool newline) { m_text.append(newline ? ">\n"sv : ">"sv); }
 
-    void TagAndValue(std::string_view name, unsigned depth, std::string_view value)
+    template <class Number>
+    void NumberAttr(std::string_view name, Number number, bool endElement = false)
     {
-        OpenTag(name, depth, false);
-        Value(value);
-        ClosingTag(name, 0);
+        m_text.append(1, ' ').append(name).append("=\""sv);
+        FinishAttr(m_number.Of(number), endElement);
     }
 
-    template <class Number>
-    void TagAndNumber(std::string_view name, unsigned depth, Number number)
+    template <const std::string_view& Name, unsigned Depth>
+    void TagAndValue(std::string_view value)
     {
-        TagAndValue(name, depth, m_number.Of(number));
+        m_text.append(Markup<Name, Depth>::kOpening);
+        Value(value);
+        m_text.append(Markup<Name>::kClosing);
+    }
+
+    template <const std::string_view& Name, unsigned Depth, class Number>
+    void TagAndNumber(Number number)
+    {
+        TagAndValue<Name, Depth>(m_number.Of(number));
     }
 
     /// The key of a text where there is one to be written, else the text.
-    void KeyOrText(std::string_view name, unsigned depth, std::string_view key, std::string_view text)
+    template <const std::string_view& Name, unsigned Depth>
+    void KeyOrText(std::string_view key, std::string_view text)
     {
         if (key.empty()) {
-            TagAndValue(name, depth, text);
+            TagAndValue<Name, Depth>(text);
         } else {
-            TagWithAttributes(name, depth);
-            Attr(format::kLocId, key, true);
+            TagWithAttributes(Name, Depth);
+            Attr<format::kLocId>(key, true);
         }
     }
 
@@ -122,6 +150,13 @@ public:
     void HostElement(const dg::XmlElem* element, unsigned depth) { dg::WriteXmlCloseTags(element, m_text, depth); }
 
 private:
+    void FinishAttr(std::string_view value, bool endElement)
+    {
+        dg::AppendXmlEncoded(m_text, value);
+        // The blank before the line feed is part of the format.
+        m_text.append(endElement ? "\"/> \n"sv : "\""sv);
+    }
+
     void Tag(std::string_view name, unsigned depth, bool leaveOpen, bool opening, bool newline)
     {
         m_text.append(2 * std::size_t{depth}, ' ');
@@ -146,11 +181,11 @@ public:
         // A category of another class keeps its entries at home, although it has no texts to save.
         const auto* item = dynamic_cast<const PartslibraryCategoryItem*>(&category);
         m_text.TagWithAttributes(format::kCategory, 2);
-        m_text.Attr(format::kId, category.GetId());
+        m_text.Attr<format::kId>(category.GetId());
         m_text.CloseTag(true);
-        m_text.KeyOrText(format::kName, 3, item ? Key(item->GetLocIdName()) : "", category.GetName());
-        m_text.TagAndValue(format::kTooltip, 3, item ? item->GetCatTooltip() : std::string_view());
-        m_text.TagAndValue(format::kDescription, 3, item ? item->GetCatDescription() : std::string_view());
+        m_text.KeyOrText<format::kName, 3>(item ? Key(item->GetLocIdName()) : "", category.GetName());
+        m_text.TagAndValue<format::kTooltip, 3>(item ? item->GetCatTooltip() : std::string_view());
+        m_text.TagAndValue<format::kDescription, 3>(item ? item->GetCatDescription() : std::string_view());
         m_text.ClosingTag(format::kCategory, 2);
     }
 
@@ -161,16 +196,16 @@ public:
         WriteTexts(item, item.GetOlTooltip());
         WriteUrl(format::kGalleryThumbnail, item, item.GetOlGalleryThumbnailUrl(), format::kShapeFolder);
         WriteUrl(format::kGraphic, item, item.GetOlUrl(), format::kShapeFolder);
-        m_text.TagAndNumber(format::kScale, 3, item.GetOlScale());
-        m_text.TagAndNumber(format::kOrientation, 3, item.GetOlOrientation());
+        m_text.TagAndNumber<format::kScale, 3>(item.GetOlScale());
+        m_text.TagAndNumber<format::kOrientation, 3>(item.GetOlOrientation());
         WriteCsys(item.GetOlCsys());
-        m_text.TagAndValue(format::kAxisName, 3, item.GetAxisName());
-        m_text.TagAndNumber(format::kDistanceFromCsys, 3, item.GetDistanceFromCsys());
-        m_text.TagAndNumber(format::kAxisId, 3, item.GetAxisId());
-        m_text.TagAndValue(format::kOrientationName, 3, item.GetOrientationName());
-        m_text.TagAndValue(format::kAnnotationToSymbol, 3, BoolText(item.IsAnnotationSymbol()));
-        m_text.TagAndValue(format::kUseCurrentOrientation, 3, BoolText(item.IsUseCurrentOrientation()));
-        m_text.TagAndNumber(format::kEditCsysMethod, 3, item.GetEditCsysMethod());
+        m_text.TagAndValue<format::kAxisName, 3>(item.GetAxisName());
+        m_text.TagAndNumber<format::kDistanceFromCsys, 3>(item.GetDistanceFromCsys());
+        m_text.TagAndNumber<format::kAxisId, 3>(item.GetAxisId());
+        m_text.TagAndValue<format::kOrientationName, 3>(item.GetOrientationName());
+        m_text.TagAndValue<format::kAnnotationToSymbol, 3>(BoolText(item.IsAnnotationSymbol()));
+        m_text.TagAndValue<format::kUseCurrentOrientation, 3>(BoolText(item.IsUseCurrentOrientation()));
+        m_text.TagAndNumber<format::kEditCsysMethod, 3>(item.GetEditCsysMethod());
         WriteTags(item);
         WriteCamera(item);
         m_text.ClosingTag(format::kShape, 2);
@@ -179,18 +214,18 @@ public:
     void WriteSymbol(const PartslibraryImageItem& item, std::string_view tooltip)
     {
         BeginItem(format::kSymbol, item);
-        m_text.Attr(format::kBillboard, BoolText(item.GetIsBillboardImage()));
+        m_text.Attr<format::kBillboard>(BoolText(item.GetIsBillboardImage()));
         m_text.CloseTag(true);
         WriteTexts(item, tooltip);
         WriteUrl(format::kGalleryThumbnail, item, item.GetImageGalleryThumbnailUrl(), format::kImageFolder);
         WriteUrl(format::kImage, item, item.GetImageUrl(), format::kImageFolder);
-        m_text.TagAndNumber(format::kScale, 3, item.GetImageScale());
+        m_text.TagAndNumber<format::kScale, 3>(item.GetImageScale());
         m_text.TagWithAttributes(format::kFlip, 3);
-        m_text.Attr(format::kHorizontal, BoolText(item.GetFlipHorizontal()));
-        m_text.Attr(format::kVertical, BoolText(item.GetFlipVertical()), true);
+        m_text.Attr<format::kHorizontal>(BoolText(item.GetFlipHorizontal()));
+        m_text.Attr<format::kVertical>(BoolText(item.GetFlipVertical()), true);
         m_text.TagWithAttributes(format::kRotate, 3);
-        m_text.NumberAttr(format::kRight, item.GetRotateRight());
-        m_text.NumberAttr(format::kLeft, item.GetRotateLeft(), true);
+        m_text.NumberAttr<format::kRight>(item.GetRotateRight());
+        m_text.NumberAttr<format::kLeft>(item.GetRotateLeft(), true);
         WriteTags(item);
         m_text.ClosingTag(format::kSymbol, 2);
     }
@@ -201,25 +236,25 @@ private:
     void BeginItem(std::string_view element, const PartslibraryItem& item)
     {
         m_text.TagWithAttributes(element, 2);
-        m_text.Attr(format::kId, item.GetId());
-        m_text.Attr(format::kCategoryId, item.GetCategoryId());
+        m_text.Attr<format::kId>(item.GetId());
+        m_text.Attr<format::kCategoryId>(item.GetCategoryId());
     }
 
     void WriteTexts(const PartslibraryItem& item, std::string_view tooltip)
     {
-        m_text.KeyOrText(format::kName, 3, Key(item.GetLocIdName()), item.GetName());
-        m_text.KeyOrText(format::kTitle, 3, Key(item.GetLocIdTitle()), item.GetTitle());
-        m_text.TagAndValue(format::kShowTooltipTitle, 3, BoolText(item.ShowTooltipTitle()));
-        m_text.KeyOrText(format::kDescription, 3, Key(item.GetLocIdDesc()), item.GetDescription());
-        m_text.TagAndValue(format::kShowTooltipDescription, 3, BoolText(item.ShowTooltipDescription()));
-        m_text.TagAndValue(format::kTooltip, 3, tooltip);
+        m_text.KeyOrText<format::kName, 3>(Key(item.GetLocIdName()), item.GetName());
+        m_text.KeyOrText<format::kTitle, 3>(Key(item.GetLocIdTitle()), item.GetTitle());
+        m_text.TagAndValue<format::kShowTooltipTitle, 3>(BoolText(item.ShowTooltipTitle()));
+        m_text.KeyOrText<format::kDescription, 3>(Key(item.GetLocIdDesc()), item.GetDescription());
+        m_text.TagAndValue<format::kShowTooltipDescription, 3>(BoolText(item.ShowTooltipDescription()));
+        m_text.TagAndValue<format::kTooltip, 3>(tooltip);
     }
 
     void WriteUrl(std::string_view element, const PartslibraryItem& item, const std::string& url,
                   std::string_view subFolder)
     {
         m_text.TagWithAttributes(element, 3);
-        m_text.Attr(format::kUrl, LibraryUrl(item, url, subFolder), true);
+        m_text.Attr<format::kUrl>(LibraryUrl(item, url, subFolder), true);
     }
 
     /// An absolute URL as the library's own folder would name the file; a relative one as it is.
@@ -273,15 +308,15 @@ private:
     void WriteTag(const SequencerTag& tag)
     {
         m_text.TagWithAttributes(format::kTag, 4);
-        m_text.Attr(format::kType, SequencerTag::GetSymbolForType(tag.GetType()).GetText());
+        m_text.Attr<format::kType>(SequencerTag::GetSymbolForType(tag.GetType()).GetText());
         m_text.CloseTag(true);
-        m_text.KeyOrText(format::kDescription, 5, Key(tag.GetLocIdDesc()), tag.GetDescription());
+        m_text.KeyOrText<format::kDescription, 5>(Key(tag.GetLocIdDesc()), tag.GetDescription());
         m_text.TagWithAttributes(format::kQuantity, 5);
         const std::string_view unitsKey = Key(tag.GetLocIdUnits());
         if (unitsKey.empty()) {
-            m_text.Attr(format::kUnit, tag.GetUnits());
+            m_text.Attr<format::kUnit>(tag.GetUnits());
         } else {
-            m_text.Attr(format::kLocId, unitsKey);
+            m_text.Attr<format::kLocId>(unitsKey);
         }
         m_text.CloseTag(false);
         m_text.Value(tag.GetQuantityString());
@@ -311,10 +346,11 @@ private:
     std::string m_url;
 };
 
-std::string WriteTextSection(std::string_view name, const std::string& value)
+template <const std::string_view& Name>
+std::string WriteTextSection(const std::string& value)
 {
     SectionText text(1);
-    text.TagAndValue(name, 1, value);
+    text.TagAndValue<Name, 1>(value);
     return text.Take();
 }
 
@@ -376,11 +412,11 @@ void SymbolTemplateWriter::WritePartslibraryListToXML(const std::string& path, b
     }
 }
 
-std::string SymbolTemplateWriter::WritePartslibraryUnits() const { return WriteTextSection(format::kUnits, m_units); }
+std::string SymbolTemplateWriter::WritePartslibraryUnits() const { return WriteTextSection<format::kUnits>(m_units); }
 
 std::string SymbolTemplateWriter::WritePartslibraryInformation() const
 {
-    return WriteTextSection(format::kInformation, m_information);
+    return WriteTextSection<format::kInformation>(m_information);
 }
 
 std::string SymbolTemplateWriter::WritePartslibraryCategories(bool flag) const
