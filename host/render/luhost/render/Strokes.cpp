@@ -446,13 +446,24 @@ bool TurnsBack(const dg::DPoint2D& before, const dg::DPoint2D& point, const dg::
 }
 
 /// Cuts off the beginning up to the last point near it at which the line turns back.
+///
+/// Rationale: the steps of a fine mesh go back and forth, within less than anybody sees, and are no hook.
 void CutHook(Points& points)
 {
+    constexpr double kLeg = 1.0;
     double length = 0.0;
     std::size_t begin = 0;
+    std::size_t before = 0;
     for (std::size_t i = 1; i + 1 < points.size() && length < kHook; ++i) {
         length += Distance(points[i - 1], points[i]);
-        begin = TurnsBack(points[i - 1], points[i], points[i + 1]) ? i : begin;
+        while (before + 1 < i && Distance(points[before + 1], points[i]) >= kLeg) {
+            ++before;
+        }
+        std::size_t after = i + 1;
+        while (after + 1 < points.size() && Distance(points[after], points[i]) < kLeg) {
+            ++after;
+        }
+        begin = TurnsBack(points[before], points[i], points[after]) ? i : begin;
     }
     points.erase(points.begin(), points.begin() + static_cast<std::ptrdiff_t>(begin));
 }
