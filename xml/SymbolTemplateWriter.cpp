@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
+#include <iterator>
 #include <memory>
 
 namespace lusymbols
@@ -110,14 +111,14 @@ public:
         Attr<Name>(m_number.Of(number), endElement);
     }
 
-    void CloseTag(bool newline) { m_text.append(newline ? ">\n"sv : ">"sv); }
-
     template <class Number>
     void NumberAttr(std::string_view name, Number number, bool endElement = false)
     {
         m_text.append(1, ' ').append(name).append("=\""sv);
         FinishAttr(m_number.Of(number), endElement);
     }
+
+    void CloseTag(bool newline) { m_text.append(newline ? ">\n"sv : ">"sv); }
 
     template <const std::string_view& Name, unsigned Depth>
     void TagAndValue(std::string_view value)
@@ -384,31 +385,32 @@ void SymbolTemplateWriter::WritePartslibraryListToXML(const std::string& path, b
     root.OpenTag(format::kRoot, 0, true);
     SectionText rootEnd(0);
     rootEnd.ClosingTag(format::kRoot, 0);
-    // The two large sections of a large library are written at the same time.
-    std::array<std::string, 2> entries;
-    RunInRanges(entries.size(), m_templates.size() < kEntriesWorthAThread ? entries.size() : 1,
-                [&](std::size_t begin, std::size_t end) {
-                    for (std::size_t section = begin; section < end; ++section) {
-                        entries[section] = section == 0 ? WritePartslibraryOls(flag) : WritePartslibraryImages(flag);
-                    }
-                });
+    // The two large sections, in parts that several threads write.
+    const std::size_t count = m_templates.size();
+    const std::size_t parts = std::max(count / kEntriesWorthAThread, std::size_t{1});
+    std::vector<std::string> shapes(parts);
+    std::vector<std::string> images(parts);
+    RunInRanges(parts, 1, [&](std::size_t first, std::size_t end) {
+        for (std::size_t part = first; part < end; ++part) {
+            shapes[part] = WritePartslibraryOls(flag, count * part / parts, count * (part + 1) / parts);
+            images[part] = WritePartslibraryImages(flag, count * part / parts, count * (part + 1) / parts);
+        }
+    });
     // All text exists before the file is touched: running out of memory must not cost the old library.
-    const std::string parts[] = {std::string(format::kDeclaration),
-                                 root.Take(),
-                                 WritePartslibraryUnits(),
-                                 WritePartslibraryInformation(),
-                                 WritePartslibraryCategories(flag),
-                                 std::move(entries[0]),
-                                 std::move(entries[1]),
-                                 rootEnd.Take()};
+    std::vector<std::string> texts{std::string(format::kDeclaration), root.Take(), WritePartslibraryUnits(),
+                                   WritePartslibraryInformation(), WritePartslibraryCategories(flag)};
+    texts.reserve(texts.size() + 2 * parts + 1);
+    std::move(shapes.begin(), shapes.end(), std::back_inserter(texts));
+    std::move(images.begin(), images.end(), std::back_inserter(texts));
+    texts.push_back(rootEnd.Take());
     const auto libraryPath = MakeLibraryPath(path);
     // A stream that is opened without a buffer truncates the file first and then asks for one.
     std::array<char, 8192> buffer;
     std::ofstream file;
     file.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
     file.open(libraryPath, std::ios::out | std::ios::trunc);
-    for (const std::string& part : parts) {
-        file.write(part.data(), static_cast<std::streamsize>(part.size()));
+    for (const std::string& text : texts) {
+        file.write(text.data(), static_cast<std::streamsize>(text.size()));
     }
 }
 
@@ -433,33 +435,41 @@ std::string SymbolTemplateWriter::WritePartslibraryCategories(bool flag) const
     return text.Take();
 }
 
-std::string SymbolTemplateWriter::WritePartslibraryOls(bool flag) const
+std::string SymbolTemplateWriter::WritePartslibraryOls(bool flag, std::size_t begin, std::size_t end) const
 {
-    SectionText text(m_templates.size());
+    SectionText text(end - begin);
     EntryWriter writer(text, flag);
-    text.OpenTag(format::kShapes, 1, true);
-    for (const du::SmartPtr<SymbolTemplate>& candidate : m_templates) {
-        const auto* shape = dynamic_cast<const PartslibraryOlItem*>(candidate.get());
+    if (begin == 0) {
+        text.OpenTag(format::kShapes, 1, true);
+    }
+    for (std::size_t i = begin; i < end; ++i) {
+        const auto* shape = dynamic_cast<const PartslibraryOlItem*>(m_templates[i].get());
         if (shape && !shape->IsShared()) {
             writer.WriteShape(*shape);
         }
     }
-    text.ClosingTag(format::kShapes, 1);
+    if (end == m_templates.size()) {
+        text.ClosingTag(format::kShapes, 1);
+    }
     return text.Take();
 }
 
-std::string SymbolTemplateWriter::WritePartslibraryImages(bool flag) const
+std::string SymbolTemplateWriter::WritePartslibraryImages(bool flag, std::size_t begin, std::size_t end) const
 {
-    SectionText text(m_templates.size());
+    SectionText text(end - begin);
     EntryWriter writer(text, flag);
-    text.OpenTag(format::kSymbols, 1, true);
-    for (const du::SmartPtr<SymbolTemplate>& candidate : m_templates) {
-        const auto* image = dynamic_cast<const PartslibraryImageItem*>(candidate.get());
+    if (begin == 0) {
+        text.OpenTag(format::kSymbols, 1, true);
+    }
+    for (std::size_t i = begin; i < end; ++i) {
+        const auto* image = dynamic_cast<const PartslibraryImageItem*>(m_templates[i].get());
         if (image && !image->IsShared()) {
             writer.WriteSymbol(*image, image->m_imageTooltip);
         }
     }
-    text.ClosingTag(format::kSymbols, 1);
+    if (end == m_templates.size()) {
+        text.ClosingTag(format::kSymbols, 1);
+    }
     return text.Take();
 }
 

@@ -6,6 +6,7 @@
 #include <du/Symbol.h>
 #include <luk/illustration/AssociativeObjectSaver.h>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -62,8 +63,9 @@ private:
     std::string WritePartslibraryUnits() const;
     std::string WritePartslibraryInformation() const;
     std::string WritePartslibraryCategories(bool flag) const;
-    std::string WritePartslibraryOls(bool flag) const;
-    std::string WritePartslibraryImages(bool flag) const;
+    /// What one part of the template list adds to the section: the first part opens it, the last one closes it.
+    std::string WritePartslibraryOls(bool flag, std::size_t begin, std::size_t end) const;
+    std::string WritePartslibraryImages(bool flag, std::size_t begin, std::size_t end) const;
 
     bool m_exportAsStandard;
     std::string m_units;

@@ -317,6 +317,13 @@ TEST_F(Loader, ALargeDocumentKeepsItsOrderAndItsUniqueIds)
             ASSERT_EQ(item->GetSequencerTags().size(), 1u);
         }
     }
+    // Nor does it matter how many threads write it, and where in the list the entries of each kind stand.
+    Templates mixed;
+    for (std::size_t i = 0; i < templates.size() / 2; ++i) {
+        mixed.push_back(templates[i]);
+        mixed.push_back(templates[i + templates.size() / 2]);
+    }
+    EXPECT_EQ(Ids(Load(Write(mixed, {}))), Ids(templates));
 }
 
 TEST_F(Loader, AppendsToTheListsItIsGiven)
