@@ -5,6 +5,7 @@
 #include <luk/illustration/SequencerTagPtrComparator.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace lusymbols
 {
@@ -52,6 +53,21 @@ void PartslibraryItem::SetSequencerTag(unsigned int index, const SequencerTagPtr
 {
     if (index < m_sequencerTags.size()) {
         m_sequencerTags[index] = tag;
+    }
+}
+
+const std::string& PartslibraryItem::GetKey(std::string MessageKeys::*which) const
+{
+    static const std::string none;
+    return m_messageKeys ? (*m_messageKeys).*which : none;
+}
+
+void PartslibraryItem::SetKey(std::string MessageKeys::*which, const std::string& key)
+{
+    if (key != GetKey(which)) {
+        MessageKeys keys = m_messageKeys ? *m_messageKeys : MessageKeys();
+        keys.*which = key;
+        m_messageKeys = std::make_shared<const MessageKeys>(std::move(keys));
     }
 }
 

@@ -6,6 +6,7 @@
 #include <luk/illustration/SequencerTag.h>
 #include <luk/illustration/SymbolTemplate.h>
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -57,12 +58,12 @@ public:
     const std::vector<SequencerTagPtr>& GetSequencerTags() const { return m_sequencerTags; }
 
     /// Keys of the message table for name, title and description; empty where the text is its own.
-    const std::string& GetLocIdName() const { return m_locIdName; }
-    void SetLocIdName(std::string& key) { m_locIdName = key; }
-    const std::string& GetLocIdTitle() const { return m_locIdTitle; }
-    void SetLocIdTitle(std::string& key) { m_locIdTitle = key; }
-    const std::string& GetLocIdDesc() const { return m_locIdDesc; }
-    void SetLocIdDesc(std::string& key) { m_locIdDesc = key; }
+    const std::string& GetLocIdName() const { return GetKey(&MessageKeys::name); }
+    void SetLocIdName(std::string& key) { SetKey(&MessageKeys::name, key); }
+    const std::string& GetLocIdTitle() const { return GetKey(&MessageKeys::title); }
+    void SetLocIdTitle(std::string& key) { SetKey(&MessageKeys::title, key); }
+    const std::string& GetLocIdDesc() const { return GetKey(&MessageKeys::description); }
+    void SetLocIdDesc(std::string& key) { SetKey(&MessageKeys::description, key); }
 
     /// Same texts, tooltip switches, tags and host part (id, name, category). Message keys do not count: they say where
     /// a text came from, not what it is.
@@ -80,14 +81,22 @@ protected:
     void SetTitleOrDefault(const std::string& title, std::string_view defaultPrefix);
 
 private:
+    struct MessageKeys {
+        std::string name;
+        std::string title;
+        std::string description;
+    };
+
+    const std::string& GetKey(std::string MessageKeys::*which) const;
+    void SetKey(std::string MessageKeys::*which, const std::string& key);
+
     std::string m_title;
     std::string m_description;
     bool m_showTooltipTitle = false;
     bool m_showTooltipDescription = false;
     std::vector<SequencerTagPtr> m_sequencerTags;
-    std::string m_locIdName;
-    std::string m_locIdTitle;
-    std::string m_locIdDesc;
+    /// Null where no text has one, as in nearly all entries. Shared with copies and never changed.
+    std::shared_ptr<const MessageKeys> m_messageKeys;
 };
 
 } // namespace lusymbols

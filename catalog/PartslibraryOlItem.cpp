@@ -41,9 +41,7 @@ void PartslibraryOlItem::SetCameraData(const dg::Camera3D& camera)
 
 void PartslibraryOlItem::SetCameraData(bool orthographic, double value, const dg::Location& location)
 {
-    m_cameraMode = orthographic ? CameraMode::ORTHOGRAPHIC : CameraMode::PERSPECTIVE;
-    m_cameraValue = value;
-    m_cameraLocation = location;
+    m_camera = std::make_shared<const Camera>(Camera{orthographic, value, location});
 }
 
 bool PartslibraryOlItem::GetCameraData(bool& orthographic, double& value, dg::Location& location) const
@@ -51,9 +49,9 @@ bool PartslibraryOlItem::GetCameraData(bool& orthographic, double& value, dg::Lo
     if (!IsCameraSet()) {
         return false;
     }
-    orthographic = m_cameraMode == CameraMode::ORTHOGRAPHIC;
-    value = m_cameraValue;
-    location = m_cameraLocation;
+    orthographic = m_camera->isOrthographic;
+    value = m_camera->value;
+    location = m_camera->location;
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include <dg/Location.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace dg
@@ -68,8 +69,8 @@ public:
     void SetCameraData(bool orthographic, double value, const dg::Location& location);
     /// @return false, with the outputs untouched, when no camera is set
     bool GetCameraData(bool& orthographic, double& value, dg::Location& location) const;
-    bool IsCameraSet() const { return m_cameraMode != CameraMode::NONE; }
-    void ResetCameraData() { m_cameraMode = CameraMode::NONE; }
+    bool IsCameraSet() const { return m_camera != nullptr; }
+    void ResetCameraData() { m_camera = nullptr; }
 
     std::int32_t GetAxisId() const { return m_axisId; }
     void SetAxisId(std::int32_t code) { m_axisId = code; }
@@ -99,7 +100,11 @@ public:
     static void ComputeThumbnailUrl(std::string& url, const std::string& from, const std::string& to);
 
 private:
-    enum class CameraMode : std::int32_t { NONE = 0, ORTHOGRAPHIC = 1, PERSPECTIVE = 2 };
+    struct Camera {
+        bool isOrthographic;
+        double value;
+        dg::Location location;
+    };
 
     std::string m_olTooltip;
     std::string m_olGalleryThumbnailUrl;
@@ -108,9 +113,8 @@ private:
     double m_olScale = 1.0;
     std::int32_t m_olOrientation = 0;
     dg::Location m_olCsys;
-    CameraMode m_cameraMode = CameraMode::NONE;
-    double m_cameraValue = 0.0;
-    dg::Location m_cameraLocation;
+    /// Null in the many entries that have none. Shared with copies and never changed.
+    std::shared_ptr<const Camera> m_camera;
     std::int32_t m_axisId = 0;
     double m_distanceFromCsys = 0.0;
     std::string m_axisName;

@@ -9,6 +9,7 @@
 #include <luk/illustration/CollectionItem.h>
 #include <lukapp/illustration/SymbolTemplateLoader.h>
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -39,7 +40,8 @@ class PartslibraryItem;
 /// it was; an element that is not known is skipped, a number that is none reads as 0. Whoever must know uses
 /// `lusym library check`.
 ///
-/// Cost: linear in the document and in the lists.
+/// Cost: linear in the document and in the lists. Of a large file neither the text nor the tree is in memory as a whole,
+/// but where it cannot be cut between entries.
 class LUSYMBOLS_API SymbolTemplateLoader : public lukapp::illustration::SymbolTemplateLoader
 {
 public:
@@ -80,11 +82,17 @@ public:
     void SetInformation(const std::string& information) { m_information = information; }
 
 private:
-    /// Reads the children of that name, on several threads where there are very many.
-    template <class Item>
-    void ReadEntries(const dg::XmlElem& section, std::string_view name, Origin origin);
+    using Entries = std::vector<du::SmartPtr<PartslibraryItem>>;
+
+    /// Reads a file in pieces, large ones on several threads.
+    /// @return false, with nothing done, when it has to be parsed whole
+    bool ReadInPieces(const std::string& path, Origin origin);
+    /// @param pieces entries that were read already and stand where the markers are
+    void ReadSections(const dg::XmlElem& root, Origin origin, std::span<Entries> pieces);
+    void ReadEntries(const dg::XmlElem& section, std::string_view name, Origin origin, std::span<Entries>& pieces);
     void AddPartslibraryList();
-    void GiveUniqueId(PartslibraryItem& item);
+    void AddUniqueNames(std::span<du::SmartPtr<PartslibraryItem>> items, TextSet& names);
+    void GiveUniqueId(PartslibraryItem& item, const TextSet::Key& id);
 
     std::string m_units;
     std::string m_information;

@@ -50,17 +50,21 @@ void TextSet::Reserve(std::size_t count)
     m_slots.swap(grown);
 }
 
-bool TextSet::Contains(std::string_view text) const noexcept
+TextSet::Key TextSet::Fetch(std::string_view text) const noexcept
 {
-    return !m_slots.empty() && m_slots[Find(text, HashOf(text))].number != 0;
+    const Key key{text, HashOf(text)};
+    if (!m_slots.empty()) {
+        __builtin_prefetch(&m_slots[key.hash & (m_slots.size() - 1)]);
+    }
+    return key;
 }
 
-bool TextSet::Insert(std::string_view text)
+bool TextSet::Insert(const Key& key)
 {
+    const auto& [text, hash] = key;
     if (2 * (m_ends.size() + 1) > m_slots.size()) {
         Reserve(2 * (m_ends.size() + 1));
     }
-    const std::uint32_t hash = HashOf(text);
     const std::size_t at = Find(text, hash);
     if (m_slots[at].number != 0) {
         return false;

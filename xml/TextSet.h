@@ -25,10 +25,19 @@ public:
     /// Makes room for this many texts in all.
     void Reserve(std::size_t count);
 
-    bool Contains(std::string_view text) const noexcept;
+    /// A text that is going to be looked up; a view of it.
+    struct Key {
+        std::string_view text;
+        std::uint32_t hash = 0;
+    };
+
+    /// Asks for the memory in which the text is going to be looked for, so that Insert need not wait for it. Worth its while
+    /// for many texts at once.
+    Key Fetch(std::string_view text) const noexcept;
 
     /// @return false when it is there already
-    bool Insert(std::string_view text);
+    bool Insert(const Key& key);
+    bool Insert(std::string_view text) { return Insert(Key{text, HashOf(text)}); }
 
 private:
     /// Holds the number of a text, from 1; 0 where it is free.

@@ -29,6 +29,15 @@ Strings Ids(const Templates& templates)
     return ids;
 }
 
+std::string WithReturns(const std::string& lines)
+{
+    std::string text;
+    for (const char c : lines) {
+        text.append(c == '\n' ? "\r" : "").push_back(c);
+    }
+    return text;
+}
+
 class Loader : public test::LibraryTest
 {
 protected:
@@ -299,7 +308,8 @@ TEST_F(Loader, ALargeDocumentKeepsItsOrderAndItsUniqueIds)
         }
         return text;
     };
-    const Templates templates = Load(Document("", entries("shape"), entries("symbol")));
+    const std::string document = Document("", entries("shape"), entries("symbol"));
+    const Templates templates = Load(m_folder.Write("large.xml", document));
     ASSERT_EQ(templates.size(), 2U * (kEntries - kEntries / 500));
     std::size_t at = 0;
     int duplicates = 0;
@@ -324,6 +334,79 @@ TEST_F(Loader, ALargeDocumentKeepsItsOrderAndItsUniqueIds)
         mixed.push_back(templates[i + templates.size() / 2]);
     }
     EXPECT_EQ(Ids(Load(Write(mixed, {}))), Ids(templates));
+}
+
+/// A file is cut between entries where that is possible, a document in a string never is.
+TEST_F(Loader, ALargeFileIsReadLikeTheSameDocumentInOnePiece)
+{
+    const auto entries = [](const std::string& element, int begin, int end) {
+        std::string text;
+        for (int i = begin; i < end; ++i) {
+            const std::string id = element + std::to_string(i);
+            text.append("  <").append(element).append(" id=\"").append(id).append("\">\n    <name>").append(id);
+            text.append("</name>\n    <tooltip>")
+                .append(2500, 'x')
+                .append("</tooltip>\n  </")
+                .append(element)
+                .append(">\n");
+        }
+        return text;
+    };
+    const auto shapes = [&](int begin, int end) { return entries("shape", begin, end); };
+    const std::string many = shapes(1000, 1300);
+    const std::string symbols = entries("symbol", 0, 200);
+    const std::string deep = [] {
+        std::string text = "<shape id=\"deep\"><name>deep</name>";
+        for (int level = 0; level < 253; ++level) {
+            text.append("<a>");
+        }
+        for (int level = 0; level < 253; ++level) {
+            text.append("</a>");
+        }
+        return text.append("</shape>");
+    }();
+    std::vector<std::tuple<const char*, std::string, std::size_t>> documents = {
+        {"nothing odd", Document("<category id=\"c\"/>", shapes(0, 10) + many, symbols), 510},
+        {"text and unknown elements between", Document("", many + "x<!-- <shape -->&amp;<other/>" + many, symbols),
+         500},
+        {"within a comment", Document("", "<!--" + many + "-->" + shapes(0, 3), symbols), 203},
+        {"within CDATA", Document("", shapes(0, 3) + "<![CDATA[" + many + "]]>", symbols), 203},
+        {"within an instruction", Document("", "<?x " + many + "?>" + shapes(0, 3), symbols), 203},
+        {"within an attribute, which goes on behind it", Document("", "<a b='" + many + "'/>" + shapes(0, 3), symbols),
+         203},
+        {"one level too low", Document("", "<a>" + many + "</a>" + shapes(0, 3), symbols), 203},
+        {"within an entry", Document("", "<shape id=\"s\"><name>outer</name>" + many + "</shape>", symbols), 201},
+        {"of the other section", Document("", symbols + shapes(0, 3), many + entries("symbol", 0, 2)), 5},
+        {"sections that end and begin among them", Document("", many + "</shapes><shapes>" + many, symbols), 0},
+        {"as many sections as there may be",
+         "<?xml ?><drellin-library><units/><shapes>" + many + "</shapes><shapes>" + shapes(0, 5) +
+             "</shapes><symbols>" + symbols + "</symbols><categories/></drellin-library>",
+         505},
+        {"sections before any cut", Document("", many, symbols + "</symbols><symbols>" + symbols), 0},
+        {"elements that look like places of a cut",
+         Document("<piece/>", "<piece/>" + many + "<piece></piece>", symbols), 500},
+        {"the same around entries", Document("", "<piece><piece>" + many + "</piece></piece>" + shapes(0, 3), symbols),
+         203},
+        {"an end tag too many", Document("", many + "</shape>" + many, symbols), 0},
+        {"end tags that seem to fit", Document("", many + "</piece><piece>" + many, symbols), 0},
+        {"cut off", Document("", many, symbols).substr(0, 1000000), 0},
+        {"as deep as can be", Document("", many + deep + many, symbols), 501},
+        {"too deep", Document("", many + "<shape><a>" + deep + "</a></shape>" + many, symbols), 0},
+        {"another root", "<?xml ?><other><shapes>" + many + "</shapes></other>", 0},
+        {"text behind the end", Document("", many, symbols) + "x", 0},
+    };
+    std::string places = "<piece/><piece/><piece/>";
+    for (int i = 0; i < 4; ++i) {
+        places.append("<piece/>");
+        documents.emplace_back("as many of them as were cut off within a comment",
+                               Document("", shapes(0, 3) + places + "<!--" + many + "-->", "<symbol/>"), 4);
+    }
+    for (const auto& [what, document, count] : documents) {
+        const Templates whole = Load(document);
+        EXPECT_EQ(whole.size(), count) << what;
+        EXPECT_EQ(Write(Load(m_folder.Write("large.xml", document)), {}), Write(whole, {})) << what;
+        EXPECT_EQ(Write(Load(m_folder.Write("large.xml", WithReturns(document))), {}), Write(whole, {})) << what;
+    }
 }
 
 TEST_F(Loader, AppendsToTheListsItIsGiven)
