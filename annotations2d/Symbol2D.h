@@ -214,6 +214,8 @@ private:
     void ReleaseTemplate();
     void UnregisterConsumer();
     bool ObservesTemplate() const;
+    void BindTemplateAtAttach();
+    void CheckForUpdateOf(const du::SmartPtr<luk::illustration::AssociativeObject>& related);
     bool TakeTextsAndTags(const lusymbols::PartslibraryImageItem& item, bool& notify);
     bool StartTemplateLoad(const lusymbols::PartslibraryImageItem& item);
     static void FinishTemplateLoad(du::SmartPtr<Symbol2D> symbol, std::uint64_t number, const std::string& fileName,

@@ -1,10 +1,8 @@
 #include "annotations2d/Symbol2D.h"
-#include "catalog/PartslibraryImageItem.h"
 
 #include <dp/WriteLockGuard.h>
 #include <luk/AnnoSet.h>
 #include <luk/AsyncEvent.h>
-#include <luk/illustration/SymbolTemplate.h>
 #include <luk/illustration2d/Document2D.h>
 #include <luk/illustration2d/Kernel2D.h>
 #include <luk/illustration2d/Scene2D.h>
@@ -61,12 +59,7 @@ bool Symbol2D::AttachScene(const du::SmartPtr<luk::Scene>& scene)
     m_scene->RegisterAnnotation(du::SmartPtr<luk::Annotation>(this));
 
     if (m_hasTemplate) {
-        const auto related =
-            du::DynamicCast<luk::illustration::SymbolTemplate>(m_templateHolder.GetRelatedAssociativeObject());
-        if ((!related || !ObservesTemplate()) && UpdateAssociativeObject(nullptr)) {
-            RegisterTemplateObserver();
-        }
-        CheckForTemplateUpdate();
+        BindTemplateAtAttach();
     }
     if (!m_sourceUpdated) {
         LoadImage(m_pendingEvent.get());

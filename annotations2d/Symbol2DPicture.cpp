@@ -17,6 +17,7 @@
 #include <luloader/Loader.h>
 #include <lumk/Stamp.h>
 
+#include <string_view>
 #include <utility>
 
 namespace luannotations
@@ -25,12 +26,14 @@ namespace luannotations
 namespace
 {
 
+/// A picture that is not turned is shared by all who show it.
 void TurnPicture(luk::Image& image, int rightDegrees, int leftDegrees)
 {
     constexpr int kQuarterTurnDegrees = 90;
-    if (const du::SmartPtr<luk::ImageData> data = image.GetImageData()) {
-        const std::int64_t degrees = std::int64_t{rightDegrees} + leftDegrees;
-        image.SetImageData(data->CreateCWRotated(static_cast<int>(degrees / kQuarterTurnDegrees)));
+    const std::int64_t quarterTurns = (std::int64_t{rightDegrees} + leftDegrees) / kQuarterTurnDegrees;
+    const du::SmartPtr<luk::ImageData> data = image.GetImageData();
+    if (data && quarterTurns % 4 != 0) {
+        image.SetImageData(data->CreateCWRotated(static_cast<int>(quarterTurns)));
     }
 }
 
@@ -207,12 +210,16 @@ bool Symbol2D::GetImageFromTempDir(du::Symbol& url) const
     if (!application || !application->GetTemporaryDirectory(folder) || folder.IsEmpty()) {
         return false;
     }
-    std::string path = folder.GetText();
-    path.append(1, du::FileSpec::DIR_SEP_CHAR).append("Symbols").append(1, du::FileSpec::DIR_SEP_CHAR).append(fileName);
+    constexpr std::string_view kScheme = "file:///";
+    constexpr std::string_view kFolder = "Symbols";
+    std::string path;
+    path.reserve(kScheme.size() + folder.GetText().size() + kFolder.size() + fileName.size() + 2);
+    path.append(folder.GetText()).append(1, du::FileSpec::DIR_SEP_CHAR).append(kFolder);
+    path.append(1, du::FileSpec::DIR_SEP_CHAR).append(fileName);
     if (!du::FileSystem::FileExists(path)) {
         return false;
     }
-    url = du::Symbol("file:///" + path);
+    url = du::Symbol(path.insert(0, kScheme));
     return true;
 }
 

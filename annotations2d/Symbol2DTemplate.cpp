@@ -1,3 +1,4 @@
+#include "annotations2d/FileOfUrl.h"
 #include "annotations2d/Symbol2D.h"
 #include "catalog/Partslibrary.h"
 #include "catalog/PartslibraryImageItem.h"
@@ -7,6 +8,7 @@
 #include <luk/AsyncEvent.h>
 #include <luk/illustration/AssociativeObjectObserver.h>
 #include <luk/illustration/SequencerTagPtrComparator.h>
+#include <luk/illustration/SymbolTemplate.h>
 #include <luk/illustration/SymbolTemplateCollection.h>
 #include <luk/Kernel.h>
 #include <luloader/Loader.h>
@@ -196,9 +198,22 @@ void Symbol2D::UnregisterTemplateObserver()
     m_templateObserver = nullptr;
 }
 
-void Symbol2D::CheckForTemplateUpdate()
+void Symbol2D::BindTemplateAtAttach()
 {
-    const auto item = du::DynamicCast<PartslibraryImageItem>(m_templateHolder.GetRelatedAssociativeObject());
+    du::SmartPtr<luk::illustration::AssociativeObject> related = m_templateHolder.GetRelatedAssociativeObject();
+    const bool isBound = ObservesTemplate() && du::DynamicCast<luk::illustration::SymbolTemplate>(related);
+    if (!isBound && UpdateAssociativeObject(nullptr)) {
+        RegisterTemplateObserver();
+        related = m_templateHolder.GetRelatedAssociativeObject();
+    }
+    CheckForUpdateOf(related);
+}
+
+void Symbol2D::CheckForTemplateUpdate() { CheckForUpdateOf(m_templateHolder.GetRelatedAssociativeObject()); }
+
+void Symbol2D::CheckForUpdateOf(const du::SmartPtr<luk::illustration::AssociativeObject>& related)
+{
+    const auto item = du::DynamicCast<PartslibraryImageItem>(related);
     if (!item) {
         return;
     }
@@ -243,9 +258,12 @@ bool Symbol2D::TakeTextsAndTags(const PartslibraryImageItem& item, bool& notify)
 
 bool Symbol2D::StartTemplateLoad(const PartslibraryImageItem& item)
 {
-    const std::string fileName = du::FileSpec(item.GetImageUrl()).GetFile();
     const bool isLoading = m_sourceUpdated && m_templateLoad.image;
     const du::Symbol& newest = isLoading ? m_templateLoad.fileName : m_info.imageFileName;
+    if (NamesFile(item.GetImageUrl(), newest.GetText())) {
+        return false;
+    }
+    const std::string fileName = du::FileSpec(item.GetImageUrl()).GetFile();
     if (fileName.empty() || fileName == newest.GetText() || !CanLoad()) {
         return false;
     }

@@ -187,6 +187,7 @@ protected:
 private:
     class LoadingConnectPartEvent;
     class MyLoadEvent;
+    class PartTrees;
     class ShapeSceneObserver;
     class SymbolTemplateObserver;
     using PartEntry = std::vector<ConnectedPartInfo>::iterator;
@@ -207,12 +208,13 @@ private:
     /// scale gives these, since splitting it rounds: the symbol would otherwise turn a little with every save.
     void SplitLocation(const dg::Location& location, dg::DPoint3D& position, dg::Quaternion<float>& orientation,
                        double& scale) const;
-    void HideWithParts();
-    bool HasHiddenPart() const;
+    void HideWithParts(const PartTrees& trees);
+    bool HasHiddenPart(const PartTrees& trees) const;
     void ApplyAppearance(luk::ShapeInstance& shapeInstance) const;
     void LoadSymbolShape();
-    void FollowPresentParts();
-    void PlaceWithoutParts();
+    bool IsNowhere() const;
+    void FollowPresentParts(const PartTrees& trees);
+    void PlaceWithoutParts(const PartTrees& trees);
     du::SmartPtr<luk::ShapeScene> GetShapeScene() const;
     void MoveTo(const dg::Location& location);
     void ReplaceSceneObserver(const du::SmartPtr<luk::ShapeScene>& shapeScene);
@@ -225,19 +227,22 @@ private:
     void BindTemplateAtAttach(const du::SmartPtr<luk::ShapeScene>& shapeScene);
     void UnregisterConsumer();
     void ReleaseTemplate();
+    bool CheckForUpdateOf(const du::SmartPtr<luk::illustration::AssociativeObject>& related,
+                          const du::SmartPtr<luk::ShapeScene>& shapeScene);
     bool TakeTexts(const lusymbols::PartslibraryOlItem& item);
     bool TakeShapeFile(const lusymbols::PartslibraryOlItem& item, const du::SmartPtr<luk::ShapeScene>& shapeScene);
     void ReplaceShape(const du::SmartPtr<luk::ShapeScene>& shapeScene, const std::string& path);
 
     // Attachment
-    void GetInstanceByPath(du::SmartPtr<luk::Instance>& out, const du::Symbol& path) const;
+    void RemoveUnvalidParts(const PartTrees& trees);
     bool GetConnectedPartAssembly(const ConnectedPartInfo& entry, du::SmartPtr<luk::Instance>& assembly) const;
+    std::size_t FindPart(const du::Symbol& path) const;
     std::size_t FindPart(const du::SmartPtr<luk::ShapeInstance>& part) const;
     PartEntry GetConnectedPartEntry(const du::SmartPtr<luk::ShapeInstance>& part);
     bool GetPartLocation(const du::SmartPtr<luk::ShapeInstance>& part, const ConnectedPartInfo& entry,
                          dg::Location& location) const;
     bool CheckValidInstance(const du::SmartPtr<luk::Instance>& instance) const;
-    void UpdateOffset(std::size_t index, const du::SmartPtr<luk::ShapeScene>& scene);
+    void UpdateOffset(std::size_t index, const luk::ShapeScene& scene, const PartTrees& trees);
     void UpdateOffsetsSoon();
     void AppendPart(const ConnectedPartInfo& entry);
     void AppendPickedPart(const du::SmartPtr<luk::ShapeInstance>& picked, const du::SmartPtr<luk::Instance>& instance,
@@ -279,7 +284,7 @@ private:
     du::SmartPtr<luk::illustration::SymbolTemplate> m_consumedTemplate; ///< the entry that knows this symbol
     MyLoadEvent* m_loadEvent = nullptr;             ///< the one that still counts; takes itself out when it goes
     du::SmartPtr<luk::InstanceInterest> m_interest; ///< own node and connected parts
-    du::SymbolMap<std::size_t> m_partIndex;         ///< part id to its place in the list
+    du::SymbolMap<std::size_t> m_partIndex;         ///< part id to its place in the list, once there are many
     du::SymbolSet m_triedParts;                     ///< whose location failed since they appeared
     du::SmartPtr<luk::ComponentInstance> m_ownUse;  ///< the node's place below the root, when this symbol may remove it
     bool m_nodeIsForeign = false;                   ///< the node is a part of the product and must not be changed

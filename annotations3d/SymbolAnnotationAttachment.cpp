@@ -1,5 +1,6 @@
 #include "annotations3d/SymbolAnnotation.h"
 #include "annotations3d/SymbolAnnotationEvents.h"
+#include "annotations3d/SymbolPartTrees.h"
 
 #include <dg/Traits.h>
 #include <dp/ReadLockGuard.h>
@@ -19,24 +20,58 @@
 #include <luloader/Loader.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace luannotations
 {
 
+namespace
+{
+
+/// So many parts are looked through one by one.
+constexpr std::size_t kFewParts = 8;
+
+} // namespace
+
+SymbolAnnotation::PartTrees::PartTrees(const du::SmartPtr<luk::ShapeScene>& scene)
+{
+    if (const auto app = lukapp::illustration::DrellinApp::GetDrellinApp()) {
+        m_serviceTree = app->GetSbomTree();
+    }
+    const auto* const withServiceTree = dynamic_cast<const luk::illustration::Illustration3dScene*>(scene.get());
+    if (withServiceTree && withServiceTree->GetSbomTree() != m_serviceTree) {
+        m_serviceTreeOfScene = withServiceTree->GetSbomTree();
+    }
+    if (const du::SmartPtr<luk::World> world = luk::World::GetWorld()) {
+        m_tree = world->GetTree();
+    }
+}
+
+du::SmartPtr<luk::illustration::SbomInstance> SymbolAnnotation::PartTrees::FindServiced(const du::Symbol& path) const
+{
+    du::SmartPtr<luk::illustration::SbomInstance> found = m_serviceTree ? m_serviceTree->FindInstance(path) : nullptr;
+    if (!found && m_serviceTreeOfScene) {
+        found = m_serviceTreeOfScene->FindInstance(path);
+    }
+    return found;
+}
+
+du::SmartPtr<luk::Instance> SymbolAnnotation::PartTrees::FindEngineered(const du::Symbol& path) const
+{
+    return m_tree ? m_tree->FindInstance(path) : nullptr;
+}
+
+du::SmartPtr<luk::Instance> SymbolAnnotation::PartTrees::FindPart(const du::Symbol& path) const
+{
+    const du::SmartPtr<luk::illustration::SbomInstance> serviced = FindServiced(path);
+    return serviced ? serviced->GetEbomInstance() : FindEngineered(path);
+}
+
 bool SymbolAnnotation::IsSbomTreeIdPath(const du::Symbol& path,
                                         du::SmartPtr<luk::illustration::SbomInstance>& out) const
 {
-    if (path.IsNull()) {
-        return false;
-    }
-    const auto app = lukapp::illustration::DrellinApp::GetDrellinApp();
-    const du::SmartPtr<luk::illustration::SbomTree> tree = app ? app->GetSbomTree() : nullptr;
-    du::SmartPtr<luk::illustration::SbomInstance> found = tree ? tree->FindInstance(path) : nullptr;
-    if (!found) {
-        const auto scene = du::DynamicCast<luk::illustration::Illustration3dScene>(GetShapeScene());
-        found = scene && scene->GetSbomTree() ? scene->GetSbomTree()->FindInstance(path) : nullptr;
-    }
+    const du::SmartPtr<luk::illustration::SbomInstance> found = PartTrees(GetShapeScene()).FindServiced(path);
     if (!found) {
         return false;
     }
@@ -46,12 +81,7 @@ bool SymbolAnnotation::IsSbomTreeIdPath(const du::Symbol& path,
 
 bool SymbolAnnotation::IsEbomTreeIdPath(const du::Symbol& path, du::SmartPtr<luk::Instance>& out) const
 {
-    if (path.IsNull()) {
-        return false;
-    }
-    const du::SmartPtr<luk::World> world = luk::World::GetWorld();
-    const du::SmartPtr<luk::Tree> tree = world ? world->GetTree() : nullptr;
-    const du::SmartPtr<luk::Instance> found = tree ? tree->FindInstance(path) : nullptr;
+    const du::SmartPtr<luk::Instance> found = PartTrees(nullptr).FindEngineered(path);
     if (!found) {
         return false;
     }
@@ -59,25 +89,17 @@ bool SymbolAnnotation::IsEbomTreeIdPath(const du::Symbol& path, du::SmartPtr<luk
     return true;
 }
 
-void SymbolAnnotation::GetInstanceByPath(du::SmartPtr<luk::Instance>& out, const du::Symbol& path) const
-{
-    out = nullptr;
-    du::SmartPtr<luk::illustration::SbomInstance> serviced;
-    if (IsSbomTreeIdPath(path, serviced)) {
-        out = serviced->GetEbomInstance();
-    } else {
-        IsEbomTreeIdPath(path, out);
-    }
-}
-
 bool SymbolAnnotation::GetConnectedPartAssembly(const ConnectedPartInfo& entry,
                                                 du::SmartPtr<luk::Instance>& assembly) const
 {
-    GetInstanceByPath(assembly, entry.assemblyPartId);
+    assembly = entry.assemblyPartId.IsNull() ? nullptr : PartTrees(GetShapeScene()).FindPart(entry.assemblyPartId);
     return assembly != nullptr;
 }
 
-bool SymbolAnnotation::isConnectedPart(const du::Symbol& partId) const { return m_partIndex.contains(partId); }
+bool SymbolAnnotation::isConnectedPart(const du::Symbol& partId) const
+{
+    return FindPart(partId) < m_connectedParts.size();
+}
 
 bool SymbolAnnotation::isConnectedPart(const du::SmartPtr<luk::ShapeInstance>& part) const
 {
@@ -89,6 +111,19 @@ SymbolAnnotation::PartEntry SymbolAnnotation::GetConnectedPartEntry(const du::Sm
     return m_connectedParts.begin() + static_cast<std::ptrdiff_t>(FindPart(part));
 }
 
+/// The first entry of that path; the number of entries when there is none.
+std::size_t SymbolAnnotation::FindPart(const du::Symbol& path) const
+{
+    const std::size_t count = m_connectedParts.size();
+    if (count > kFewParts) {
+        const auto found = m_partIndex.find(path);
+        return found == m_partIndex.end() ? count : found->second;
+    }
+    const auto found = std::find_if(m_connectedParts.begin(), m_connectedParts.end(),
+                                    [&path](const ConnectedPartInfo& entry) { return entry.partId == path; });
+    return static_cast<std::size_t>(found - m_connectedParts.begin());
+}
+
 /// The first entry that names the part by its path in either tree; the number of entries when there is none.
 std::size_t SymbolAnnotation::FindPart(const du::SmartPtr<luk::ShapeInstance>& part) const
 {
@@ -96,16 +131,10 @@ std::size_t SymbolAnnotation::FindPart(const du::SmartPtr<luk::ShapeInstance>& p
     if (first == 0 || !part || !part->GetInstance()) {
         return first;
     }
-    const auto lookUp = [&](const du::Symbol& path) {
-        if (const auto found = m_partIndex.find(path); found != m_partIndex.end()) {
-            first = std::min(first, found->second);
-        }
-    };
     if (const du::SmartPtr<luk::illustration::SbomInstance> serviced = part->GetInstance()->GetSbomInstance()) {
-        lookUp(serviced->GetIdPath());
+        first = FindPart(serviced->GetIdPath());
     }
-    lookUp(part->GetInstance()->GetIdPath());
-    return first;
+    return std::min(first, FindPart(part->GetInstance()->GetIdPath()));
 }
 
 /// Where a part stands, in the frame in which the symbol's own instance is placed.
@@ -142,10 +171,7 @@ void SymbolAnnotation::AddSelectedPart(const du::Symbol& partId, const dg::DPoin
     if (isConnectedPart(partId)) {
         return;
     }
-    du::SmartPtr<luk::illustration::SbomInstance> serviced;
-    du::SmartPtr<luk::Instance> instance;
-    const bool isFound = IsSbomTreeIdPath(partId, serviced) || IsEbomTreeIdPath(partId, instance);
-    if (isFound || !GetScene()) {
+    if (!GetScene() || PartTrees(GetShapeScene()).HaveNode(partId)) {
         AppendPart({partId, assemblyPartId, lastPos, offset});
     }
 }
@@ -198,26 +224,35 @@ void SymbolAnnotation::AddConnectedPartsByPath(const std::vector<ConnectedPartIn
     if (!m_isAnnotationSymbol) {
         return;
     }
-    const std::vector<ConnectedPartInfo> added = parts; // the argument may be the list itself
-    for (const ConnectedPartInfo& part : added) {
+    // The argument may be the list itself, which does not change by it.
+    for (const ConnectedPartInfo& part : parts) {
         AddSelectedPart(part.partId, part.lastPos, part.offset, part.assemblyPartId);
     }
 }
 
 void SymbolAnnotation::AppendPart(const ConnectedPartInfo& entry)
 {
-    m_partIndex.emplace(entry.partId, m_connectedParts.size());
+    const std::size_t index = m_connectedParts.size();
     m_connectedParts.push_back(entry);
+    try {
+        if (index == kFewParts) {
+            IndexParts();
+        } else if (index > kFewParts) {
+            m_partIndex.emplace(entry.partId, index);
+        }
+    } catch (const std::bad_alloc&) {
+        m_connectedParts.pop_back();
+        throw;
+    }
     m_interest->Add(entry.partId);
 }
 
-void SymbolAnnotation::RemoveUnvalidParts()
+void SymbolAnnotation::RemoveUnvalidParts() { RemoveUnvalidParts(PartTrees(GetShapeScene())); }
+
+void SymbolAnnotation::RemoveUnvalidParts(const PartTrees& trees)
 {
-    const std::size_t removed = std::erase_if(m_connectedParts, [this](const ConnectedPartInfo& entry) {
-        du::SmartPtr<luk::illustration::SbomInstance> serviced;
-        du::SmartPtr<luk::Instance> instance;
-        return !IsSbomTreeIdPath(entry.partId, serviced) && !IsEbomTreeIdPath(entry.partId, instance);
-    });
+    const std::size_t removed = std::erase_if(
+        m_connectedParts, [&trees](const ConnectedPartInfo& entry) { return !trees.HaveNode(entry.partId); });
     if (removed > 0) {
         IndexParts();
         RefreshInterest();
@@ -227,7 +262,7 @@ void SymbolAnnotation::RemoveUnvalidParts()
 void SymbolAnnotation::IndexParts()
 {
     m_partIndex.clear();
-    for (std::size_t index = 0; index < m_connectedParts.size(); ++index) {
+    for (std::size_t index = 0; m_connectedParts.size() > kFewParts && index < m_connectedParts.size(); ++index) {
         m_partIndex.emplace(m_connectedParts[index].partId, index);
     }
 }
@@ -238,7 +273,7 @@ void SymbolAnnotation::RefreshInterest()
     if (m_shapeInstance && m_shapeInstance->GetInstance()) {
         own = m_shapeInstance->GetInstance()->GetIdPath();
     }
-    m_interest->Retain([&](const du::Symbol& idPath) { return idPath == own || m_partIndex.contains(idPath); });
+    m_interest->Retain([&](const du::Symbol& idPath) { return idPath == own || isConnectedPart(idPath); });
     m_interest->Add(own);
     for (const ConnectedPartInfo& entry : m_connectedParts) {
         m_interest->Add(entry.partId);
@@ -267,21 +302,24 @@ void SymbolAnnotation::UpdateOffsetWithConnectedParts()
         const dp::ReadLockGuard lock(GetLock());
         scene = GetShapeScene();
     }
-    for (std::size_t index = 0; scene && index < m_connectedParts.size(); ++index) {
-        UpdateOffset(index, scene);
+    if (!scene || m_connectedParts.empty()) {
+        return;
+    }
+    const PartTrees trees(scene);
+    for (std::size_t index = 0; index < m_connectedParts.size(); ++index) {
+        UpdateOffset(index, *scene, trees);
     }
 }
 
-void SymbolAnnotation::UpdateOffset(std::size_t index, const du::SmartPtr<luk::ShapeScene>& scene)
+void SymbolAnnotation::UpdateOffset(std::size_t index, const luk::ShapeScene& scene, const PartTrees& trees)
 {
     ConnectedPartInfo& entry = m_connectedParts[index];
-    du::SmartPtr<luk::Instance> instance;
-    GetInstanceByPath(instance, entry.partId);
+    const du::SmartPtr<luk::Instance> instance = trees.FindPart(entry.partId);
     if (!instance) {
         return;
     }
     dg::DPoint3D partPosition = entry.lastPos;
-    if (const du::SmartPtr<luk::ShapeInstance> part = scene->GetShapeInstance(instance)) {
+    if (const du::SmartPtr<luk::ShapeInstance> part = scene.GetShapeInstance(instance)) {
         dg::Location location;
         if (!m_shapeInstance || !GetPartLocation(part, entry, location)) {
             // Once for each time that the part appears: a part whose location always fails would be loaded for ever.
@@ -373,7 +411,7 @@ void SymbolAnnotation::LoadConnectedPartShapeData(const du::SmartPtr<luk::ShapeI
         luk::Tree* const tree = instance ? instance->GetTree() : nullptr;
         loader->LoadShape(shape, 0, event, tree && tree->GetStructure() ? tree->GetStructure()->GetAnchor() : nullptr);
     } else {
-        kernel->PostEvent([event] { event->HandleEvent(); });
+        kernel->PostEvent(event);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "annotations2d/Symbol2D.h"
 #include "annotations3d/SymbolAnnotation.h"
 #include "annotations3d/SymbolAnnotationEvents.h"
+#include "annotations3d/SymbolPartTrees.h"
 #include "catalog/FileNames.h"
 
 #include <dg/DMat44.h>
@@ -47,11 +48,16 @@ du::SmartPtr<luk::Structure> PrimaryStructure()
     return container ? container->GetPrimaryStructure() : nullptr;
 }
 
-du::SmartPtr<luk::Instance> FindBelowRoot(const du::Symbol& id)
+du::SmartPtr<luk::Tree> ProductTree()
 {
     const du::SmartPtr<luk::World> world = luk::World::GetWorld();
-    const du::SmartPtr<luk::Tree> tree = world ? world->GetTree() : nullptr;
-    return tree ? tree->FindInstance(du::Symbol("/" + id.GetText())) : nullptr;
+    return world ? world->GetTree() : nullptr;
+}
+
+du::SmartPtr<luk::Instance> FindBelowRoot(const du::Symbol& id)
+{
+    const du::SmartPtr<luk::Tree> tree = ProductTree();
+    return tree ? tree->FindInstance(du::Symbol::Find("/" + id.GetText())) : nullptr;
 }
 
 /// Whether the id of a document can lead to a node at all: neither empty nor with an empty component.
@@ -133,8 +139,9 @@ bool SymbolAnnotation::AttachScene(const du::SmartPtr<luk::Scene>& scene)
             }
         }
     }
-    RemoveUnvalidParts();
-    PlaceWithoutParts();
+    const PartTrees trees(GetShapeScene());
+    RemoveUnvalidParts(trees);
+    PlaceWithoutParts(trees);
     ReleaseWhoWaitsInVain();
     return isAttached;
 }
@@ -217,13 +224,14 @@ bool SymbolAnnotation::CreateSymbol(const du::SmartPtr<luk::ShapeScene>& shapeSc
     if (!m_shapeInstance) {
         return false;
     }
+    const PartTrees trees(shapeScene);
     if (!m_nodeIsForeign) {
         m_shapeInstance->SetUserData(GetUserDataId(), m_interest);
         PlaceShapeInstance();
-        HideWithParts();
+        HideWithParts(trees);
     }
     LoadSymbolShape();
-    FollowPresentParts();
+    FollowPresentParts(trees);
     return true;
 }
 
@@ -246,9 +254,9 @@ bool SymbolAnnotation::CreateNode(du::SmartPtr<luk::Instance>& out)
         return false;
     }
     // A file that is not there is told by its load.
+    du::SmartPtr<luk::ShapeSource> source;
     std::string path;
     GetOlFromTempDir(path);
-    du::SmartPtr<luk::ShapeSource> source;
     luk::ShapeSource::Create(source, path, dg::FBox::EMPTY, 0);
     const du::SmartPtr<luk::ComponentNode> node = structure->CreateComponentNode(m_name);
     node->SetShapeSource(source);
@@ -256,7 +264,8 @@ bool SymbolAnnotation::CreateNode(du::SmartPtr<luk::Instance>& out)
         return false;
     }
     m_nodeIsForeign = false;
-    out = FindBelowRoot(m_id);
+    const du::SmartPtr<luk::Tree> tree = ProductTree();
+    out = tree ? tree->FindOccurrence(*m_ownUse) : nullptr;
     return out != nullptr;
 }
 
@@ -291,7 +300,8 @@ void SymbolAnnotation::RemoveSymbol()
 
 bool SymbolAnnotation::GetOlFromTempDir(std::string& path) const
 {
-    if (!lusymbols::IsPlainFileName(m_fileName.GetText())) {
+    const std::string& name = m_fileName.GetText();
+    if (!lusymbols::IsPlainFileName(name)) {
         return false;
     }
     if (!luk::illustration::IsRunningIllustrate()) {
@@ -305,7 +315,6 @@ bool SymbolAnnotation::GetOlFromTempDir(std::string& path) const
     if (!app || !app->GetTemporaryDirectory(folder)) {
         return false;
     }
-    const std::string& name = m_fileName.GetText();
     constexpr std::string_view kFolder = "Symbols";
     path.reserve(folder.GetText().size() + kFolder.size() + name.size() + 2);
     path.assign(folder.GetText()).append(1, du::FileSpec::DIR_SEP_CHAR).append(kFolder);
@@ -335,9 +344,9 @@ void SymbolAnnotation::PlaceShapeInstance()
 }
 
 /// A hidden annotation and one on a hidden part come up hidden. Silently, as when the part is hidden later.
-void SymbolAnnotation::HideWithParts()
+void SymbolAnnotation::HideWithParts(const PartTrees& trees)
 {
-    if (!luk::Annotation::IsVisible() || HasHiddenPart()) {
+    if (!luk::Annotation::IsVisible() || HasHiddenPart(trees)) {
         m_shapeInstance->SetVisibility(false, false);
     }
 }
@@ -386,7 +395,9 @@ void SymbolAnnotation::OnShapeLoaded(bool isLoaded)
         if (m_hasTemplate && !m_templateId.empty() && m_needToCheckForTemplateUpdate) {
             CheckForTemplateUpdate(nullptr);
         }
-        FollowPresentParts();
+        if (IsNowhere()) {
+            FollowPresentParts(PartTrees(GetShapeScene()));
+        }
     }
     CompletePendingEvent(isLoaded ? 0 : 1);
 }
@@ -416,8 +427,11 @@ void SymbolAnnotation::CompletePendingEvent(int status)
 /// For a shape that nothing loads, nothing would tell the end of the load.
 void SymbolAnnotation::ReleaseWhoWaitsInVain()
 {
+    if (!m_pendingEvent || m_loadEvent) {
+        return;
+    }
     const du::SmartPtr<luk::Kernel> kernel = luk::Kernel::GetKernel();
-    if (!m_pendingEvent || m_loadEvent || !kernel) {
+    if (!kernel) {
         return;
     }
     kernel->PostEvent([self = du::SmartPtr<SymbolAnnotation>(this), event = m_pendingEvent] {
@@ -427,17 +441,18 @@ void SymbolAnnotation::ReleaseWhoWaitsInVain()
     });
 }
 
+bool SymbolAnnotation::IsNowhere() const { return m_shapeInstance && !m_shapeInstance->GetLocation().HasPosition(); }
+
 /// A symbol that was read from a document stands nowhere until one of its parts has placed it.
-void SymbolAnnotation::FollowPresentParts()
+void SymbolAnnotation::FollowPresentParts(const PartTrees& trees)
 {
     const du::SmartPtr<luk::ShapeScene> scene = GetShapeScene();
-    if (!scene || m_shapeInstance->GetLocation().HasPosition()) {
+    if (!scene || !IsNowhere()) {
         return;
     }
-    const std::vector<ConnectedPartInfo> parts = m_connectedParts;
-    for (const ConnectedPartInfo& entry : parts) {
-        du::SmartPtr<luk::Instance> instance;
-        GetInstanceByPath(instance, entry.partId);
+    // By number, since a load that is done at once comes back here and may change the list.
+    for (std::size_t index = 0; index < m_connectedParts.size(); ++index) {
+        const du::SmartPtr<luk::Instance> instance = trees.FindPart(m_connectedParts[index].partId);
         const du::SmartPtr<luk::ShapeInstance> part = scene->GetShapeInstance(instance);
         if (part && part.get() != m_shapeInstance.get()) {
             OnShapeInstanceCreate(part, true, true, dg::Location());
@@ -447,14 +462,13 @@ void SymbolAnnotation::FollowPresentParts()
 
 /// A symbol whose parts are all gone, or that has none but itself, would otherwise stay nowhere for ever. So would one on a
 /// node of the service tree that stands for no part.
-void SymbolAnnotation::PlaceWithoutParts()
+void SymbolAnnotation::PlaceWithoutParts(const PartTrees& trees)
 {
-    if (!m_shapeInstance || m_shapeInstance->GetLocation().HasPosition()) {
+    if (!IsNowhere()) {
         return;
     }
-    const bool hasPart = std::ranges::any_of(m_connectedParts, [this](const ConnectedPartInfo& entry) {
-        du::SmartPtr<luk::Instance> instance;
-        GetInstanceByPath(instance, entry.partId);
+    const bool hasPart = std::ranges::any_of(m_connectedParts, [&](const ConnectedPartInfo& entry) {
+        const du::SmartPtr<luk::Instance> instance = trees.FindPart(entry.partId);
         return instance && instance != m_shapeInstance->GetInstance();
     });
     if (!hasPart) {
@@ -530,18 +544,16 @@ void SymbolAnnotation::SetSymbolOrientationByPreviewCamera(dg::Location& placeme
 
 void SymbolAnnotation::ShowAnnotation()
 {
-    if (m_shapeInstance && !m_nodeIsForeign && !HasHiddenPart()) {
+    if (m_shapeInstance && !m_nodeIsForeign && !HasHiddenPart(PartTrees(GetShapeScene()))) {
         m_shapeInstance->SetVisibility(true);
     }
 }
 
-bool SymbolAnnotation::HasHiddenPart() const
+bool SymbolAnnotation::HasHiddenPart(const PartTrees& trees) const
 {
     const du::SmartPtr<luk::ShapeScene> scene = GetShapeScene();
     return scene && std::any_of(m_connectedParts.begin(), m_connectedParts.end(), [&](const ConnectedPartInfo& entry) {
-               du::SmartPtr<luk::Instance> instance;
-               GetInstanceByPath(instance, entry.partId);
-               const auto part = scene->GetShapeInstance(instance);
+               const auto part = scene->GetShapeInstance(trees.FindPart(entry.partId));
                return part && part.get() != m_shapeInstance.get() && !part->IsVisible();
            });
 }

@@ -1,6 +1,6 @@
+#include "annotations2d/FileOfUrl.h"
 #include "annotations3d/SymbolAnnotation.h"
 #include "annotations3d/SymbolAnnotationEvents.h"
-#include "catalog/FileNames.h"
 #include "catalog/Partslibrary.h"
 #include "catalog/PartslibraryOlItem.h"
 
@@ -23,7 +23,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <string_view>
 #include <utility>
 
 namespace luannotations
@@ -49,13 +48,6 @@ bool TakeWhenDifferent(du::Symbol& own, const std::string& theirs)
     }
     own = du::Symbol(theirs);
     return true;
-}
-
-/// Whether a URL ends with this plain file name, so that resolving it would tell nothing new.
-bool NamesFile(const std::string& url, const du::Symbol& file)
-{
-    const std::string_view last = std::string_view(url).substr(url.rfind('/') + 1);
-    return last == file.GetText() && lusymbols::IsPlainFileName(file.GetText());
 }
 
 } // namespace
@@ -136,16 +128,24 @@ void SymbolAnnotation::BindTemplateAtAttach(const du::SmartPtr<luk::ShapeScene>&
         return;
     }
     // A copy takes over the relation of its original, and observes for itself from here on.
-    const bool isBound = m_templateHolder.GetRelatedAssociativeObject() && m_templateObserver;
+    du::SmartPtr<luk::illustration::AssociativeObject> related = m_templateHolder.GetRelatedAssociativeObject();
+    const bool isBound = related && m_templateObserver;
     if (!isBound && UpdateAssociativeObject(nullptr)) {
         RegisterTemplateObserver();
+        related = m_templateHolder.GetRelatedAssociativeObject();
     }
-    CheckForTemplateUpdate(shapeScene);
+    CheckForUpdateOf(related, shapeScene);
 }
 
 bool SymbolAnnotation::CheckForTemplateUpdate(const du::SmartPtr<luk::ShapeScene>& shapeScene)
 {
-    const auto item = du::DynamicCast<lusymbols::PartslibraryOlItem>(m_templateHolder.GetRelatedAssociativeObject());
+    return CheckForUpdateOf(m_templateHolder.GetRelatedAssociativeObject(), shapeScene);
+}
+
+bool SymbolAnnotation::CheckForUpdateOf(const du::SmartPtr<luk::illustration::AssociativeObject>& related,
+                                        const du::SmartPtr<luk::ShapeScene>& shapeScene)
+{
+    const auto item = du::DynamicCast<lusymbols::PartslibraryOlItem>(related);
     if (!item) {
         return false;
     }
@@ -182,7 +182,7 @@ bool SymbolAnnotation::TakeTexts(const lusymbols::PartslibraryOlItem& item)
 bool SymbolAnnotation::TakeShapeFile(const lusymbols::PartslibraryOlItem& item,
                                      const du::SmartPtr<luk::ShapeScene>& shapeScene)
 {
-    if (NamesFile(item.GetOlUrl(), m_fileName)) {
+    if (NamesFile(item.GetOlUrl(), m_fileName.GetText())) {
         return false;
     }
     std::string url = item.GetOlUrl();

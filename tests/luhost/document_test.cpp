@@ -243,8 +243,11 @@ TEST_F(DocumentTest, WhatHangsOnAnotherAnnotationIsAttachedAfterIt)
         {"a b c", "abc"},     {"a>b b>c c", "cba"}, {"a b>a c>a", "abc"},         {"a>c>b b>none c", "cba"},
         {"a>a>/a b>b", "ab"}, {"a>b b>a c", "bac"}, {"a>b>c b>c>a c>a>b", "cba"},
     };
-    for (std::size_t i = 0; i < 2 * std::size(cases); ++i) {
-        const auto& [notes, order] = cases[i / 2];
+    const std::pair<int, std::string> others[] = {
+        {0, ""}, {50, NoteXml("")}, {1, "<element name='note' more='1'></element>"}};
+    for (std::size_t i = 0; i < std::size(others) * std::size(cases); ++i) {
+        const auto& [notes, order] = cases[i / std::size(others)];
+        const auto& [count, other] = others[i % std::size(others)];
         std::string xml;
         std::istringstream words(notes);
         for (std::string word; words >> word;) {
@@ -257,14 +260,17 @@ TEST_F(DocumentTest, WhatHangsOnAnotherAnnotationIsAttachedAfterIt)
                     "<element name='attachedToPart'><symbol key='attachedToPartId' value='/" + part + "'/></element>";
             }
             xml += NoteXml(content);
-            for (int between = 0; i % 2 == 1 && between < 50; ++between) {
-                xml += NoteXml("");
+            for (int between = 0; between < count; ++between) {
+                xml += other;
             }
         }
-        Note::s_attached.clear();
-        const auto document = OpenXml(Xml(xml));
-        EXPECT_EQ(Note::s_attached, order) << notes << (i % 2 == 1 ? ", far from each other" : "");
-        EXPECT_EQ(NoteAt(*document, 0)->text.GetText(), "a") << "drawn and saved in the order of the file";
+        for (const char quote : {'\'', '"'}) {
+            std::replace(xml.begin(), xml.end(), '\'', quote);
+            Note::s_attached.clear();
+            const auto document = OpenXml(Xml(xml));
+            EXPECT_EQ(Note::s_attached, order) << notes << ", between them " << count << " " << other;
+            EXPECT_EQ(NoteAt(*document, 0)->text.GetText(), "a") << "drawn and saved in the order of the file";
+        }
     }
 }
 
@@ -404,6 +410,119 @@ TEST_F(DocumentTest, WhatIsNotUnderstoodIsWrittenAgainInItsPlace)
     const std::string fewer = Save(*document).at("document.xml");
     EXPECT_LT(fewer.find("<group>"), fewer.find("alien"));
     EXPECT_LT(fewer.find("alien"), fewer.find("\"note\""));
+}
+
+/// A document of notes as it is saved, the last of them on pages.
+std::string SavedXml(int count, std::size_t textBytes = 0)
+{
+    const auto note = [textBytes](int number) {
+        const std::string text = std::to_string(number) + std::string(textBytes, 'x');
+        return "      <element name=\"note\">\n        <symbol key=\"annoId\" value=\"s" + std::to_string(number) +
+               "\"/>\n        <symbol key=\"text\" value=\"" + text +
+               "\"/>\n        <element name=\"level\">\n        </element>\n      </element>\n";
+    };
+    std::string xml = "<document version=\"1\">\n  <view>\n    <annotations>\n";
+    for (int number = 3; number <= count; ++number) {
+        xml += note(number);
+    }
+    xml += "    </annotations>\n  </view>\n  <pages>\n";
+    for (int page = 1; page <= 2; ++page) {
+        xml += "    <page width=\"1\" height=\"2\"><annotations>\n" + note(page) + "</annotations></page>\n";
+    }
+    return xml + "  </pages>\n</document>";
+}
+
+std::string Replaced(std::string text, std::string_view what, std::string_view by)
+{
+    const std::size_t at = text.find(what);
+    EXPECT_NE(at, std::string::npos) << what;
+    return text.replace(at, what.size(), by);
+}
+
+class PlainAnnotationsTest : public DocumentTest
+{
+protected:
+    /// What becomes of a document: why it is refused; or what is told of it, in which order it is attached, and what is saved.
+    std::string Outcome(const std::string& xml)
+    {
+        std::string outcome;
+        m_packages->files["in"]["document.xml"] = xml;
+        Note::s_attached.clear();
+        const auto document = Document::Open("in", MakeSetup(), outcome);
+        if (!document) {
+            return "refused";
+        }
+        const std::string unmade = Save(*document).at("document.xml");
+        document->AttachAnnotations();
+        for (const std::string& problem : document->GetProblems()) {
+            outcome += problem + "\n";
+        }
+        for (const std::string& unknown : UnknownOf(*document)) {
+            outcome += unknown + "\n";
+        }
+        return outcome + Note::s_attached + unmade + Save(*document).at("document.xml");
+    }
+
+    /// Any mention of what the annotations are marked by has the whole text parsed.
+    std::string OutcomeWhenParsed(const std::string& xml) { return Outcome(xml + "<!--_annotations_read_-->"); }
+};
+
+TEST_F(PlainAnnotationsTest, AreReadAsTheParserWouldReadThem)
+{
+    const std::string plain = SavedXml(6);
+    EXPECT_NE(Outcome(plain).find("345612"), std::string::npos) << Outcome(plain);
+    const std::string fifth =
+        plain.substr(plain.find("<element name=\"note\">\n        <symbol key=\"annoId\" value=\"s5"),
+                     plain.find("</element>\n      <element") - plain.find("<element") + 10);
+    ASSERT_TRUE(fifth.ends_with("</element>\n      </element>")) << fifth;
+    for (const std::string& xml :
+         {plain,
+          Replaced(plain, fifth, "<!--" + fifth + "-->"),
+          Replaced(plain, fifth, "<![CDATA[" + fifth + "]]>"),
+          Replaced(plain, fifth, "<?a " + fifth + "?>"),
+          Replaced(plain, fifth, "<group>" + fifth + "</group>"),
+          Replaced(plain, fifth, "<element name=\"note\">" + fifth + "</element>"),
+          Replaced(plain, fifth, "<element name=\"note\">\n      " + fifth + "</element>"),
+          Replaced(plain, fifth, "<symbol key=\"" + fifth + "\"/>"),
+          Replaced(plain, fifth, fifth + fifth),
+          Replaced(plain, fifth, fifth.substr(0, fifth.size() - 10)),
+          Replaced(plain, fifth, fifth + "</element>"),
+          Replaced(plain, fifth, "</annotations><annotations>" + fifth),
+          Replaced(plain, fifth, "text"),
+          Replaced(plain, "\"5\"", "\"5&amp;\""),
+          Replaced(plain, "\"5\"", "\"5\" more=\"1\""),
+          Replaced(plain, "\"text\"", "\"text<annotations>\""),
+          Replaced(plain, "symbol key=\"text\"", "float key=\"text\""),
+          Replaced(plain, "\"s5\"", "\"s4\""),
+          Replaced(plain, "<pages>", "<pages>" + plain.substr(plain.find("<annotations>"), 300)),
+          Replaced(plain, "<view>", "<x><annotations>\n      " + fifth + "</annotations></x><view>"),
+          Replaced(plain, "<view>", "<view a=\"<annotations>" + fifth + "\">"),
+          Replaced(plain, "<annotations>", "<annotations a='>'>"),
+          Replaced(plain, "<annotations>", "<annotations"),
+          Replaced(plain, "</document>", ""),
+          plain + "<element></element>",
+          std::string("<annotations>")}) {
+        EXPECT_EQ(Outcome(xml), OutcomeWhenParsed(xml)) << xml;
+    }
+    const std::string marked =
+        Replaced(plain, fifth, "<element a=\"1\"/><_annotations_read_/><!--\n      " + fifth + "-->");
+    EXPECT_NE(Outcome(marked).find("<_annotations_read_></_annotations_read_>"), std::string::npos);
+}
+
+TEST_F(PlainAnnotationsTest, OfALongTextAreReadInPartsWhereverTheyBegin)
+{
+    const std::string plain = SavedXml(560, 1000);
+    const std::size_t middle = plain.find("      <element name=\"note\">", plain.size() / 2) - 1;
+    const std::string expected = OutcomeWhenParsed(plain);
+    EXPECT_EQ(Outcome(plain), expected);
+    for (const std::string between :
+         {"<!--\n      <element name=\"note\">\n      </element>-->", "<group>\n</group>",
+          "\n      <element name=\"note\">\n      <element name=\"level\"></element></element>",
+          "\n<element name=\"note\" more=\"1\"></element>"}) {
+        std::string xml = plain;
+        xml.insert(middle, between);
+        EXPECT_TRUE(Outcome(xml) == OutcomeWhenParsed(xml)) << between;
+    }
 }
 
 TEST_F(DocumentTest, TellsOnceForEachKindAndAnnotationWhatItDoesNotKnow)

@@ -1,5 +1,6 @@
 #include "support/Threads.h"
 
+#include <luk/BaseAsyncEvent.h>
 #include <luk/Kernel.h>
 
 #include <gtest/gtest.h>
@@ -45,6 +46,31 @@ TEST_F(KernelTest, DeliversWhatComesAfterTheEventsOnceAllAreDelivered)
     EXPECT_EQ(m_order, "abz");
     EXPECT_EQ(m_kernel->ProcessEvents(), 1u);
     EXPECT_EQ(m_order, "abzc");
+}
+
+TEST_F(KernelTest, HandlesEventsInTurnWithCallsAndDropsThemUnhandled)
+{
+    class Noted : public luk::BaseAsyncEvent
+    {
+    public:
+        explicit Noted(std::string& order) : m_order(order) {}
+        void OnCompleted(int) override { m_order += 'e'; }
+
+    private:
+        std::string& m_order;
+    };
+    const du::SmartPtr<luk::BaseAsyncEvent> handled(new Noted(m_order));
+    const du::SmartPtr<luk::BaseAsyncEvent> dropped(new Noted(m_order));
+    m_kernel->PostEvent([this] { m_order += 'a'; });
+    m_kernel->PostEvent(handled);
+    m_kernel->PostEvent([this] { m_order += 'b'; });
+    EXPECT_EQ(m_kernel->ProcessEvents(), 3u);
+    EXPECT_EQ(m_order, "aeb");
+    m_kernel->PostEvent(dropped);
+    m_kernel->PostEvent(du::SmartPtr<luk::BaseAsyncEvent>());
+    EXPECT_EQ(m_kernel->Close(), 1u);
+    EXPECT_FALSE(dropped->IsComplete());
+    EXPECT_EQ(handled->GetReferenceCount() + dropped->GetReferenceCount(), 2u);
 }
 
 TEST_F(KernelTest, DeliversOnTheHostThreadOnly)

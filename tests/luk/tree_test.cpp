@@ -77,6 +77,17 @@ protected:
     Listener m_listener;
 };
 
+TEST_F(TreeTest, FindsTheFirstPlaceOfAUse)
+{
+    EXPECT_EQ(m_tree->FindOccurrence(*m_pump->FindChild(Symbol("b2"))), Find("/p/b2"));
+    EXPECT_EQ(m_tree->FindOccurrence(*m_root->FindChild(Symbol("q"))), Find("/q"));
+    const auto removed = m_root->FindChild(Symbol("p"));
+    m_root->RemoveChild(Symbol("p"));
+    EXPECT_EQ(m_tree->FindOccurrence(*removed), nullptr);
+    EXPECT_EQ(m_tree->FindOccurrence(*m_pump->FindChild(Symbol("b2"))), Find("/q/b2"));
+    EXPECT_EQ(du::MakeCounted<luk::Tree>(nullptr)->FindOccurrence(*m_root->FindChild(Symbol("q"))), nullptr);
+}
+
 TEST_F(TreeTest, FollowsItsStructureInEveryOccurrence)
 {
     EXPECT_EQ(m_tree->GetInstanceCount(), 6u);

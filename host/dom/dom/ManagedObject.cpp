@@ -1,4 +1,5 @@
 #include <dom/ManagedObject.h>
+#include <du/SpinLock.h>
 
 #include <mutex>
 
@@ -8,18 +9,14 @@ namespace dom
 namespace
 {
 
-/// Lives until the process ends, since an observer of a plug-in may be the last object of all to go.
-std::mutex& BooksMutex()
-{
-    static auto* const s_mutex = new std::mutex;
-    return *s_mutex;
-}
+/// Used until the process ends, since an observer of a plug-in may be the last object of all to go.
+constinit du::SpinLock s_booksLock;
 
 } // namespace
 
 ManagedObject::~ManagedObject()
 {
-    const std::lock_guard lock(BooksMutex());
+    const std::lock_guard lock(s_booksLock);
     LeaveManager();
     while (m_first) {
         m_first->LeaveManager();
@@ -31,7 +28,7 @@ void ManagedObject::ManageObject(ManagedObject& object)
     if (&object == this) {
         return;
     }
-    const std::lock_guard lock(BooksMutex());
+    const std::lock_guard lock(s_booksLock);
     object.LeaveManager();
     object.m_manager = this;
     object.m_next = m_first;
@@ -44,7 +41,7 @@ void ManagedObject::ManageObject(ManagedObject& object)
 
 void ManagedObject::UnmanageObject(ManagedObject& object)
 {
-    const std::lock_guard lock(BooksMutex());
+    const std::lock_guard lock(s_booksLock);
     if (object.m_manager == this) {
         object.LeaveManager();
     }
@@ -52,13 +49,13 @@ void ManagedObject::UnmanageObject(ManagedObject& object)
 
 std::size_t ManagedObject::GetManagedObjectCount() const
 {
-    const std::lock_guard lock(BooksMutex());
+    const std::lock_guard lock(s_booksLock);
     return m_managedCount;
 }
 
 bool ManagedObject::IsManaged() const
 {
-    const std::lock_guard lock(BooksMutex());
+    const std::lock_guard lock(s_booksLock);
     return m_manager != nullptr;
 }
 

@@ -2,9 +2,9 @@
 
 #include <du/SmartPtr.h>
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
-#include <memory>
 
 namespace dom
 {
@@ -21,13 +21,13 @@ class Observer;
 ///
 /// Copies: observers belong to the subject, not to its value; a copy starts without any.
 ///
-/// Cost: constant for registering and unregistering; a notification visits each observer once, and copies the list only
-/// when it has changed since the last one.
+/// Cost: a subject that never had an observer is a pointer. Constant for registering and unregistering; a notification
+/// visits each observer once, and copies the list only when it has changed since the last one.
 class LUHOST_API Observable
 {
 public:
-    Observable();
-    Observable(const Observable&);
+    Observable() noexcept;
+    Observable(const Observable&) noexcept;
     Observable& operator=(const Observable&) noexcept { return *this; }
 
     /// @return false for null, and for an observer that is registered already
@@ -47,7 +47,10 @@ protected:
 
 private:
     class Registry;
-    std::unique_ptr<Registry> m_registry;
+
+    Registry& HaveRegistry();
+
+    std::atomic<Registry*> m_registry{nullptr}; ///< made for the first observer, and then kept
 };
 
 } // namespace dom

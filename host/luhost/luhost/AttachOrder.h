@@ -1,7 +1,6 @@
 #pragma once
 
 #include <du/Symbol.h>
-#include <du/SymbolMap.h>
 
 #include <cstddef>
 #include <vector>
@@ -18,11 +17,13 @@ namespace luhost
 /// after that one, since an annotation lets go of parts that are not there. Otherwise, and where a ring leaves no choice,
 /// the order of the file.
 ///
-/// Cost: linear. Of each content only what decides is kept, so that it can be looked at while somebody else reads it too.
+/// Cost: linear. Of each content only what decides is kept, so that it can be looked at while it is read.
 class AttachOrder
 {
 public:
     void Add(const luk::SerializedContentElement& content);
+    /// What has been added to another comes behind.
+    void Append(const AttachOrder& other);
 
     /// Numbers of the contents, from 0 in the order in which they were added.
     std::vector<std::size_t> Get() const;
@@ -30,21 +31,17 @@ public:
     bool IsThatOfFile() const;
 
 private:
-    struct Parts {
-        std::size_t begin; ///< in m_parts
-        std::size_t end;
+    struct Content {
+        du::Symbol id;        ///< of its node; empty for none
+        std::size_t partsEnd; ///< in m_parts; they begin where those of the content before end
     };
     struct Step {
         std::size_t index;
         std::size_t nextPart;
     };
 
-    du::Symbol m_id{"ID"};
-    du::Symbol m_part{"attachedToPart"};
-    du::Symbol m_partId{"attachedToPartId"};
-    std::vector<Parts> m_contents;
-    std::vector<du::Symbol> m_parts;     ///< ids of all that the contents hang on
-    du::SymbolMap<std::size_t> m_byPath; ///< contents by the path of their node
+    std::vector<Content> m_contents;
+    std::vector<du::Symbol> m_parts; ///< paths of all that the contents hang on
 };
 
 } // namespace luhost

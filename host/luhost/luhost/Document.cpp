@@ -24,6 +24,7 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -221,19 +222,22 @@ private:
         bool isRead;
     };
 
-    void MakeAnnotationsOf(std::size_t part, const SymbolTemplateCollection* collection);
-    void MakeAnnotation(DocumentFile::Slot& slot, std::vector<Made>& made, AttachOrder& order,
-                        const SymbolTemplateCollection* collection);
-    void AttachMade(std::vector<Made>& made, const AttachOrder& order, std::size_t part);
+    /// @param templates of the file, see FindTemplates
+    void MakeAnnotationsOf(std::size_t part, const std::vector<std::uint64_t>& templates);
+    void MakeAnnotation(DocumentFile::Slot& slot, std::vector<Made>& made, const std::vector<std::uint64_t>& templates);
+    std::vector<std::uint64_t> FindTemplates() const;
+    void AttachMade(std::vector<Made>& made, bool isInOrder, std::size_t part);
+    static std::vector<std::size_t> OrderOf(const std::vector<Made>& made, bool isThatOfFile);
     void AttachMade(Made& made, std::size_t part);
     void ResolveTemplate(SerializedContentElement& content, Remembered& remembered,
-                         const SymbolTemplateCollection* collection) const;
+                         const std::vector<std::uint64_t>& templates) const;
     /// Puts an annotation that has its id path into a scene.
     bool Place(const AnnotationPtr& annotation, std::size_t part);
     void RemoveElements(const du::SymbolSet& idPaths, Scene2D& page) const;
 
-    bool IsTaken(const du::Symbol& idPath) const;
-    AnnotationPtr FindIndexed(const du::Symbol& idPath) const;
+    bool IsTaken(const du::Symbol& idPath);
+    AnnotationPtr FindIndexed(const du::Symbol& idPath);
+    void Index();
     std::size_t CountChanges() const;
 
     bool LookAt(std::size_t part, TemplateList& templates, const Look& look);
@@ -247,7 +251,7 @@ private:
     du::SymbolMap<Remembered> m_remembered;
     du::SymbolMap<Indexed> m_index; ///< may be out of date: see FindIndexed
     std::size_t m_indexedChanges = 0;
-    du::SymbolSet m_unmadeIdPaths; ///< of annotations that are still content
+    bool m_isIndexed = true; ///< false until somebody asks for the annotations that have been made from the file
     std::vector<PackageEntry> m_keptEntries;
 };
 
@@ -320,12 +324,6 @@ void Document::Content::Open()
         const auto pageScene = du::MakeCounted<Scene2D>(document);
         AddPart(pageScene, pageScene);
     }
-    for (std::size_t i = 0; i < m_parts.size(); ++i) {
-        m_unmadeIdPaths.reserve(m_unmadeIdPaths.size() + m_file.GetPart(i).annotations.size());
-        for (const DocumentFile::Slot& slot : m_file.GetPart(i).annotations) {
-            m_unmadeIdPaths.insert(slot.idPath);
-        }
-    }
     if (const std::string folder = TemporaryFolder(); !folder.empty()) {
         m_product.GetStructure()->SetAnchor(du::MakeCounted<luk::Anchor>(du::Symbol(folder)));
     }
@@ -393,32 +391,45 @@ std::size_t Document::Content::AddPage(const PageSize& size)
 
 void Document::Content::MakeAnnotations()
 {
-    const SymbolTemplateCollection* const collection = SymbolTemplateCollection::GetCollection().get();
+    const std::vector<std::uint64_t> templates = FindTemplates();
     m_unknownAnnotations = 0;
     for (std::size_t i = 0; i < m_parts.size(); ++i) {
-        MakeAnnotationsOf(i, collection);
+        MakeAnnotationsOf(i, templates);
     }
 }
 
-void Document::Content::MakeAnnotationsOf(std::size_t part, const SymbolTemplateCollection* collection)
+/// Indices in the session's collection, by position in the file; kNoTemplate for those that are not there.
+std::vector<std::uint64_t> Document::Content::FindTemplates() const
+{
+    std::vector<std::uint64_t> found(m_file.templateIds.size(), kNoTemplate);
+    const auto& collection = SymbolTemplateCollection::GetCollection();
+    for (std::size_t i = 0; i < found.size() && collection; ++i) {
+        if (const auto& id = m_file.templateIds[i]) {
+            const std::set<std::uint64_t> indices = collection->AssociativeObjectIdToIndices(*id);
+            found[i] = indices.empty() ? kNoTemplate : *indices.begin();
+        }
+    }
+    return found;
+}
+
+void Document::Content::MakeAnnotationsOf(std::size_t part, const std::vector<std::uint64_t>& templates)
 {
     DocumentFile::Part& ofFile = m_file.GetPart(part);
-    m_index.reserve(m_index.size() + ofFile.annotations.size());
+    m_isIndexed = m_isIndexed && ofFile.annotations.empty();
     // A few at a time where that is possible, so that what they are made from can go while it is at hand.
     constexpr std::size_t kFew = 32;
     const bool isInOrder = std::exchange(ofFile.attachOrder, {}).IsThatOfFile();
     std::vector<Made> made;
-    AttachOrder order;
     for (DocumentFile::Slot& slot : ofFile.annotations) {
-        MakeAnnotation(slot, made, order, collection);
+        MakeAnnotation(slot, made, templates);
         if (isInOrder && made.size() == kFew) {
-            AttachMade(made, std::exchange(order, {}), part);
+            AttachMade(made, isInOrder, part);
         }
     }
-    AttachMade(made, order, part);
+    AttachMade(made, isInOrder, part);
 }
 
-void Document::Content::AttachMade(std::vector<Made>& made, const AttachOrder& order, std::size_t part)
+void Document::Content::AttachMade(std::vector<Made>& made, bool isInOrder, std::size_t part)
 {
     const du::SmartPtr<luk::AnnoSet> annoSet = m_parts[part].scene->GetAnnoSet();
     for (const Made& read : made) {
@@ -426,14 +437,29 @@ void Document::Content::AttachMade(std::vector<Made>& made, const AttachOrder& o
             annoSet->AddAnnotation(read.annotation); // in the order of the file, whatever the order of attaching
         }
     }
-    for (const std::size_t index : order.Get()) {
+    for (const std::size_t index : OrderOf(made, isInOrder)) {
         AttachMade(made[index], part);
     }
     made.clear();
 }
 
-void Document::Content::MakeAnnotation(DocumentFile::Slot& slot, std::vector<Made>& made, AttachOrder& order,
-                                       const SymbolTemplateCollection* collection)
+/// In what order they are attached. @param isThatOfFile when it is known to be that of the file
+std::vector<std::size_t> Document::Content::OrderOf(const std::vector<Made>& made, bool isThatOfFile)
+{
+    if (isThatOfFile) {
+        std::vector<std::size_t> order(made.size());
+        std::iota(order.begin(), order.end(), std::size_t{0});
+        return order;
+    }
+    AttachOrder order;
+    for (const Made& read : made) {
+        order.Add(*read.slot->content);
+    }
+    return order.Get();
+}
+
+void Document::Content::MakeAnnotation(DocumentFile::Slot& slot, std::vector<Made>& made,
+                                       const std::vector<std::uint64_t>& templates)
 {
     if (!slot.content) {
         return;
@@ -450,7 +476,7 @@ void Document::Content::MakeAnnotation(DocumentFile::Slot& slot, std::vector<Mad
     remembered.attributes = ForeignAttributes(*slot.content);
     const std::uint64_t* const index = FindTemplateIndex(*slot.content);
     const std::uint64_t indexInFile = index ? *index : kNoTemplate;
-    ResolveTemplate(*slot.content, remembered, collection);
+    ResolveTemplate(*slot.content, remembered, templates);
     const bool isRead = annotation->InitializeFromSerializedContent(slot.content.get());
     annotation->SetIDPath(slot.idPath);
     annotation->SetCreatedFromFile(true);
@@ -458,7 +484,6 @@ void Document::Content::MakeAnnotation(DocumentFile::Slot& slot, std::vector<Mad
         m_problems.AddUnknown(attributes, {holder}, slot.idPath.GetText());
     });
     AddUnknownOf(*annotation);
-    order.Add(*slot.content);
     made.push_back({&slot, annotation, std::move(remembered), indexInFile, isRead});
 }
 
@@ -532,7 +557,6 @@ void Document::Content::AttachMade(Made& made, std::size_t part)
         }
         return;
     }
-    m_unmadeIdPaths.erase(slot.idPath);
     slot.content.reset();
     if (!made.remembered.attributes.IsEmpty() || made.remembered.hasTemplateId) {
         m_remembered.insert_or_assign(slot.idPath, std::move(made.remembered));
@@ -540,7 +564,7 @@ void Document::Content::AttachMade(Made& made, std::size_t part)
 }
 
 void Document::Content::ResolveTemplate(SerializedContentElement& content, Remembered& remembered,
-                                        const SymbolTemplateCollection* collection) const
+                                        const std::vector<std::uint64_t>& templates) const
 {
     std::uint64_t* const index = FindTemplateIndex(content);
     if (!index) {
@@ -550,14 +574,10 @@ void Document::Content::ResolveTemplate(SerializedContentElement& content, Remem
     if (position >= m_file.templateIds.size() || !m_file.templateIds[position]) {
         return;
     }
-    const std::string& id = *m_file.templateIds[position];
-    const std::set<std::uint64_t> indices =
-        collection ? collection->AssociativeObjectIdToIndices(id) : std::set<std::uint64_t>();
-    if (indices.empty()) {
-        remembered.templateId = id;
+    *index = templates[position];
+    if (*index == kNoTemplate) {
+        remembered.templateId = *m_file.templateIds[position];
         remembered.hasTemplateId = true;
-    } else {
-        *index = *indices.begin();
     }
 }
 
@@ -575,7 +595,9 @@ bool Document::Content::Place(const AnnotationPtr& annotation, std::size_t numbe
     if (part.page) {
         annotation->CreateAnnotation2D(part.page);
     }
-    m_index.insert_or_assign(annotation->GetIDPath(), Indexed{annotation.get(), number});
+    if (m_isIndexed) {
+        m_index.insert_or_assign(annotation->GetIDPath(), Indexed{annotation.get(), number});
+    }
     return true;
 }
 
@@ -642,13 +664,16 @@ std::size_t Document::Content::PartOf(const luk::Annotation& annotation) const
     return part == m_partBySet.end() ? m_parts.size() : part->second;
 }
 
-bool Document::Content::IsTaken(const du::Symbol& idPath) const
+bool Document::Content::IsTaken(const du::Symbol& idPath)
 {
-    return idPath.IsEmpty() || m_unmadeIdPaths.count(idPath) != 0 || FindIndexed(idPath);
+    return idPath.IsEmpty() || m_file.HasContentOf(idPath) || FindIndexed(idPath);
 }
 
-AnnotationPtr Document::Content::FindIndexed(const du::Symbol& idPath) const
+AnnotationPtr Document::Content::FindIndexed(const du::Symbol& idPath)
 {
+    if (!m_isIndexed) {
+        Index();
+    }
     const auto found = m_index.find(idPath);
     if (found == m_index.end()) {
         return nullptr;
@@ -676,6 +701,12 @@ AnnotationPtr Document::Content::Find(const du::Symbol& idPath)
         return found;
     }
     // Undoing puts annotations back without asking the document.
+    Index();
+    return FindIndexed(idPath);
+}
+
+void Document::Content::Index()
+{
     m_index.clear();
     for (std::size_t i = 0; i < m_parts.size(); ++i) {
         for (const AnnotationPtr& annotation : MembersOf(i)) {
@@ -683,7 +714,7 @@ AnnotationPtr Document::Content::Find(const du::Symbol& idPath)
         }
     }
     m_indexedChanges = CountChanges();
-    return FindIndexed(idPath);
+    m_isIndexed = true;
 }
 
 // Saving

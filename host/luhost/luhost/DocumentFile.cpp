@@ -1,6 +1,7 @@
 #include "DocumentFile.h"
 
 #include "PageDrawing.h"
+#include "PlainAnnotations.h"
 
 #include <dg/XmlElem.h>
 #include <du/SymbolMap.h>
@@ -11,6 +12,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace luhost
@@ -59,12 +61,44 @@ bool ParseInteger(std::string_view text, Integer& value) noexcept
     return status == std::errc() && end == text.data() + text.size();
 }
 
+dg::XmlElem FirstOf(const dg::XmlElem& parent, std::string_view name) noexcept
+{
+    dg::XmlElem child = parent.FirstChild();
+    while (child && child.GetName() != name) {
+        child = child.NextSibling();
+    }
+    return child;
+}
+
+std::size_t CountMarks(const dg::XmlElem& list) noexcept
+{
+    std::size_t count = 0;
+    for (dg::XmlElem child = list.FirstChild(); child; child = child.NextSibling()) {
+        count += PlainAnnotations::IsMark(child) ? 1U : 0U;
+    }
+    return count;
+}
+
+/// In the lists of annotations that a Reader reads.
+std::size_t CountMarksInLists(const dg::XmlElem& root) noexcept
+{
+    std::size_t count = CountMarks(FirstOf(FirstOf(root, kView), kAnnotations));
+    for (dg::XmlElem page = FirstOf(root, kPages).FirstChild(); page; page = page.NextSibling()) {
+        count += page.GetName() == kPage ? CountMarks(FirstOf(page, kAnnotations)) : 0;
+    }
+    return count;
+}
+
 /// Reads "document.xml" into a DocumentFile.
 class Reader
 {
 public:
-    Reader(DocumentFile& file, const DocumentFile::TakeProduct& takeProduct, DocumentProblems& problems) noexcept
-        : m_file(file), m_takeProduct(takeProduct), m_problems(problems)
+    using Runs = std::vector<PlainAnnotations::Run>;
+
+    /// @param runs of annotations in the place of the marks that are found
+    Reader(DocumentFile& file, const DocumentFile::TakeProduct& takeProduct, Runs& runs,
+           DocumentProblems& problems) noexcept
+        : m_file(file), m_takeProduct(takeProduct), m_runs(runs), m_problems(problems)
     {
     }
 
@@ -180,19 +214,39 @@ private:
     {
         const KeptXml::Holder holder{kAnnotations, noun, number};
         part.keptInList.ReadAttributes(list, {}, holder, m_problems);
-        part.annotations.reserve(list.CountChildren());
+        part.annotations.reserve(list.CountChildren() + CountInRuns(CountMarks(list)));
         SerializedContentXml::Reader reader(
             [&](const std::string& problem) { AddWrongValue(part.annotations.back(), problem); });
         for (dg::XmlElem child = list.FirstChild(); child; child = child.NextSibling()) {
+            if (PlainAnnotations::IsMark(child) && m_nextRun < m_runs.size()) {
+                TakeRun(m_runs[m_nextRun++], part);
+                continue;
+            }
             DocumentFile::Slot& slot = part.annotations.emplace_back();
             if (child.GetName() != kElement) {
                 SerializedContentXml::AppendForeign(slot.foreign, child);
                 m_problems.AddUnknown(slot.foreign, holder);
                 continue;
             }
-            slot.content = std::make_unique<SerializedContentElement>(reader.Read(child));
+            slot.SetContent(std::make_unique<SerializedContentElement>(reader.Read(child)));
             part.attachOrder.Add(*slot.content);
         }
+    }
+
+    /// @param count of the runs that come next
+    std::size_t CountInRuns(std::size_t count) const noexcept
+    {
+        std::size_t annotations = 0;
+        for (std::size_t i = m_nextRun; i < std::min(m_nextRun + count, m_runs.size()); ++i) {
+            annotations += m_runs[i].slots.size();
+        }
+        return annotations;
+    }
+
+    static void TakeRun(PlainAnnotations::Run& run, DocumentFile::Part& part)
+    {
+        part.attachOrder.Append(run.attachOrder);
+        std::move(run.slots.begin(), run.slots.end(), std::back_inserter(part.annotations));
     }
 
     /// An annotation gets its id when all are read; until then it is told from others by a number.
@@ -300,6 +354,8 @@ private:
 
     DocumentFile& m_file;
     const DocumentFile::TakeProduct& m_takeProduct;
+    Runs& m_runs;
+    std::size_t m_nextRun = 0;
     DocumentProblems& m_problems;
     std::size_t m_pointsLeft = PageDrawing::kMaxPoints;
     std::vector<std::pair<std::size_t, const DocumentFile::Slot*>> m_wrongValues; ///< with places in the problems
@@ -521,11 +577,23 @@ void KeptXml::ForEachElement(const std::function<void(const std::string&)>& look
     }
 }
 
+void DocumentFile::Slot::SetContent(std::unique_ptr<SerializedContentElement> newContent)
+{
+    content = std::move(newContent);
+    idPath = IdPathOf(*content);
+}
+
 bool DocumentFile::Read(std::string xml, const TakeProduct& takeProduct, DocumentProblems& problems, std::string& error)
 {
+    using Root = std::unique_ptr<dg::XmlElem, dg::XmlFreer>;
     dg::XmlParseError parseError;
     textSize = xml.size();
-    const std::unique_ptr<dg::XmlElem, dg::XmlFreer> root(dg::ParseXml(std::move(xml), false, &parseError));
+    PlainAnnotations plain = PlainAnnotations::ReadFrom(xml);
+    Root root(plain.GetRuns().empty() ? nullptr : dg::ParseXml(std::move(plain.GetRest()), false, nullptr));
+    if (!root || CountMarksInLists(*root) != plain.GetRuns().size()) {
+        plain = {};
+        root.reset(dg::ParseXml(std::move(xml), false, &parseError));
+    }
     if (!root) {
         error = std::string(kEntryName) +
                 (parseError.line > 0 ? ", line " + std::to_string(parseError.line) : std::string()) + ": " +
@@ -536,7 +604,7 @@ bool DocumentFile::Read(std::string xml, const TakeProduct& takeProduct, Documen
         error = std::string(kEntryName) + ": the top-level element is not \"document\"";
         return false;
     }
-    Reader(*this, takeProduct, problems).Read(*root);
+    Reader(*this, takeProduct, plain.GetRuns(), problems).Read(*root);
     return true;
 }
 
@@ -606,20 +674,16 @@ bool DocumentFile::Write(std::string& out, const std::string& product, const dg:
 void DocumentFile::CompleteIdPaths(DocumentProblems& problems)
 {
     // All ids of the file are known before the first new one is given.
-    du::SymbolSet taken;
     std::vector<Slot*> without;
     for (std::size_t i = 0; i <= pages.size(); ++i) {
+        slots.reserve(slots.size() + GetPart(i).annotations.size());
         for (Slot& slot : GetPart(i).annotations) {
-            if (!slot.content) {
-                continue;
-            }
-            slot.idPath = IdPathOf(*slot.content);
-            if (slot.idPath.IsNull() || !taken.insert(slot.idPath).second) {
+            if (slot.content && (slot.idPath.IsNull() || !slots.emplace(slot.idPath, &slot).second)) {
                 without.push_back(&slot);
             }
         }
     }
-    const auto isTaken = [&taken](const du::Symbol& idPath) { return taken.count(idPath) != 0; };
+    const auto isTaken = [this](const du::Symbol& idPath) { return slots.count(idPath) != 0; };
     for (Slot* const slot : without) {
         const du::Symbol idPath = MakeIdPath(isTaken);
         if (!slot->idPath.IsNull()) {
@@ -627,8 +691,15 @@ void DocumentFile::CompleteIdPaths(DocumentProblems& problems)
                          idPath.GetText() + "\"");
         }
         slot->idPath = idPath;
+        slots.emplace(idPath, slot);
         SetIdPath(*slot->content, idPath);
     }
+}
+
+bool DocumentFile::HasContentOf(const du::Symbol& idPath) const
+{
+    const auto slot = slots.find(idPath);
+    return slot != slots.end() && slot->second->content;
 }
 
 } // namespace luhost

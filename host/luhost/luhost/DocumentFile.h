@@ -4,6 +4,7 @@
 
 #include <dg/Camera3D.h>
 #include <du/Symbol.h>
+#include <du/SymbolMap.h>
 #include <luhost/Document.h>
 
 #include <cstddef>
@@ -115,6 +116,9 @@ struct DocumentFile {
         du::Symbol idPath;
         std::unique_ptr<luk::SerializedContentElement> content;
         std::string foreign; ///< an element that is no annotation
+
+        /// The content, with its id path.
+        void SetContent(std::unique_ptr<luk::SerializedContentElement> newContent);
     };
 
     /// The view, or a page.
@@ -145,6 +149,8 @@ struct DocumentFile {
 
     /// Gives the annotations id paths where they have none, or one that another has.
     void CompleteIdPaths(DocumentProblems& problems);
+    /// Whether an annotation of the file that has not been made from its content, or not yet, has this id path.
+    bool HasContentOf(const du::Symbol& idPath) const;
     /// An id path that no annotation has or had.
     template <class IsTaken>
     du::Symbol MakeIdPath(const IsTaken& isTaken)
@@ -164,6 +170,7 @@ struct DocumentFile {
     dg::Camera3D camera;
     Part view;
     std::vector<Part> pages;
+    du::SymbolMap<const Slot*> slots; ///< of the annotations that have been read, by their id paths
     /// By position; none where the file names none.
     std::vector<std::optional<std::string>> templateIds;
 

@@ -204,11 +204,25 @@ DocumentProduct::DocumentProduct()
     : m_structure(du::MakeCounted<luk::Structure>()), m_sbomTree(du::MakeCounted<luk::illustration::SbomTree>())
 {
     m_structure->SetRoot(m_structure->CreateComponentNode(du::Symbol("")));
+    MakeScene();
+}
+
+DocumentProduct::~DocumentProduct() { CloseScene(); }
+
+void DocumentProduct::MakeScene()
+{
     m_tree = du::MakeCounted<luk::Tree>(m_structure);
     m_scene = du::MakeCounted<luk::illustration::Illustration3dScene>(m_tree, m_sbomTree);
 }
 
-DocumentProduct::~DocumentProduct() { m_scene->Close(); }
+void DocumentProduct::CloseScene()
+{
+    if (m_scene) {
+        m_scene->Close();
+    }
+    m_scene = nullptr;
+    m_tree = nullptr;
+}
 
 bool DocumentProduct::IsMeshEntry(std::string_view name) noexcept
 {
@@ -255,7 +269,14 @@ bool DocumentProduct::ReadComponents(const dg::XmlElem& product, std::vector<Pac
     }
     ComponentReader reader(entries, problem);
     std::vector<NodePtr> nodes;
-    if (!reader.Read(components) || !ReplaceProduct(*m_structure, reader.model, problem, &nodes)) {
+    if (!reader.Read(components)) {
+        return false;
+    }
+    // A scene of a whole product is made in less time than one follows each part that is added.
+    CloseScene();
+    const bool isReplaced = ReplaceProduct(*m_structure, reader.model, problem, &nodes);
+    MakeScene();
+    if (!isReplaced) {
         return false;
     }
     reader.PassKept(nodes, m_keptOf);

@@ -42,7 +42,8 @@ public:
 
     static bool IsMeshEntry(std::string_view name) noexcept;
 
-    /// Takes the meshes that it uses out of the entries.
+    /// Takes the meshes that it uses out of the entries. Once, before anybody asks for the tree or the scene: both are made
+    /// anew.
     void Read(const dg::XmlElem& product, std::vector<PackageEntry>& entries, DocumentProblems& problems);
 
     /// See the operations of Document.
@@ -68,6 +69,8 @@ private:
     class ComponentReader;
     class Writer;
 
+    void MakeScene();
+    void CloseScene();
     bool ReadComponents(const dg::XmlElem& product, std::vector<PackageEntry>& entries, std::string& problem,
                         DocumentProblems& problems);
     void ReadParts(const dg::XmlElem& parts, DocumentProblems& problems);

@@ -1,11 +1,11 @@
+#include <du/OrderedSet.h>
 #include <luk/AnnoSet.h>
 #include <luk/Annotation.h>
-#include <luk/OrderedHandles.h>
 
 namespace luk
 {
 
-class AnnoSet::Members : public OrderedHandles<Annotation>
+class AnnoSet::Members : public du::OrderedSet<du::SmartPtr<Annotation>>
 {
 };
 
@@ -52,7 +52,7 @@ void AnnoSet::AnnotationModified(const du::SmartPtr<Annotation>& annotation, boo
     }
     ++m_changeCount;
     if (notify) {
-        PostObservableEvent(EVENT_ANNOTATION_MODIFIED);
+        PostObservableEvent(EVENT_ANNOTATION_MODIFIED, *this);
     }
 }
 
@@ -62,6 +62,10 @@ std::size_t AnnoSet::GetCount() const noexcept { return m_members->GetCount(); }
 
 std::vector<du::SmartPtr<Annotation>> AnnoSet::GetAnnotations() const { return m_members->GetAll(); }
 
-du::SmartPtr<Annotation> AnnoSet::GetFirst() const { return m_members->GetFirst(); }
+du::SmartPtr<Annotation> AnnoSet::GetFirst() const
+{
+    const du::SmartPtr<Annotation>* const first = m_members->GetFirst();
+    return first ? *first : nullptr;
+}
 
 } // namespace luk

@@ -190,6 +190,9 @@ public:
     bool CreatedFromFile() const noexcept { return m_createdFromFile; }
     void SetCreatedFromFile(bool fromFile) noexcept { m_createdFromFile = fromFile; }
 
+    /// [any thread] As that of every observable object.
+    void PostObservableEvent(int kind) { Observable::PostObservableEvent(kind, *this); }
+
     /// [read lock] Null when attached to none.
     du::SmartPtr<Scene> GetScene() const;
     /// Null when in none; does not own.

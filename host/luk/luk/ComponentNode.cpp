@@ -1,4 +1,4 @@
-#include <du/SymbolMap.h>
+#include <du/PlaceMap.h>
 #include <luk/ComponentNode.h>
 #include <luk/IdPath.h>
 #include <luk/Tree.h>
@@ -15,13 +15,13 @@ class ComponentNode::Links
 public:
     ComponentInstance* Find(const du::Symbol& id) const
     {
-        const auto found = m_byId.find(id);
-        return found == m_byId.end() ? nullptr : found->second.get();
+        const du::SmartPtr<ComponentInstance>* const found = m_byId.Find(id);
+        return found ? found->get() : nullptr;
     }
 
     void Add(const du::SmartPtr<ComponentInstance>& use)
     {
-        m_byId.emplace(use->m_id, use);
+        m_byId.TryEmplace(use->m_id, use);
         use->m_previous = m_last;
         (m_last ? m_last->m_next : m_first) = use.get();
         m_last = use.get();
@@ -33,15 +33,15 @@ public:
         (use.m_next ? use.m_next->m_previous : m_last) = use.m_previous;
         use.m_previous = nullptr;
         use.m_next = nullptr;
-        m_byId.erase(m_byId.find(use.m_id));
+        m_byId.Take(use.m_id);
     }
 
     ComponentInstance* GetFirst() const noexcept { return m_first; }
     ComponentInstance* GetLast() const noexcept { return m_last; }
-    std::size_t GetCount() const noexcept { return m_byId.size(); }
+    std::size_t GetCount() const noexcept { return m_byId.GetCount(); }
 
 private:
-    du::SymbolMap<du::SmartPtr<ComponentInstance>> m_byId;
+    du::PlaceMap<du::Symbol, du::SmartPtr<ComponentInstance>> m_byId;
     ComponentInstance* m_first = nullptr;
     ComponentInstance* m_last = nullptr;
 };

@@ -1,32 +1,22 @@
-#include <du/SymbolMap.h>
 #include <luk/InstanceInterest.h>
 
 #include <algorithm>
 #include <new>
-#include <unordered_set>
-#include <utility>
 
 namespace luk
 {
 
-class InstanceInterest::Content
-{
-public:
-    du::SymbolSet idPaths;
-    std::unordered_set<Follower*> followers;
-};
-
-InstanceInterest::InstanceInterest() : m_content(std::make_unique<Content>()) {}
+InstanceInterest::InstanceInterest() = default;
 
 InstanceInterest::~InstanceInterest() = default;
 
 bool InstanceInterest::Add(const du::Symbol& idPath)
 {
-    if (idPath.IsNull() || !m_content->idPaths.insert(idPath).second) {
+    if (!m_idPaths.Add(idPath)) {
         return false;
     }
     try {
-        for (Follower* const follower : m_content->followers) {
+        for (Follower* follower = m_firstFollower; follower; follower = follower->next) {
             follower->OnPathAdded(idPath);
         }
     } catch (const std::bad_alloc&) {
@@ -38,41 +28,37 @@ bool InstanceInterest::Add(const du::Symbol& idPath)
 
 bool InstanceInterest::Remove(const du::Symbol& idPath)
 {
-    if (m_content->idPaths.erase(idPath) == 0) {
+    const du::Symbol removed = m_idPaths.Take(du::PlaceOf(idPath));
+    if (removed.IsNull()) {
         return false;
     }
-    for (Follower* const follower : m_content->followers) {
-        follower->OnPathRemoved(idPath);
-    }
+    TellRemoved(removed);
     return true;
 }
 
 void InstanceInterest::Clear()
 {
-    for (const du::Symbol& idPath : std::exchange(m_content->idPaths, {})) {
-        for (Follower* const follower : m_content->followers) {
-            follower->OnPathRemoved(idPath);
-        }
+    for (const du::Symbol& idPath : m_idPaths.TakeAll()) {
+        TellRemoved(idPath);
     }
 }
 
 void InstanceInterest::Retain(const std::function<bool(const du::Symbol& idPath)>& isKept)
 {
-    for (auto next = m_content->idPaths.begin(); next != m_content->idPaths.end();) {
-        const du::Symbol idPath = *next++;
+    m_idPaths.ForEach([&](const du::Symbol& idPath) {
         if (!isKept(idPath)) {
             Remove(idPath);
         }
-    }
+    });
 }
 
-bool InstanceInterest::Contains(const du::Symbol& idPath) const { return m_content->idPaths.contains(idPath); }
+bool InstanceInterest::Contains(const du::Symbol& idPath) const { return m_idPaths.Contains(du::PlaceOf(idPath)); }
 
-std::size_t InstanceInterest::GetCount() const noexcept { return m_content->idPaths.size(); }
+std::size_t InstanceInterest::GetCount() const noexcept { return m_idPaths.GetCount(); }
 
 std::vector<du::Symbol> InstanceInterest::GetIdPaths() const
 {
-    std::vector<du::Symbol> idPaths(m_content->idPaths.begin(), m_content->idPaths.end());
+    std::vector<du::Symbol> idPaths = m_idPaths.GetAll();
     std::sort(idPaths.begin(), idPaths.end(),
               [](const du::Symbol& a, const du::Symbol& b) { return a.GetText() < b.GetText(); });
     return idPaths;
@@ -80,17 +66,29 @@ std::vector<du::Symbol> InstanceInterest::GetIdPaths() const
 
 void InstanceInterest::AddFollower(Follower& follower)
 {
-    m_content->followers.insert(&follower);
-    for (const du::Symbol& idPath : m_content->idPaths) {
-        follower.OnPathAdded(idPath);
+    follower.next = m_firstFollower;
+    if (m_firstFollower) {
+        m_firstFollower->previous = &follower;
     }
+    m_firstFollower = &follower;
+    m_idPaths.ForEach([&follower](const du::Symbol& idPath) { follower.OnPathAdded(idPath); });
 }
 
 void InstanceInterest::RemoveFollower(Follower& follower)
 {
-    m_content->followers.erase(&follower);
-    for (const du::Symbol& idPath : m_content->idPaths) {
-        follower.OnPathRemoved(idPath);
+    (follower.previous ? follower.previous->next : m_firstFollower) = follower.next;
+    if (follower.next) {
+        follower.next->previous = follower.previous;
+    }
+    follower.previous = nullptr;
+    follower.next = nullptr;
+    m_idPaths.ForEach([&follower](const du::Symbol& idPath) { follower.OnPathRemoved(idPath); });
+}
+
+void InstanceInterest::TellRemoved(const du::Symbol& idPath)
+{
+    for (Follower* follower = m_firstFollower; follower; follower = follower->next) {
+        follower->OnPathRemoved(idPath);
     }
 }
 

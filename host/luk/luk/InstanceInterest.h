@@ -1,12 +1,13 @@
 #pragma once
 
+#include <du/OrderedSet.h>
 #include <du/RefCounted.h>
 #include <du/SmartPtr.h>
 #include <du/Symbol.h>
+#include <luk/MemoryPoolAllocated.h>
 
 #include <cstddef>
 #include <functional>
-#include <memory>
 #include <vector>
 
 namespace luk
@@ -22,11 +23,13 @@ class ShapeSceneObservers;
 /// Threads: belongs to the host thread.
 ///
 /// Cost: a change costs one update of each scene's index.
-class LUHOST_API InstanceInterest : public du::RefCounted
+class LUHOST_API InstanceInterest : public MemoryPoolAllocated, public du::RefCounted
 {
 public:
     InstanceInterest();
     ~InstanceInterest() override;
+    InstanceInterest(const InstanceInterest&) = delete;
+    InstanceInterest& operator=(const InstanceInterest&) = delete;
 
     /// @return false for null and for a path that is in the set already
     bool Add(const du::Symbol& idPath);
@@ -41,14 +44,16 @@ public:
 
 private:
     friend class ShapeSceneObservers;
-    class Content;
 
-    /// One that keeps an index of the paths.
+    /// One that keeps an index of the paths. Most interests have one.
     class Follower
     {
     public:
         virtual void OnPathAdded(const du::Symbol& idPath) = 0;
         virtual void OnPathRemoved(const du::Symbol& idPath) = 0;
+
+        Follower* previous = nullptr; ///< of the same interest, which keeps both
+        Follower* next = nullptr;
 
     protected:
         ~Follower() = default;
@@ -58,7 +63,10 @@ private:
     void AddFollower(Follower& follower);
     void RemoveFollower(Follower& follower);
 
-    std::unique_ptr<Content> m_content;
+    void TellRemoved(const du::Symbol& idPath);
+
+    du::OrderedSet<du::Symbol> m_idPaths;
+    Follower* m_firstFollower = nullptr;
 };
 
 } // namespace luk

@@ -1,7 +1,8 @@
+#include <luk/BaseAsyncEvent.h>
 #include <luk/CurrentHandle.h>
 #include <luk/Kernel.h>
 
-#include <list>
+#include <deque>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -9,31 +10,40 @@
 namespace luk
 {
 
+namespace
+{
+
+/// What waits to be delivered: a call, or an event that is to be handled, which costs nothing but its handle.
+struct Due {
+    Kernel::Event call;
+    du::SmartPtr<BaseAsyncEvent> event;
+
+    explicit operator bool() const { return call || event; }
+    void Deliver() const { event ? event->HandleEvent() : call(); }
+};
+
+} // namespace
+
 /// Events are made, run and destroyed with no lock held, since any of that may post further ones.
 class Kernel::Queue
 {
 public:
-    void Post(Event event) { Append(m_events, std::move(event)); }
+    void Post(Due due) { Append(m_events, std::move(due)); }
 
     bool RunOldest()
     {
-        Event event;
-        {
-            const std::lock_guard lock(m_mutex);
-            if (m_events.empty()) {
-                return false;
-            }
-            event = std::move(m_events.front());
-            m_events.pop_front();
+        const Due due = TakeFirst(m_events);
+        if (!due) {
+            return false;
         }
         const Running running(m_running);
-        event();
+        due.Deliver();
         return true;
     }
 
     bool MayRun() const { return std::this_thread::get_id() == m_hostThread && !m_running; }
 
-    void PostAfterEvents(Event event) { Append(m_afterEvents, std::move(event)); }
+    void PostAfterEvents(Due due) { Append(m_afterEvents, std::move(due)); }
 
     /// What one of them posts comes after the next round.
     std::size_t RunAfterEvents()
@@ -45,9 +55,9 @@ public:
             }
         }
         std::size_t delivered = 0;
-        for (Event event; (event = TakeDueAfterEvent()); ++delivered) {
+        for (Due due; (due = TakeFirst(m_dueAfterEvents)); ++delivered) {
             const Running running(m_running);
-            event();
+            due.Deliver();
         }
         return delivered;
     }
@@ -66,17 +76,11 @@ public:
 
     std::size_t Close()
     {
-        std::list<Event> dropped;
-        std::list<Event> droppedAfter;
-        std::list<Event> droppedDue;
         {
             const std::lock_guard lock(m_mutex);
             m_closed = true;
-            dropped.swap(m_events);
-            droppedAfter.swap(m_afterEvents);
-            droppedDue.swap(m_dueAfterEvents);
         }
-        return dropped.size() + droppedAfter.size() + droppedDue.size();
+        return Drop(m_dueAfterEvents) + Drop(m_afterEvents) + Drop(m_events);
     }
 
 private:
@@ -93,35 +97,42 @@ private:
         bool& m_flag;
     };
 
-    /// An event that comes too late is destroyed with no lock held either.
-    void Append(std::list<Event>& events, Event event)
+    /// One that comes too late is destroyed with no lock held either.
+    void Append(std::deque<Due>& dues, Due due)
     {
-        std::list<Event> one;
-        one.push_back(std::move(event));
         const std::lock_guard lock(m_mutex);
         if (!m_closed) {
-            events.splice(events.end(), one);
+            dues.push_back(std::move(due));
         }
     }
 
-    /// Empty when there is none left.
-    Event TakeDueAfterEvent()
+    /// Nothing when there is none left.
+    Due TakeFirst(std::deque<Due>& dues)
     {
         const std::lock_guard lock(m_mutex);
-        Event event;
-        if (!m_dueAfterEvents.empty()) {
-            event = std::move(m_dueAfterEvents.front());
-            m_dueAfterEvents.pop_front();
+        if (dues.empty()) {
+            return {};
         }
-        return event;
+        Due first = std::move(dues.front());
+        dues.pop_front();
+        return first;
+    }
+
+    /// @return how many there were
+    std::size_t Drop(std::deque<Due>& dues)
+    {
+        std::size_t dropped = 0;
+        for (Due due; (due = TakeFirst(dues)); ++dropped) {
+        }
+        return dropped;
     }
 
     const std::thread::id m_hostThread = std::this_thread::get_id();
     bool m_running = false; ///< of the host thread alone
     mutable std::mutex m_mutex;
-    std::list<Event> m_events;
-    std::list<Event> m_afterEvents;
-    std::list<Event> m_dueAfterEvents; ///< of the round that runs, or that ended early
+    std::deque<Due> m_events;
+    std::deque<Due> m_afterEvents;
+    std::deque<Due> m_dueAfterEvents; ///< of the round that runs, or that ended early
     bool m_closed = false;
 };
 
@@ -136,14 +147,21 @@ void Kernel::SetKernel(const du::SmartPtr<Kernel>& kernel) { CurrentHandle<Kerne
 void Kernel::PostEvent(Event event)
 {
     if (event) {
-        m_queue->Post(std::move(event));
+        m_queue->Post({std::move(event), nullptr});
+    }
+}
+
+void Kernel::PostEvent(const du::SmartPtr<BaseAsyncEvent>& event)
+{
+    if (event) {
+        m_queue->Post({nullptr, event});
     }
 }
 
 void Kernel::PostAfterEvents(Event event)
 {
     if (event) {
-        m_queue->PostAfterEvents(std::move(event));
+        m_queue->PostAfterEvents({std::move(event), nullptr});
     }
 }
 

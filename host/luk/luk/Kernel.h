@@ -12,6 +12,8 @@
 namespace luk
 {
 
+class BaseAsyncEvent;
+
 /// Heart of a session: the event queue, and the books of all managed objects.
 ///
 /// Use: workers post what they have finished; the host thread delivers it with ProcessEvents.
@@ -40,6 +42,8 @@ public:
     static void SetKernel(const du::SmartPtr<Kernel>& kernel);
 
     void PostEvent(Event event);
+    /// The same for an event that is to be handled, which needs no memory of its own for it.
+    void PostEvent(const du::SmartPtr<BaseAsyncEvent>& event);
 
     /// [host thread] Delivers the event when the ProcessEvents that is running, or the next one, has delivered all others:
     /// for work that many events ask for and that needs doing once.

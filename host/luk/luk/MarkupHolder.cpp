@@ -1,10 +1,10 @@
+#include <du/OrderedSet.h>
 #include <luk/MarkupHolder.h>
-#include <luk/OrderedHandles.h>
 
 namespace luk
 {
 
-class MarkupHolder::Content : public OrderedHandles<Markup>
+class MarkupHolder::Content : public du::OrderedSet<du::SmartPtr<Markup>>
 {
 };
 

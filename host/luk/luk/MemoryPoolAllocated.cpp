@@ -1,8 +1,10 @@
+#include <du/SpinLock.h>
 #include <luk/MemoryPoolAllocated.h>
 
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <utility>
 
 namespace luk
 {
@@ -16,36 +18,37 @@ constexpr bool kPassThrough = true;
 constexpr bool kPassThrough = false;
 #endif
 
-constexpr std::size_t kClassStep = 64;
-constexpr std::size_t kClassCount = 64;
+constexpr std::size_t kClassStep = 16;
+constexpr std::size_t kClassCount = 256;
 constexpr std::size_t kChunkBytes = std::size_t{64} * 1024;
 
 /// Free blocks of one size. Memory is taken from the system by the chunk and kept.
 class SizeClass
 {
 public:
-    void* Take(std::size_t blockSize)
+    using Counters = MemoryPoolAllocated::Counters;
+
+    void* Take(std::size_t size, std::size_t blockSize)
     {
-        const std::lock_guard lock(m_mutex);
-        if (m_free) {
-            FreeBlock* const block = m_free;
-            m_free = block->next;
-            return block;
-        }
-        if (m_chunkLeft < blockSize) {
-            m_chunk = static_cast<std::byte*>(::operator new(kChunkBytes));
-            m_chunkLeft = kChunkBytes;
-        }
-        void* const block = m_chunk;
-        m_chunk += blockSize;
-        m_chunkLeft -= blockSize;
+        const std::lock_guard lock(m_lock);
+        void* const block = m_free ? TakeFree() : TakeFromChunk(blockSize);
+        ++m_counters.liveBlocks;
+        m_counters.liveBytes += size;
         return block;
     }
 
-    void GiveBack(void* memory) noexcept
+    void GiveBack(void* memory, std::size_t size) noexcept
     {
-        const std::lock_guard lock(m_mutex);
+        const std::lock_guard lock(m_lock);
         m_free = new (memory) FreeBlock{m_free};
+        --m_counters.liveBlocks;
+        m_counters.liveBytes -= size;
+    }
+
+    Counters GetCounters() const noexcept
+    {
+        const std::lock_guard lock(m_lock);
+        return m_counters;
     }
 
 private:
@@ -53,7 +56,27 @@ private:
         FreeBlock* next;
     };
 
-    std::mutex m_mutex;
+    void* TakeFree() noexcept
+    {
+        FreeBlock* const block = m_free;
+        m_free = block->next;
+        // Blocks come back in any order, so that the next one is hardly ever in the cache.
+        __builtin_prefetch(m_free);
+        return block;
+    }
+
+    void* TakeFromChunk(std::size_t blockSize)
+    {
+        if (m_chunkLeft < blockSize) {
+            m_chunk = static_cast<std::byte*>(::operator new(kChunkBytes));
+            m_chunkLeft = kChunkBytes;
+        }
+        m_chunkLeft -= blockSize;
+        return std::exchange(m_chunk, m_chunk + blockSize);
+    }
+
+    mutable du::SpinLock m_lock;
+    Counters m_counters{};
     FreeBlock* m_free = nullptr;
     std::byte* m_chunk = nullptr;
     std::size_t m_chunkLeft = 0;
@@ -71,8 +94,10 @@ public:
     void* Allocate(std::size_t size)
     {
         const std::size_t index = ClassIndex(size);
-        void* const block =
-            index < kClassCount ? m_classes[index].Take((index + 1) * kClassStep) : ::operator new(size);
+        if (index < kClassCount) {
+            return m_classes[index].Take(size, (index + 1) * kClassStep);
+        }
+        void* const block = ::operator new(size);
         Count(size);
         return block;
     }
@@ -81,28 +106,36 @@ public:
     {
         const std::size_t index = ClassIndex(size);
         if (index < kClassCount) {
-            m_classes[index].GiveBack(block);
+            m_classes[index].GiveBack(block, size);
         } else {
             ::operator delete(block);
+            Discount(size);
         }
-        Discount(size);
     }
 
+    /// Of blocks that no class keeps.
     void Count(std::size_t bytes) noexcept
     {
-        m_liveBlocks.fetch_add(1, std::memory_order_relaxed);
-        m_liveBytes.fetch_add(bytes, std::memory_order_relaxed);
+        m_otherBlocks.fetch_add(1, std::memory_order_relaxed);
+        m_otherBytes.fetch_add(bytes, std::memory_order_relaxed);
     }
 
     void Discount(std::size_t bytes) noexcept
     {
-        m_liveBlocks.fetch_sub(1, std::memory_order_relaxed);
-        m_liveBytes.fetch_sub(bytes, std::memory_order_relaxed);
+        m_otherBlocks.fetch_sub(1, std::memory_order_relaxed);
+        m_otherBytes.fetch_sub(bytes, std::memory_order_relaxed);
     }
 
     MemoryPoolAllocated::Counters GetCounters() const noexcept
     {
-        return {m_liveBlocks.load(std::memory_order_relaxed), m_liveBytes.load(std::memory_order_relaxed)};
+        MemoryPoolAllocated::Counters all{m_otherBlocks.load(std::memory_order_relaxed),
+                                          m_otherBytes.load(std::memory_order_relaxed)};
+        for (const SizeClass& sizeClass : m_classes) {
+            const MemoryPoolAllocated::Counters ofClass = sizeClass.GetCounters();
+            all.liveBlocks += ofClass.liveBlocks;
+            all.liveBytes += ofClass.liveBytes;
+        }
+        return all;
     }
 
 private:
@@ -116,8 +149,8 @@ private:
     }
 
     std::array<SizeClass, kClassCount> m_classes;
-    std::atomic<std::size_t> m_liveBlocks{0};
-    std::atomic<std::size_t> m_liveBytes{0};
+    std::atomic<std::size_t> m_otherBlocks{0};
+    std::atomic<std::size_t> m_otherBytes{0};
 };
 
 } // namespace

@@ -1,4 +1,3 @@
-#include <dp/ReadWriteLock.h>
 #include <luk/ObjectWithRWLock.h>
 
 #include <atomic>
@@ -13,10 +12,9 @@ std::atomic<bool> s_locksEnabled{true};
 
 } // namespace
 
-ObjectWithRWLock::ObjectWithRWLock() : m_lock(s_locksEnabled ? std::make_unique<dp::ReadWriteLock>() : nullptr) {}
+ObjectWithRWLock::ObjectWithRWLock() noexcept : m_hasLock(s_locksEnabled) {}
 
-ObjectWithRWLock::ObjectWithRWLock(const ObjectWithRWLock& other)
-    : Object(other), m_lock(other.m_lock ? std::make_unique<dp::ReadWriteLock>() : nullptr)
+ObjectWithRWLock::ObjectWithRWLock(const ObjectWithRWLock& other) noexcept : Object(other), m_hasLock(other.m_hasLock)
 {
 }
 

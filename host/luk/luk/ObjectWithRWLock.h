@@ -1,13 +1,7 @@
 #pragma once
 
+#include <dp/ReadWriteLock.h>
 #include <luk/Object.h>
-
-#include <memory>
-
-namespace dp
-{
-class ReadWriteLock;
-}
 
 namespace luk
 {
@@ -22,18 +16,19 @@ class LUHOST_API ObjectWithRWLock : public Object
 public:
     ~ObjectWithRWLock() override;
 
-    dp::ReadWriteLock* GetLock() const noexcept { return m_lock.get(); }
+    dp::ReadWriteLock* GetLock() const noexcept { return m_hasLock ? &m_lock : nullptr; }
 
     /// Whether objects made from now on get a lock. Tests run without, to see that nobody relies on one.
     static void SetLocksEnabled(bool enabled) noexcept;
 
 protected:
-    ObjectWithRWLock();
-    ObjectWithRWLock(const ObjectWithRWLock& other);
+    ObjectWithRWLock() noexcept;
+    ObjectWithRWLock(const ObjectWithRWLock& other) noexcept;
     ObjectWithRWLock& operator=(const ObjectWithRWLock& other) noexcept;
 
 private:
-    std::unique_ptr<dp::ReadWriteLock> m_lock;
+    mutable dp::ReadWriteLock m_lock;
+    const bool m_hasLock;
 };
 
 } // namespace luk

@@ -19,13 +19,19 @@ bool Observable::UnregisterObserver(const Observer* observer) { return dom::Obse
 
 void Observable::PostObservableEvent(int kind)
 {
-    auto* const counted = dynamic_cast<du::RefCounted*>(this);
+    if (auto* const self = dynamic_cast<du::RefCounted*>(this)) {
+        PostObservableEvent(kind, *self);
+    }
+}
+
+void Observable::PostObservableEvent(int kind, du::RefCounted& self)
+{
     const du::SmartPtr<Kernel> kernel = Kernel::GetKernel();
     // Nobody can have an observer at an object that nobody holds, and a handle of it would be its end.
-    if (!kernel || !counted || counted->GetReferenceCount() == 0) {
+    if (!kernel || self.GetReferenceCount() == 0) {
         return;
     }
-    kernel->PostEvent([this, kind, keptAlive = du::SmartPtr<du::RefCounted>(counted)] {
+    kernel->PostEvent([this, kind, keptAlive = du::SmartPtr<du::RefCounted>(&self)] {
         NotifyObservers(
             [this, kind](dom::Observer& observer) { static_cast<Observer&>(observer).OnObservableEvent(*this, kind); });
     });

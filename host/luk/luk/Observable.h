@@ -1,6 +1,7 @@
 #pragma once
 
 #include <dom/Observable.h>
+#include <du/RefCounted.h>
 #include <luk/ObjectWithRWLock.h>
 
 namespace luk
@@ -32,6 +33,8 @@ public:
     void PostObservableEvent(int kind);
 
 protected:
+    /// The same for a class that knows its own count, which is not looked for then.
+    void PostObservableEvent(int kind, du::RefCounted& self);
     Observable();
     Observable(const Observable&);
     Observable& operator=(const Observable&) noexcept;

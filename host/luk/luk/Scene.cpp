@@ -1,6 +1,6 @@
+#include <du/OrderedSet.h>
 #include <luk/AnnoSet.h>
 #include <luk/Annotation.h>
-#include <luk/OrderedHandles.h>
 #include <luk/Scene.h>
 #include <luk/View.h>
 
@@ -71,7 +71,7 @@ void DetachFor(Annotation& annotation, const Detach& detach)
 
 } // namespace
 
-class Scene::Registry : public OrderedHandles<Annotation>
+class Scene::Registry : public du::OrderedSet<du::SmartPtr<Annotation>>
 {
 public:
     explicit Registry(Scene& scene) : m_place(OpenScenes::Get().Enter(scene)) {}

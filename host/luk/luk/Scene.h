@@ -66,6 +66,7 @@ public:
 protected:
     /// The scene is being closed: annotations are detached, the rest is still there.
     virtual void OnClose() {}
+    void MarkViewsDirty();
 
 private:
     friend class World;
@@ -75,7 +76,6 @@ private:
     static void CloseAll();
 
     void OnMarkupRemoved() override;
-    void MarkViewsDirty();
     void DetachRegistered();
     void ForgetRegistered();
 

@@ -1,5 +1,6 @@
 #include <dg/FormatNumber.h>
 #include <dg/XmlElem.h>
+#include <luk/KnownSymbols.h>
 #include <luk/SerializedContentXml.h>
 
 #include <algorithm>
@@ -484,42 +485,6 @@ private:
         }
         return true;
     }
-};
-
-/// Symbols of texts that came before: what many contents have in common is looked up once for all.
-class KnownSymbols
-{
-public:
-    const du::Symbol& Get(std::string_view text)
-    {
-        du::Symbol& place = m_places[PlaceOf(text)];
-        if (place.IsNull() || !EqualTexts(place.GetText(), text)) {
-            place = du::Symbol(text);
-        }
-        return place;
-    }
-
-private:
-    static constexpr std::size_t kPlaces = 1024;
-
-    /// By the length and the bytes at both ends.
-    static std::size_t PlaceOf(std::string_view text) noexcept
-    {
-        constexpr std::uint64_t kMixer = 0x9E3779B97F4A7C15U;
-        std::uint64_t front = 0;
-        std::uint64_t back = 0;
-        if (text.size() >= sizeof(front)) {
-            std::memcpy(&front, text.data(), sizeof(front));
-            std::memcpy(&back, text.data() + text.size() - sizeof(back), sizeof(back));
-        } else {
-            for (const char letter : text) {
-                front = front << 8U | static_cast<unsigned char>(letter);
-            }
-        }
-        return ((front * kMixer ^ back) + text.size()) * kMixer >> 54U;
-    }
-
-    std::array<du::Symbol, kPlaces> m_places;
 };
 
 /// Short enough for a message, whatever a document holds.

@@ -24,7 +24,8 @@ public:
     ~Shape() override;
 
     /// As the source has it.
-    const std::string& GetPath() const noexcept { return m_path; }
+    const std::string& GetPath() const noexcept { return m_path.GetText(); }
+    const du::Symbol& GetPathSymbol() const noexcept { return m_path; }
 
     bool IsLoaded() const noexcept { return m_mesh != nullptr; }
     /// Null until it is loaded.
@@ -36,9 +37,9 @@ public:
     void SetProblem(std::string problem) { m_problem = std::move(problem); }
 
 private:
-    explicit Shape(std::string path) : m_path(std::move(path)) {}
+    explicit Shape(const du::Symbol& path) noexcept : m_path(path) {}
 
-    std::string m_path;
+    du::Symbol m_path;
     du::SmartPtr<Mesh> m_mesh;
     std::string m_problem;
 };

@@ -7,7 +7,7 @@
 #include <luk/ShapeInstance.h>
 #include <luk/ShapeScene.h>
 
-#include <unordered_map>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -42,12 +42,6 @@ bool IsSameAppearance(const lug::Appearance* a, const lug::Appearance* b)
 }
 
 } // namespace
-
-class ShapeInstance::UserDataMap
-{
-public:
-    std::unordered_map<unsigned int, du::SmartPtr<du::RefCounted>> byId;
-};
 
 ShapeInstance::ShapeInstance(ShapeScene& scene, const du::SmartPtr<Instance>& instance)
     : m_scene(&scene), m_instance(instance)
@@ -166,28 +160,41 @@ void ShapeInstance::SetSelected(bool selected)
 
 void ShapeInstance::SetUserData(unsigned int id, const du::SmartPtr<du::RefCounted>& data)
 {
-    if (!m_userData) {
-        m_userData = std::make_unique<UserDataMap>();
-    }
     // What was there goes last, since its end may come back here.
-    const du::SmartPtr<du::RefCounted> before = GetUserData(id);
-    if (data) {
-        m_userData->byId[id] = data;
-    } else {
-        m_userData->byId.erase(id);
+    du::SmartPtr<du::RefCounted> before;
+    const auto known = std::find_if(m_userData.begin(), m_userData.end(),
+                                    [id](const UserData& userData) { return userData.first == id; });
+    if (known == m_userData.end()) {
+        if (data) {
+            m_userData.emplace_back(id, data);
+        }
+        return;
     }
+    before = std::move(known->second);
+    if (data) {
+        known->second = data;
+    } else {
+        m_userData.erase(known);
+    }
+}
+
+const ShapeInstance::UserData* ShapeInstance::FindUserData(unsigned int id) const
+{
+    for (const UserData& userData : m_userData) {
+        if (userData.first == id) {
+            return &userData;
+        }
+    }
+    return nullptr;
 }
 
 du::SmartPtr<du::RefCounted> ShapeInstance::GetUserData(unsigned int id) const
 {
-    if (!m_userData) {
-        return {};
-    }
-    const auto found = m_userData->byId.find(id);
-    return found == m_userData->byId.end() ? du::SmartPtr<du::RefCounted>() : found->second;
+    const UserData* const found = FindUserData(id);
+    return found ? found->second : nullptr;
 }
 
-bool ShapeInstance::HasUserData(unsigned int id) const { return m_userData && m_userData->byId.contains(id); }
+bool ShapeInstance::HasUserData(unsigned int id) const { return FindUserData(id) != nullptr; }
 
 bool ShapeInstance::IsOfSymbol() const
 {

@@ -6,7 +6,8 @@
 #include <du/SmartPtr.h>
 #include <luk/Object.h>
 
-#include <memory>
+#include <utility>
+#include <vector>
 
 namespace lug
 {
@@ -91,8 +92,9 @@ public:
 
 private:
     friend class ShapeScene;
-    class UserDataMap;
+    using UserData = std::pair<unsigned int, du::SmartPtr<du::RefCounted>>;
 
+    const UserData* FindUserData(unsigned int id) const;
     void TakeOver(const ShapeInstance& other);
     void SetAppearance(const du::SmartPtr<lug::Appearance>& appearance, bool isColor);
     void SetTransparency(bool overridden, float transparency);
@@ -103,7 +105,7 @@ private:
     du::SmartPtr<Instance> m_instance;
     du::SmartPtr<Shape> m_shape;
     du::SmartPtr<lug::Appearance> m_appearance;
-    std::unique_ptr<UserDataMap> m_userData;
+    std::vector<UserData> m_userData; ///< of few modules
     dg::Location m_location = dg::Location::IDENTITY;
     float m_visibilityFraction = 1.0F;
     float m_transparency = 0.0F;

@@ -1,3 +1,4 @@
+#include <du/PlaceMap.h>
 #include <luk/ComponentNode.h>
 #include <luk/SameValue.h>
 #include <luk/Shape.h>
@@ -5,7 +6,6 @@
 #include <luk/ShapeSceneObservers.h>
 #include <luk/View.h>
 
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -33,8 +33,8 @@ public:
     void Load(const du::SmartPtr<ShapeInstance>& part);
     void FetchShape(ShapeInstance& part) const;
 
-    void TellChanged(const std::vector<du::SmartPtr<ShapeInstance>>& parts, const TellPart& tell);
-    void MarkViewsDirty();
+    void TellChanged(const du::SmartPtr<ShapeInstance>& part, const TellPart& tell);
+    void MarkViewsDirty() { m_scene.MarkViewsDirty(); }
     void Close();
 
     void OnBeginChange() override;
@@ -48,7 +48,7 @@ public:
 private:
     static Instance* GetNext(Instance& instance, const Instance& top, bool withChildren);
 
-    const du::SmartPtr<ShapeInstance>& Make(Instance& instance);
+    du::SmartPtr<ShapeInstance> Make(Instance& instance);
     void Retire(const du::SmartPtr<ShapeInstance>& part);
     dg::Location LocationFromAbove(const Instance& instance) const;
     bool IsVisibleFromAbove(const Instance& instance) const;
@@ -57,7 +57,7 @@ private:
     void Finish(ShapeInstance& top, bool notify, const Follow& follow, const TellPart& tell);
 
     ShapeScene& m_scene;
-    std::unordered_map<const Instance*, du::SmartPtr<ShapeInstance>> m_parts;
+    du::PlaceMap<const Instance*, du::SmartPtr<ShapeInstance>> m_parts;
     std::size_t m_partCount = 0; ///< without the unloaded ones
     int m_openChanges = 0;
 };
@@ -68,7 +68,7 @@ ShapeScene::Content::Content(ShapeScene& scene) : m_scene(scene)
         return;
     }
     scene.m_tree->AddListener(this);
-    m_parts.reserve(scene.m_tree->GetInstanceCount() + 1);
+    m_parts.Reserve(scene.m_tree->GetInstanceCount() + 1);
     Instance* const root = scene.m_tree->GetRoot().get();
     for (Instance* at = root; at; at = GetNext(*at, *root, true)) {
         Make(*at);
@@ -77,8 +77,8 @@ ShapeScene::Content::Content(ShapeScene& scene) : m_scene(scene)
 
 ShapeInstance* ShapeScene::Content::Find(const Instance* instance) const
 {
-    const auto found = m_parts.find(instance);
-    return found == m_parts.end() ? nullptr : found->second.get();
+    const du::SmartPtr<ShapeInstance>* const found = m_parts.Find(instance);
+    return found ? found->get() : nullptr;
 }
 
 ShapeInstance* ShapeScene::Content::FindPart(const Instance* instance) const
@@ -141,22 +141,24 @@ template <class Follow>
 void ShapeScene::Content::Finish(ShapeInstance& top, bool notify, const Follow& follow, const TellPart& tell)
 {
     const bool wanted = notify && !observers.IsEmpty();
-    std::vector<du::SmartPtr<ShapeInstance>> changed;
-    if (wanted) {
-        changed.emplace_back(&top);
-    }
+    const du::SmartPtr<ShapeInstance> keptAlive(&top);
+    std::vector<du::SmartPtr<ShapeInstance>> changedBelow;
     Instance& topInstance = *top.m_instance;
     bool reached = true;
     for (Instance* at = GetNext(topInstance, topInstance, true); at; at = GetNext(*at, topInstance, reached)) {
         ShapeInstance* const part = Find(at);
         reached = !part || follow(*part);
         if (wanted && reached && part && part->m_isPart) {
-            changed.emplace_back(part);
+            changedBelow.emplace_back(part);
         }
     }
     MarkViewsDirty();
     if (wanted) {
-        TellChanged(changed, tell);
+        const UpdateBatch batch(m_scene);
+        TellChanged(keptAlive, tell);
+        for (const du::SmartPtr<ShapeInstance>& part : changedBelow) {
+            TellChanged(part, tell);
+        }
     }
 }
 
@@ -191,21 +193,15 @@ void ShapeScene::Content::Show(ShapeInstance& part, bool shown, bool notify)
     });
 }
 
-void ShapeScene::Content::TellChanged(const std::vector<du::SmartPtr<ShapeInstance>>& parts, const TellPart& tell)
+void ShapeScene::Content::TellChanged(const du::SmartPtr<ShapeInstance>& part, const TellPart& tell)
 {
+    if (!observers.Reach(*part->m_instance)) {
+        return;
+    }
     const UpdateBatch batch(m_scene);
-    for (const du::SmartPtr<ShapeInstance>& part : parts) {
-        observers.Tell(
-            *part->m_instance, [&part] { return part->m_isPart; },
-            [&](ShapeSceneObserver& observer) { tell(observer, part); });
-    }
-}
-
-void ShapeScene::Content::MarkViewsDirty()
-{
-    for (std::size_t i = 0; i < m_scene.GetViewCount(); ++i) {
-        m_scene.GetView(i)->SetDirty(true);
-    }
+    observers.Tell(
+        *part->m_instance, [&part] { return part->m_isPart; },
+        [&](ShapeSceneObserver& observer) { tell(observer, part); });
 }
 
 void ShapeScene::Content::FetchShape(ShapeInstance& part) const
@@ -214,15 +210,16 @@ void ShapeScene::Content::FetchShape(ShapeInstance& part) const
     part.m_shape = node ? Shape::Get(node->GetShapeSource()) : du::SmartPtr<Shape>();
 }
 
-const du::SmartPtr<ShapeInstance>& ShapeScene::Content::Make(Instance& instance)
+du::SmartPtr<ShapeInstance> ShapeScene::Content::Make(Instance& instance)
 {
-    const du::SmartPtr<ShapeInstance> part(new ShapeInstance(m_scene, du::SmartPtr<Instance>(&instance)));
+    du::SmartPtr<ShapeInstance> part(new ShapeInstance(m_scene, du::SmartPtr<Instance>(&instance)));
     FetchShape(*part);
     part->m_location = LocationFromAbove(instance);
     part->m_visible = IsVisibleFromAbove(instance);
     part->m_isPart = true;
+    m_parts.TryEmplace(&instance, part);
     ++m_partCount;
-    return m_parts.emplace(&instance, part).first->second;
+    return part;
 }
 
 /// Ends a part that is no longer among the scene's, and tells so.
@@ -243,7 +240,7 @@ void ShapeScene::Content::Unload(const du::SmartPtr<ShapeInstance>& part)
     const du::SmartPtr<ShapeInstance> left(new ShapeInstance(m_scene, part->m_instance));
     left->TakeOver(*part);
     left->m_scene = nullptr;
-    m_parts[part->m_instance.get()] = left;
+    *m_parts.Find(part->m_instance.get()) = left;
     Retire(part);
 }
 
@@ -254,7 +251,7 @@ void ShapeScene::Content::Load(const du::SmartPtr<ShapeInstance>& part)
     ++m_partCount;
     FetchShape(*part);
     MarkViewsDirty();
-    TellChanged({part}, [](ShapeSceneObserver& observer, const du::SmartPtr<ShapeInstance>& created) {
+    TellChanged(part, [](ShapeSceneObserver& observer, const du::SmartPtr<ShapeInstance>& created) {
         observer.OnShapeInstanceCreate(created);
     });
 }
@@ -266,10 +263,10 @@ void ShapeScene::Content::Close()
     }
     const auto parts = std::exchange(m_parts, {});
     m_partCount = 0;
-    for (const auto& [instance, part] : parts) {
+    parts.ForEach([](const Instance*, const du::SmartPtr<ShapeInstance>& part) {
         part->m_scene = nullptr;
         part->m_isPart = false;
-    }
+    });
     observers.Close();
 }
 
@@ -295,7 +292,7 @@ void ShapeScene::Content::OnInstanceAdded(Instance& instance)
     if (!Find(&instance)) {
         const du::SmartPtr<ShapeInstance> part = Make(instance);
         MarkViewsDirty();
-        TellChanged({part}, [](ShapeSceneObserver& observer, const du::SmartPtr<ShapeInstance>& created) {
+        TellChanged(part, [](ShapeSceneObserver& observer, const du::SmartPtr<ShapeInstance>& created) {
             observer.OnShapeInstanceCreate(created);
         });
     }
@@ -303,9 +300,9 @@ void ShapeScene::Content::OnInstanceAdded(Instance& instance)
 
 void ShapeScene::Content::OnInstanceRemoved(Instance& instance)
 {
-    const auto taken = m_parts.extract(&instance);
-    if (!taken.empty() && taken.mapped()->m_isPart) {
-        Retire(taken.mapped());
+    const du::SmartPtr<ShapeInstance> taken = m_parts.Take(&instance);
+    if (taken && taken->m_isPart) {
+        Retire(taken);
     }
 }
 
@@ -405,7 +402,7 @@ void ShapeScene::Changed(ShapeInstance& part, bool notify, const TellPart& tell)
 {
     m_content->MarkViewsDirty();
     if (notify) {
-        m_content->TellChanged({du::SmartPtr<ShapeInstance>(&part)}, tell);
+        m_content->TellChanged(du::SmartPtr<ShapeInstance>(&part), tell);
     }
 }
 

@@ -21,31 +21,13 @@ public:
     {
     }
 
-    void OnPathAdded(const du::Symbol& idPath) override
-    {
-        const auto records = m_registry.m_byPath.try_emplace(idPath).first;
-        try {
-            records->second.emplace(order, shared_from_this());
-        } catch (const std::bad_alloc&) {
-            if (records->second.empty()) {
-                m_registry.m_byPath.erase(records);
-            }
-            throw;
-        }
-    }
-
-    void OnPathRemoved(const du::Symbol& idPath) override
-    {
-        const auto found = m_registry.m_byPath.find(idPath);
-        if (found != m_registry.m_byPath.end() && found->second.erase(order) > 0 && found->second.empty()) {
-            m_registry.m_byPath.erase(found);
-        }
-    }
+    void OnPathAdded(const du::Symbol& idPath) override;
+    void OnPathRemoved(const du::Symbol& idPath) override;
 
     void Enter()
     {
         if (!interest) {
-            m_registry.m_hearEverything.emplace(order, shared_from_this());
+            m_registry.m_hearEverything.Add(shared_from_this());
             return;
         }
         interest->AddFollower(*this);
@@ -57,7 +39,7 @@ public:
         if (interest) {
             interest->RemoveFollower(*this);
         } else {
-            m_registry.m_hearEverything.erase(order);
+            m_registry.m_hearEverything.Take(observer.get());
         }
     }
 
@@ -72,21 +54,90 @@ private:
     ShapeSceneObservers& m_registry;
 };
 
+const void* PlaceOf(const ShapeSceneObservers::RecordPtr& record) noexcept
+{
+    return record ? record->observer.get() : nullptr;
+}
+
+/// Those whom one path interests: one, as for nearly every path, or a set of them.
+class ShapeSceneObservers::RecordsOfPath
+{
+public:
+    /// Needs no memory for the first one.
+    void Add(Record& record)
+    {
+        if (!m_only && !m_many) {
+            m_only = &record;
+            return;
+        }
+        if (!m_many) {
+            auto many = std::make_unique<du::OrderedSet<Record*>>();
+            many->Add(m_only);
+            many->Add(&record);
+            m_many = std::move(many);
+            m_only = nullptr;
+        } else {
+            m_many->Add(&record);
+        }
+    }
+
+    void Remove(const Record& record) noexcept
+    {
+        if (m_only == &record) {
+            m_only = nullptr;
+        } else if (m_many) {
+            m_many->Take(&record);
+        }
+    }
+
+    bool IsEmpty() const noexcept { return !m_only && (!m_many || m_many->GetCount() == 0); }
+
+    void AppendTo(Snapshot& snapshot) const
+    {
+        if (m_only) {
+            snapshot.push_back(m_only->shared_from_this());
+        } else if (m_many) {
+            m_many->ForEach([&snapshot](Record* record) { snapshot.push_back(record->shared_from_this()); });
+        }
+    }
+
+private:
+    Record* m_only = nullptr;
+    std::unique_ptr<du::OrderedSet<Record*>> m_many;
+};
+
+void ShapeSceneObservers::Record::OnPathAdded(const du::Symbol& idPath)
+{
+    m_registry.m_byPath->TryEmplace(idPath).first->Add(*this);
+}
+
+void ShapeSceneObservers::Record::OnPathRemoved(const du::Symbol& idPath)
+{
+    if (RecordsOfPath* const records = m_registry.m_byPath->Find(idPath)) {
+        records->Remove(*this);
+        if (records->IsEmpty()) {
+            m_registry.m_byPath->Take(idPath);
+        }
+    }
+}
+
+ShapeSceneObservers::ShapeSceneObservers() : m_byPath(std::make_unique<du::PlaceMap<du::Symbol, RecordsOfPath>>()) {}
+
+ShapeSceneObservers::~ShapeSceneObservers() { Close(); }
+
 bool ShapeSceneObservers::Register(const du::SmartPtr<ShapeSceneObserver>& observer,
                                    const du::SmartPtr<InstanceInterest>& interest, bool batched)
 {
-    if (!observer || m_closed || m_order.contains(observer.get())) {
+    if (!observer || m_closed || m_all.Contains(observer.get())) {
         return false;
     }
     const auto record = std::make_shared<Record>(*this, m_nextOrder, observer, interest, batched);
-    const auto inAll = m_all.emplace(m_nextOrder, record).first;
+    m_all.Add(record);
     try {
-        m_order.emplace(observer.get(), m_nextOrder);
         record->Enter();
     } catch (const std::bad_alloc&) {
         record->Leave();
-        m_order.erase(observer.get());
-        m_all.erase(inAll);
+        m_all.Take(observer.get());
         throw;
     }
     ++m_nextOrder;
@@ -95,15 +146,10 @@ bool ShapeSceneObservers::Register(const du::SmartPtr<ShapeSceneObserver>& obser
 
 ShapeSceneObservers::RecordPtr ShapeSceneObservers::Take(const ShapeSceneObserver* observer)
 {
-    const auto order = m_order.find(observer);
-    if (order == m_order.end()) {
-        return nullptr;
+    RecordPtr record = m_all.Take(observer);
+    if (record) {
+        record->Leave();
     }
-    const auto position = m_all.find(order->second);
-    RecordPtr record = std::move(position->second);
-    m_all.erase(position);
-    m_order.erase(order);
-    record->Leave();
     return record;
 }
 
@@ -119,37 +165,36 @@ bool ShapeSceneObservers::Unregister(const ShapeSceneObserver* observer)
 void ShapeSceneObservers::Close()
 {
     m_closed = true;
-    const Records all = std::exchange(m_all, {});
-    m_order.clear();
-    for (const auto& [order, record] : all) {
+    const Snapshot all = m_all.TakeAll();
+    for (const RecordPtr& record : all) {
         record->Leave();
     }
     m_begun.clear();
-    for (const auto& [order, record] : all) {
+    for (const RecordPtr& record : all) {
         record->observer->OnDetached();
-    }
-}
-
-void ShapeSceneObservers::Append(const Records& records, Snapshot& snapshot)
-{
-    for (const auto& [order, record] : records) {
-        snapshot.push_back(record);
     }
 }
 
 void ShapeSceneObservers::AppendByPath(const du::Symbol& idPath, Snapshot& reached) const
 {
-    const auto found = m_byPath.find(idPath);
-    if (found != m_byPath.end()) {
-        Append(found->second, reached);
+    if (const RecordsOfPath* const records = m_byPath->Find(idPath)) {
+        records->AppendTo(reached);
     }
+}
+
+bool ShapeSceneObservers::Reach(const Instance& instance) const
+{
+    if (!m_routing || m_hearEverything.GetCount() > 0) {
+        return !IsEmpty();
+    }
+    const du::SmartPtr<illustration::SbomInstance> service = instance.GetSbomInstance();
+    return m_byPath->Find(instance.GetIdPath()) || (service && m_byPath->Find(service->GetIdPath()));
 }
 
 ShapeSceneObservers::Snapshot ShapeSceneObservers::GetReached(const Instance& instance) const
 {
-    Snapshot reached;
-    Append(m_routing ? m_hearEverything : m_all, reached);
-    if (!m_routing || m_byPath.empty()) {
+    Snapshot reached = (m_routing ? m_hearEverything : m_all).GetAll();
+    if (!m_routing || m_byPath->GetCount() == 0) {
         return reached;
     }
     AppendByPath(instance.GetIdPath(), reached);
@@ -192,8 +237,7 @@ void ShapeSceneObservers::OpenBatch()
     if (m_depth++ > 0) {
         return;
     }
-    Snapshot hearEverything;
-    Append(m_hearEverything, hearEverything);
+    const Snapshot hearEverything = m_hearEverything.GetAll();
     for (const RecordPtr& record : hearEverything) {
         Begin(record);
     }

@@ -1,17 +1,16 @@
 #pragma once
 
+#include <du/OrderedSet.h>
+#include <du/PlaceMap.h>
 #include <du/SmartPtr.h>
 #include <du/Symbol.h>
-#include <du/SymbolMap.h>
 #include <luk/InstanceInterest.h>
 #include <luk/ShapeSceneObserver.h>
 
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <map>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 namespace luk
@@ -25,8 +24,8 @@ class Instance;
 class ShapeSceneObservers
 {
 public:
-    ShapeSceneObservers() = default;
-    ~ShapeSceneObservers() { Close(); }
+    ShapeSceneObservers();
+    ~ShapeSceneObservers();
     ShapeSceneObservers(const ShapeSceneObservers&) = delete;
     ShapeSceneObservers& operator=(const ShapeSceneObservers&) = delete;
 
@@ -36,8 +35,11 @@ public:
     /// Detaches all; none is taken any more.
     void Close();
 
-    bool IsEmpty() const noexcept { return m_all.empty(); }
+    bool IsEmpty() const noexcept { return m_all.GetCount() == 0; }
     void SetRoutingEnabled(bool enabled) noexcept { m_routing = enabled; }
+
+    /// Whether a change of the instance is told to anybody.
+    bool Reach(const Instance& instance) const;
 
     /// Batches nest. Those who hear everything are told of each batch, the others of those that reach them.
     void OpenBatch();
@@ -49,13 +51,16 @@ public:
 
 private:
     class Record;
+    class RecordsOfPath;
     using RecordPtr = std::shared_ptr<Record>;
-    using Records = std::map<std::uint64_t, RecordPtr>; ///< by the order of registration
+    using Records = du::OrderedSet<RecordPtr>; ///< by the order of registration
     using Snapshot = std::vector<RecordPtr>;
+
+    /// A record is known by its observer.
+    friend const void* PlaceOf(const RecordPtr& record) noexcept;
 
     RecordPtr Take(const ShapeSceneObserver* observer);
     Snapshot GetReached(const Instance& instance) const;
-    static void Append(const Records& records, Snapshot& snapshot);
     void AppendByPath(const du::Symbol& idPath, Snapshot& reached) const;
     void Begin(const RecordPtr& record);
     void DeliverEnds();
@@ -63,8 +68,7 @@ private:
 
     Records m_all;
     Records m_hearEverything;
-    du::SymbolMap<Records> m_byPath;
-    std::unordered_map<const ShapeSceneObserver*, std::uint64_t> m_order;
+    std::unique_ptr<du::PlaceMap<du::Symbol, RecordsOfPath>> m_byPath;
     std::uint64_t m_nextOrder = 0;
     std::deque<RecordPtr> m_begun; ///< to be told the end of the batch
     int m_depth = 0;

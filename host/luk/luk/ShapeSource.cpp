@@ -10,11 +10,11 @@ bool ShapeSource::Create(du::SmartPtr<ShapeSource>& source, const std::string& p
                          unsigned int flags)
 {
     const du::SmartPtr<ShapeSource> made(new ShapeSource);
-    made->m_path = path;
+    made->m_path = du::Symbol(path);
     made->m_box = box;
     made->m_flags = flags;
     source = made;
-    return !made->m_path.empty();
+    return !path.empty();
 }
 
 du::SmartPtr<ShapeSource> ShapeSource::CreateFromMesh(const du::SmartPtr<Mesh>& mesh)

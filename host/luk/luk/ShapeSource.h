@@ -3,6 +3,7 @@
 #include <dg/FBox.h>
 #include <du/RefCounted.h>
 #include <du/SmartPtr.h>
+#include <du/Symbol.h>
 #include <luk/Mesh.h>
 #include <luk/Object.h>
 
@@ -33,7 +34,7 @@ public:
     ~ShapeSource() override;
 
     /// Empty for a mesh that is there already.
-    const std::string& GetPath() const noexcept { return m_path; }
+    const std::string& GetPath() const noexcept { return m_path.GetText(); }
     const dg::FBox& GetBox() const noexcept { return m_box; }
 
 private:
@@ -41,7 +42,7 @@ private:
 
     ShapeSource() = default;
 
-    std::string m_path;
+    du::Symbol m_path;
     dg::FBox m_box;
     unsigned int m_flags = 0;
     du::SmartPtr<Shape> m_shape;

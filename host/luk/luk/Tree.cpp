@@ -1,4 +1,4 @@
-#include <du/SymbolMap.h>
+#include <du/PlaceMap.h>
 #include <luk/ComponentNode.h>
 #include <luk/Structure.h>
 #include <luk/Tree.h>
@@ -53,7 +53,7 @@ public:
         }
     }
 
-    du::SymbolMap<du::SmartPtr<Instance>> byPath; ///< all but the root
+    du::PlaceMap<du::Symbol, du::SmartPtr<Instance>> byPath; ///< all but the root
 
 private:
     std::vector<Listener*> m_listeners;
@@ -92,22 +92,22 @@ Tree::Tree(const du::SmartPtr<Structure>& structure) : m_structure(structure), m
 
 Tree::~Tree()
 {
-    for (const auto& [path, instance] : m_index->byPath) {
+    m_index->byPath.ForEach([](const du::Symbol&, const du::SmartPtr<Instance>& instance) {
         CutLinks(*instance);
         Forget(*instance);
-    }
+    });
     if (m_root) {
         CutLinks(*m_root);
         Forget(*m_root);
     }
 }
 
-std::size_t Tree::GetInstanceCount() const noexcept { return m_index->byPath.size(); }
+std::size_t Tree::GetInstanceCount() const noexcept { return m_index->byPath.GetCount(); }
 
 du::SmartPtr<Instance> Tree::FindInstance(const du::Symbol& path) const
 {
-    const auto found = m_index->byPath.find(path);
-    return found == m_index->byPath.end() ? du::SmartPtr<Instance>() : found->second;
+    const du::SmartPtr<Instance>* const found = m_index->byPath.Find(path);
+    return found ? *found : nullptr;
 }
 
 void Tree::AddListener(Listener* listener) { m_index->Add(listener); }
@@ -117,7 +117,7 @@ void Tree::RemoveListener(Listener* listener) { m_index->Remove(listener); }
 Instance& Tree::Insert(Instance& parent, ComponentInstance& use)
 {
     const du::SmartPtr<Instance> made(new Instance(*this, &parent, du::SmartPtr<ComponentInstance>(&use)));
-    m_index->byPath.emplace(made->m_idPath, made);
+    m_index->byPath.TryEmplace(made->m_idPath, made);
     made->m_previous = parent.m_lastChild;
     (parent.m_lastChild ? parent.m_lastChild->m_next : parent.m_firstChild) = made.get();
     parent.m_lastChild = made.get();
@@ -131,15 +131,19 @@ void Tree::Grow(Instance& parent, ComponentInstance& use, Instances& grown)
         Instance* parent;
         ComponentInstance* use;
     };
-    std::vector<Step> due{{&parent, &use}};
-    while (!due.empty()) {
-        const Step step = due.back();
-        due.pop_back();
+    std::vector<Step> due;
+    const auto insert = [&](const Step& step) {
         Instance& made = Insert(*step.parent, *step.use);
         grown.emplace_back(&made);
         for (ComponentInstance* below = step.use->m_node->GetLastUse(); below; below = below->m_previous) {
             due.push_back({&made, below});
         }
+    };
+    insert({&parent, &use});
+    while (!due.empty()) {
+        const Step step = due.back();
+        due.pop_back();
+        insert(step);
     }
 }
 
@@ -168,7 +172,7 @@ void Tree::Cut(Instance& top, Removal& removal)
     (top.m_next ? top.m_next->m_previous : parent.m_lastChild) = top.m_previous;
     for (std::size_t i = first; i < removal.instances.size(); ++i) {
         CutLinks(*removal.instances[i]);
-        m_index->byPath.erase(removal.instances[i]->m_idPath);
+        m_index->byPath.Take(removal.instances[i]->m_idPath);
     }
 }
 
@@ -240,11 +244,32 @@ void Tree::FollowRemoved(ComponentNode& parent, ComponentInstance& use)
         Forget);
 }
 
+/// That of a use below an occurrence of the component which has it.
+du::SmartPtr<Instance> Tree::FindOccurrence(const Instance& parent, const ComponentInstance& use)
+{
+    // A component that is used once needs no look-up.
+    Instance* const first = use.m_node->m_firstOccurrence;
+    const bool isThat = first && first->m_parent == &parent && first->m_componentInstance.get() == &use;
+    return isThat ? du::SmartPtr<Instance>(first) : parent.FindChild(use.m_id);
+}
+
+du::SmartPtr<Instance> Tree::FindOccurrence(const ComponentInstance& use) const
+{
+    const ComponentNode* const component = use.GetParentNode();
+    for (Instance* parent = component ? component->m_firstOccurrence : nullptr; parent;
+         parent = parent->m_nextOccurrence) {
+        if (parent->m_tree == this) {
+            return FindOccurrence(*parent, use);
+        }
+    }
+    return {};
+}
+
 void Tree::FollowMoved(ComponentNode& parent, const ComponentInstance& use)
 {
     Instances moved;
     for (Instance* occurrence = parent.m_firstOccurrence; occurrence; occurrence = occurrence->m_nextOccurrence) {
-        if (du::SmartPtr<Instance> instance = occurrence->FindChild(use.m_id)) {
+        if (du::SmartPtr<Instance> instance = FindOccurrence(*occurrence, use)) {
             moved.push_back(std::move(instance));
         }
     }

@@ -53,6 +53,9 @@ public:
 
     /// @param path "/a/b"; null, "", "/" and a path into nowhere give null
     du::SmartPtr<Instance> FindInstance(const du::Symbol& path) const;
+    /// Where a use is, or the first such place when the component that has it is used several times itself.
+    /// @return null for a use that is in no component of this tree
+    du::SmartPtr<Instance> FindOccurrence(const ComponentInstance& use) const;
 
     /// Not owned; takes itself out before it goes. May be called from a listener.
     void AddListener(Listener* listener);
@@ -77,6 +80,7 @@ private:
     Instance& Insert(Instance& parent, ComponentInstance& use);
     void Grow(Instance& parent, ComponentInstance& use, Instances& grown);
     void Cut(Instance& top, Removal& removal);
+    static du::SmartPtr<Instance> FindOccurrence(const Instance& parent, const ComponentInstance& use);
     static void CutLinks(Instance& instance);
     static void Forget(Instance& instance);
 

@@ -1,3 +1,4 @@
+#include <du/PlaceMap.h>
 #include <luk/CurrentHandle.h>
 #include <luk/Kernel.h>
 #include <luloader/Loader.h>
@@ -29,7 +30,7 @@ constexpr int kFailed = 1;
 
 /// So long a worker that has run out of work lies in wait before it sleeps. What is asked for meanwhile costs no waking, and
 /// loads of one file become one job.
-constexpr std::chrono::milliseconds kDoze{5};
+constexpr std::chrono::milliseconds kDoze{20};
 
 /// So short that a string of it needs no memory.
 constexpr const char* kOutOfMemory = "out of memory";
@@ -37,14 +38,40 @@ constexpr const char* kNoThread = "the system gives no thread to read it with";
 
 enum class Kind { Picture, Shape };
 
+/// What is to be loaded, as it was asked for.
+struct Source {
+    Kind kind = Kind::Picture;
+    du::Symbol name;
+    const luk::Anchor* anchor = nullptr;
+
+    /// A shape without a folder is one of the files that belong to the document.
+    bool IsAnchored() const
+    {
+        return anchor && kind == Kind::Shape && name.GetText().find_first_of("/\\") == std::string::npos;
+    }
+
+    std::string GetPath() const
+    {
+        if (!IsAnchored()) {
+            return PathFromURL(name.GetText());
+        }
+        du::Symbol anchored;
+        return anchor->GetURLForFileSource(name, anchored, false) ? anchored.GetText() : std::string();
+    }
+};
+
 /// One reading of a file, for everybody who asked before it began.
 struct Job {
-    Kind kind = Kind::Picture;
-    std::string path;
+    explicit Job(const Source& source) : kind(source.kind), path(source.GetPath()) {}
+
+    const Kind kind;
+    const std::string path;
     du::SmartPtr<luk::ImageData> picture;
     du::SmartPtr<luk::Mesh> mesh;
     std::string problem;
-    std::string lane; ///< of those that may stand in for each other
+    std::string lane;                 ///< of those that may stand in for each other
+    du::Symbol name;                  ///< by which it can be joined; null when it cannot
+    std::atomic<bool> isTaken{false}; ///< by a worker, which may read from now on
 
     bool IsDone() const { return picture || mesh; }
 
@@ -115,8 +142,8 @@ public:
             TakeFirst();
         }
     }
-    ImageQueue(const ImageQueue&) = delete;
-    ImageQueue& operator=(const ImageQueue&) = delete;
+    ImageQueue(ImageQueue&&) noexcept = default;
+    ImageQueue& operator=(ImageQueue&&) noexcept = default;
 
     void Append(const std::shared_ptr<Waiting>& waiting) noexcept
     {
@@ -148,17 +175,6 @@ std::string LaneOf(Kind kind, const std::string& path)
     return lane;
 }
 
-/// The file of a shape. A name without a folder is one of the files that belong to the document.
-std::string PathOfShape(const luk::Shape& shape, const luk::Anchor* anchor)
-{
-    const std::string& path = shape.GetPath();
-    if (!anchor || path.find_first_of("/\\") != std::string::npos) {
-        return PathFromURL(path);
-    }
-    du::Symbol anchored;
-    return anchor->GetURLForFileSource(du::Symbol(path), anchored, false) ? anchored.GetText() : std::string();
-}
-
 std::size_t NumberOfWorkers(std::size_t wanted)
 {
     constexpr std::size_t kAtMost = 4;
@@ -177,7 +193,7 @@ public:
     }
 
     /// @param mesh that is there already, so that nothing has to be read
-    void Load(Request request, Kind kind, std::string path, du::SmartPtr<luk::Mesh> mesh);
+    void Load(Request request, const Source& source, const du::SmartPtr<luk::Mesh>& mesh);
     bool Wait(const std::function<bool(std::size_t)>& onProgress);
     void Stop();
 
@@ -195,10 +211,16 @@ private:
         bool isRunning = false;
     };
 
+    using JobsByName = du::PlaceMap<du::Symbol, std::shared_ptr<Job>>;
+
     /// Nothing will be delivered any more.
     bool IsCutOff() const noexcept { return m_stopped || m_kernelClosed; }
-    void RegisterAndPost(const std::shared_ptr<Waiting>& waiting, Job&& job);
-    void JoinOrEnqueue(const std::shared_ptr<Waiting>& waiting, Kind kind, std::string path);
+    void RegisterAndPost(const std::shared_ptr<Waiting>& waiting, std::shared_ptr<Job> job);
+    bool JoinByName(const std::shared_ptr<Waiting>& waiting, const Source& source);
+    void JoinOrEnqueue(const std::shared_ptr<Waiting>& waiting, const Source& source);
+    void Enqueue(const std::shared_ptr<Waiting>& waiting, Jobs& one);
+    JobsByName& GetJobsByName(Kind kind) { return kind == Kind::Shape ? m_shapeJobs : m_pictureJobs; }
+    void ForgetName(const Job& job);
     void Register(const Job& job, const std::shared_ptr<Waiting>& waiting);
     bool HaveWorker();
     void Deliver(const std::shared_ptr<const Job>& job);
@@ -229,8 +251,10 @@ private:
     // Of the host thread; the kernel is set before the first worker starts and stays until the last has ended.
     const std::thread::id m_hostThread = std::this_thread::get_id();
     du::SmartPtr<luk::Kernel> m_kernel;
-    std::unordered_map<const Job*, std::vector<std::shared_ptr<Waiting>>> m_requests;
-    std::unordered_map<const luk::Image*, ImageQueue> m_requestsOfImage;
+    du::PlaceMap<const Job*, std::vector<std::shared_ptr<Waiting>>> m_requests;
+    du::PlaceMap<const luk::Image*, ImageQueue> m_requestsOfImage;
+    JobsByName m_pictureJobs; ///< the last one of each name, until it is delivered
+    JobsByName m_shapeJobs;
     std::size_t m_pending = 0;
     std::size_t m_deliveries = 0;
     bool m_isDelivering = false;
@@ -323,7 +347,7 @@ private:
     Work& m_work;
 };
 
-void Loader::Work::Load(Request request, Kind kind, std::string path, du::SmartPtr<luk::Mesh> mesh)
+void Loader::Work::Load(Request request, const Source& source, const du::SmartPtr<luk::Mesh>& mesh)
 {
     const du::SmartPtr<luk::Kernel> kernel = luk::Kernel::GetKernel();
     if (!kernel || IsCutOff()) {
@@ -333,35 +357,69 @@ void Loader::Work::Load(Request request, Kind kind, std::string path, du::SmartP
         m_kernel = kernel;
     }
     const auto waiting = std::make_shared<Waiting>(Waiting{std::move(request), nullptr, nullptr});
-    if (mesh) {
-        RegisterAndPost(waiting, {kind, std::move(path), nullptr, std::move(mesh), {}, {}});
-    } else if (HaveWorker()) {
-        JoinOrEnqueue(waiting, kind, std::move(path));
-    } else {
-        RegisterAndPost(waiting, {kind, std::move(path), nullptr, nullptr, kNoThread, {}});
+    if (!mesh && HaveWorker()) {
+        if (!JoinByName(waiting, source)) {
+            JoinOrEnqueue(waiting, source);
+        }
+        return;
     }
+    auto job = std::make_shared<Job>(source);
+    job->mesh = mesh;
+    if (!mesh) {
+        job->problem = kNoThread;
+    }
+    RegisterAndPost(waiting, std::move(job));
 }
 
-void Loader::Work::RegisterAndPost(const std::shared_ptr<Waiting>& waiting, Job&& job)
+void Loader::Work::RegisterAndPost(const std::shared_ptr<Waiting>& waiting, std::shared_ptr<Job> job)
 {
-    Jobs one{std::make_shared<Job>(std::move(job))};
+    Jobs one{std::move(job)};
     Register(*one.front(), waiting);
     Post(one);
 }
 
-/// A job that runs already may have read the file before it last changed, so that it is too late to join it.
-void Loader::Work::JoinOrEnqueue(const std::shared_ptr<Waiting>& waiting, Kind kind, std::string path)
+/// The short way, for the many that ask for few files: neither a path is formed nor a lock taken. A worker that takes the
+/// job meanwhile reads after this load was asked for.
+bool Loader::Work::JoinByName(const std::shared_ptr<Waiting>& waiting, const Source& source)
 {
-    std::string name = LaneOf(kind, path);
+    const std::shared_ptr<Job>* const known = GetJobsByName(source.kind).Find(source.name);
+    if (!known || (*known)->isTaken || source.IsAnchored()) {
+        return false;
+    }
+    Register(**known, waiting);
+    return true;
+}
+
+/// A job that runs already may have read the file before it last changed, so that it is too late to join it.
+void Loader::Work::JoinOrEnqueue(const std::shared_ptr<Waiting>& waiting, const Source& source)
+{
+    Jobs one{std::make_shared<Job>(source)};
+    Job& job = *one.front();
+    job.lane = LaneOf(job.kind, job.path);
+    if (!source.name.IsNull() && !source.IsAnchored()) {
+        *GetJobsByName(source.kind).TryEmplace(source.name).first = one.front();
+        job.name = source.name;
+    }
+    try {
+        Enqueue(waiting, one);
+    } catch (const std::bad_alloc&) {
+        ForgetName(job);
+        throw;
+    }
+}
+
+/// @param one a new job, which is not needed when its lane has one that waits
+void Loader::Work::Enqueue(const std::shared_ptr<Waiting>& waiting, Jobs& one)
+{
+    const std::shared_ptr<Job> job = one.front();
     const std::lock_guard lock(m_mutex);
-    const auto known = m_lanes.find(name);
-    if (known != m_lanes.end() && known->second.waiting) {
-        Register(*known->second.waiting, waiting);
+    const auto [place, isNew] = m_lanes.try_emplace(job->lane);
+    Lane& lane = place->second;
+    if (lane.waiting) {
+        Register(*lane.waiting, waiting);
+        ForgetName(*job);
         return;
     }
-    Jobs one{std::make_shared<Job>(Job{kind, std::move(path), nullptr, nullptr, {}, std::move(name)})};
-    const std::shared_ptr<Job>& job = one.front();
-    const auto [place, isNew] = m_lanes.try_emplace(job->lane);
     try {
         Register(*job, waiting);
     } catch (const std::bad_alloc&) {
@@ -370,7 +428,6 @@ void Loader::Work::JoinOrEnqueue(const std::shared_ptr<Waiting>& waiting, Kind k
         }
         throw;
     }
-    Lane& lane = place->second;
     lane.waiting = job;
     if (lane.isRunning) {
         lane.held.splice(lane.held.end(), one);
@@ -384,20 +441,29 @@ void Loader::Work::JoinOrEnqueue(const std::shared_ptr<Waiting>& waiting, Kind k
 void Loader::Work::Register(const Job& job, const std::shared_ptr<Waiting>& waiting)
 {
     const luk::Image* const image = waiting->request.image.get();
-    std::vector<std::shared_ptr<Waiting>>& requests = m_requests[&job];
+    std::vector<std::shared_ptr<Waiting>>& requests = *m_requests.TryEmplace(&job).first;
     try {
         requests.push_back(waiting);
         if (image) {
-            m_requestsOfImage[image].Append(waiting);
+            m_requestsOfImage.TryEmplace(image).first->Append(waiting);
         }
     } catch (const std::bad_alloc&) {
         std::erase(requests, waiting);
         if (requests.empty()) {
-            m_requests.erase(&job);
+            m_requests.Take(&job);
         }
         throw;
     }
     ++m_pending;
+}
+
+void Loader::Work::ForgetName(const Job& job)
+{
+    JobsByName& jobs = GetJobsByName(job.kind);
+    const std::shared_ptr<Job>* const known = jobs.Find(job.name);
+    if (known && known->get() == &job) {
+        jobs.Take(job.name);
+    }
 }
 
 /// Starts one more for each load, up to the maximum.
@@ -415,12 +481,8 @@ bool Loader::Work::HaveWorker()
 
 void Loader::Work::Deliver(const std::shared_ptr<const Job>& job)
 {
-    const auto found = m_requests.find(job.get());
-    if (found == m_requests.end()) {
-        return;
-    }
-    const std::vector<std::shared_ptr<Waiting>> requests = std::move(found->second);
-    m_requests.erase(found);
+    ForgetName(*job);
+    const std::vector<std::shared_ptr<Waiting>> requests = m_requests.Take(job.get());
     m_isDelivering = true;
     for (const std::shared_ptr<Waiting>& waiting : requests) {
         if (IsCutOff()) {
@@ -444,13 +506,13 @@ void Loader::Work::DeliverInTurn(const std::shared_ptr<Waiting>& waiting)
         return;
     }
     while (!IsCutOff()) {
-        const auto queue = m_requestsOfImage.find(image.get());
-        if (queue == m_requestsOfImage.end() || !queue->second.IsFirstRead()) {
+        ImageQueue* const queue = m_requestsOfImage.Find(image.get());
+        if (!queue || !queue->IsFirstRead()) {
             return;
         }
-        const std::shared_ptr<Waiting> first = queue->second.TakeFirst();
-        if (queue->second.IsEmpty()) {
-            m_requestsOfImage.erase(queue);
+        const std::shared_ptr<Waiting> first = queue->TakeFirst();
+        if (queue->IsEmpty()) {
+            m_requestsOfImage.Take(image.get());
         }
         DeliverOne(*first);
     }
@@ -533,6 +595,8 @@ void Loader::Work::DropRequests()
     m_pending = 0;
     const auto requests = std::exchange(m_requests, {});
     const auto requestsOfImages = std::exchange(m_requestsOfImage, {});
+    m_pictureJobs = {};
+    m_shapeJobs = {};
 }
 
 void Loader::Work::RunWorker()
@@ -565,6 +629,7 @@ Jobs Loader::Work::TakeJob()
         return one;
     }
     one.splice(one.end(), m_jobs, m_jobs.begin());
+    one.front()->isTaken = true;
     if (const auto lane = m_lanes.find(one.front()->lane); lane != m_lanes.end()) {
         lane->second.waiting = nullptr;
         lane->second.isRunning = true;
@@ -794,16 +859,15 @@ void Loader::SetLoader(const du::SmartPtr<Loader>& loader) { luk::CurrentHandle<
 void Loader::LoadImage(const du::SmartPtr<luk::Image>& image, const du::SmartPtr<luk::AsyncEvent>& event,
                        const du::Symbol&)
 {
-    std::string path = image ? PathFromURL(image->GetURL().GetText()) : std::string();
-    m_work->Load({image, nullptr, event}, Kind::Picture, std::move(path), nullptr);
+    const Source source{Kind::Picture, image ? image->GetURL() : du::Symbol(), nullptr};
+    m_work->Load({image, nullptr, event}, source, nullptr);
 }
 
 void Loader::LoadShape(const du::SmartPtr<luk::Shape>& shape, unsigned int, const du::SmartPtr<luk::AsyncEvent>& event,
                        const du::SmartPtr<luk::Anchor>& anchor)
 {
-    std::string path = shape ? PathOfShape(*shape, anchor.get()) : std::string();
-    du::SmartPtr<luk::Mesh> mesh = shape ? shape->GetMesh() : du::SmartPtr<luk::Mesh>();
-    m_work->Load({nullptr, shape, event}, Kind::Shape, std::move(path), std::move(mesh));
+    const Source source{Kind::Shape, shape ? shape->GetPathSymbol() : du::Symbol(), shape ? anchor.get() : nullptr};
+    m_work->Load({nullptr, shape, event}, source, shape ? shape->GetMesh() : nullptr);
 }
 
 std::size_t Loader::GetPendingCount() const noexcept { return m_work->GetPendingCount(); }

@@ -4,6 +4,9 @@
 #include <array>
 #include <cassert>
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <new>
 
 namespace dp
 {
@@ -90,6 +93,24 @@ void ReportMisuse(const char* what) { s_misuseHandler.load(std::memory_order_acq
 
 } // namespace
 
+/// Where the threads wait that wait for one of many locks. They look whether it was theirs that has changed.
+class ReadWriteLock::WaitingPlace
+{
+public:
+    std::mutex mutex;
+    std::condition_variable changed;
+};
+
+/// The places live until the process ends, since a lock may be used by the last object of all, and need no memory, which may
+/// have run out.
+ReadWriteLock::WaitingPlace& ReadWriteLock::GetWaitingPlace() const noexcept
+{
+    using Places = std::array<WaitingPlace, 16>;
+    alignas(Places) static std::byte s_storage[sizeof(Places)];
+    static auto* const s_places = new (s_storage) Places;
+    return (*s_places)[reinterpret_cast<std::uintptr_t>(this) / alignof(std::max_align_t) % s_places->size()];
+}
+
 void ReadWriteLock::LockRead()
 {
     if (Hold* const hold = t_held.Find(this)) {
@@ -169,7 +190,8 @@ std::size_t ReadWriteLock::CountHeldByThisThread() noexcept { return t_held.GetC
 
 std::size_t ReadWriteLock::CountWaiting() const
 {
-    const std::lock_guard guard(m_mutex);
+    WaitingPlace& place = GetWaitingPlace();
+    const std::lock_guard guard(place.mutex);
     return std::size_t{m_waitingReaders} + m_waitingWriters;
 }
 
@@ -178,36 +200,38 @@ ReadWriteLock::MisuseHandler ReadWriteLock::SetMisuseHandler(MisuseHandler handl
     return s_misuseHandler.exchange(handler ? handler : &TraceAndAssert, std::memory_order_acq_rel);
 }
 
-// From here on: whoever has m_mutex and has set kWaiting is alone in changing m_state, because every shorter way gives up
+// From here on: whoever has the mutex of the waiting place and has set kWaiting is alone in changing m_state, because every shorter way gives up
 // at that bit. It is cleared again as soon as nobody waits.
 
 void ReadWriteLock::WaitToRead()
 {
-    std::unique_lock guard(m_mutex);
+    WaitingPlace& place = GetWaitingPlace();
+    std::unique_lock guard(place.mutex);
     const std::uint32_t state = m_state.fetch_or(kWaiting, std::memory_order_acq_rel) & ~kWaiting;
     if (state != kWritten && m_waitingWriters == 0) {
         m_state.store(state + 1, std::memory_order_release);
         return;
     }
     ++m_waitingReaders;
-    m_changed.wait(guard, [this, batch = m_readerBatch] { return m_readerBatch != batch; });
+    place.changed.wait(guard, [this, batch = m_readerBatch] { return m_readerBatch != batch; });
 }
 
 bool ReadWriteLock::WaitToWrite(std::uint32_t ownReaders)
 {
-    std::unique_lock guard(m_mutex);
+    WaitingPlace& place = GetWaitingPlace();
+    std::unique_lock guard(place.mutex);
     m_state.fetch_or(kWaiting, std::memory_order_acq_rel);
     const auto isAlone = [&] { return (m_state.load(std::memory_order_acquire) & ~kWaiting) == ownReaders; };
 
     ++m_waitingWriters;
     bool isMine = true;
     if (ownReaders == 0) {
-        m_changed.wait(guard, isAlone);
+        place.changed.wait(guard, isAlone);
     } else if (!isAlone()) {
         guard.unlock();
         ReportMisuse("a thread that reads asks to write while others read");
         guard.lock();
-        isMine = m_changed.wait_for(guard, std::chrono::milliseconds(kUpgradePatienceMs), isAlone);
+        isMine = place.changed.wait_for(guard, std::chrono::milliseconds(kUpgradePatienceMs), isAlone);
     }
     --m_waitingWriters;
 
@@ -228,9 +252,10 @@ void ReadWriteLock::ReleaseReader()
             return;
         }
     }
-    const std::lock_guard guard(m_mutex);
+    WaitingPlace& place = GetWaitingPlace();
+    const std::lock_guard guard(place.mutex);
     m_state.fetch_sub(1, std::memory_order_acq_rel);
-    m_changed.notify_all();
+    place.changed.notify_all();
 }
 
 void ReadWriteLock::ReleaseWriter(std::uint32_t ownReaders)
@@ -239,7 +264,8 @@ void ReadWriteLock::ReleaseWriter(std::uint32_t ownReaders)
     if (m_state.compare_exchange_strong(state, ownReaders, std::memory_order_release, std::memory_order_relaxed)) {
         return;
     }
-    const std::lock_guard guard(m_mutex);
+    WaitingPlace& place = GetWaitingPlace();
+    const std::lock_guard guard(place.mutex);
     AdmitWaiting(ownReaders);
 }
 
@@ -252,7 +278,7 @@ void ReadWriteLock::AdmitWaiting(std::uint32_t holders) noexcept
         ++m_readerBatch;
     }
     m_state.store(holders | (m_waitingWriters > 0 ? kWaiting : 0), std::memory_order_release);
-    m_changed.notify_all();
+    GetWaitingPlace().changed.notify_all();
 }
 
 } // namespace dp

@@ -23,18 +23,18 @@ private:
 bool ObjectObservers::Register(const du::SmartPtr<AssociativeObjectObserver>& observer, std::string_view id)
 {
     const std::lock_guard lock(m_mutex);
-    if (!observer || m_groupOf.contains(observer.get())) {
+    if (!observer || m_groupOf.Find(observer.get())) {
         return false;
     }
     auto found = m_groups.find(id);
     if (found == m_groups.end()) {
         found = m_groups.emplace(id, std::make_shared<Group>(id)).first;
     }
-    const auto known = m_groupOf.emplace(observer.get(), found->second).first;
+    m_groupOf.TryEmplace(observer.get(), found->second);
     try {
         return found->second->RegisterObserver(observer);
     } catch (const std::bad_alloc&) {
-        m_groupOf.erase(known);
+        m_groupOf.Take(observer.get());
         throw;
     }
 }
@@ -44,19 +44,19 @@ bool ObjectObservers::Unregister(const AssociativeObjectObserver* observer)
     GroupPtr group;
     {
         const std::lock_guard lock(m_mutex);
-        const auto known = m_groupOf.find(observer);
-        if (known == m_groupOf.end()) {
-            return false;
-        }
-        group = known->second;
-        m_groupOf.erase(known);
+        group = m_groupOf.Take(observer);
+    }
+    if (!group) {
+        return false;
     }
     // Tells the observer, who may come back here.
     group->UnregisterObserver(observer);
     const std::lock_guard lock(m_mutex);
-    const auto found = m_groups.find(group->GetId());
-    if (found != m_groups.end() && found->second == group && group->GetObserverCount() == 0) {
-        m_groups.erase(found);
+    if (group->GetObserverCount() == 0) {
+        const auto found = m_groups.find(group->GetId());
+        if (found != m_groups.end() && found->second == group) {
+            m_groups.erase(found);
+        }
     }
     return true;
 }
@@ -64,7 +64,7 @@ bool ObjectObservers::Unregister(const AssociativeObjectObserver* observer)
 std::size_t ObjectObservers::GetCount() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_groupOf.size();
+    return m_groupOf.GetCount();
 }
 
 void ObjectObservers::DetachAll()
@@ -73,7 +73,7 @@ void ObjectObservers::DetachAll()
     {
         const std::lock_guard lock(m_mutex);
         groups.swap(m_groups);
-        m_groupOf.clear();
+        m_groupOf = {};
     }
     for (const auto& [id, group] : groups) {
         group->DetachAllObservers();

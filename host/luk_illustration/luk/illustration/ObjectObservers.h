@@ -1,6 +1,7 @@
 #pragma once
 
 #include <dom/Observable.h>
+#include <du/PlaceMap.h>
 #include <du/SmartPtr.h>
 
 #include <cstddef>
@@ -10,7 +11,6 @@
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace luk::illustration
@@ -42,7 +42,7 @@ private:
 
     mutable std::mutex m_mutex;
     std::map<std::string, GroupPtr, std::less<>> m_groups;
-    std::unordered_map<const AssociativeObjectObserver*, GroupPtr> m_groupOf;
+    du::PlaceMap<const AssociativeObjectObserver*, GroupPtr> m_groupOf;
 };
 
 } // namespace luk::illustration

@@ -1,4 +1,4 @@
-#include <du/SymbolMap.h>
+#include <du/PlaceMap.h>
 #include <luk/IdPath.h>
 #include <luk/illustration/SbomTree.h>
 #include <luk/Instance.h>
@@ -12,7 +12,7 @@ namespace luk::illustration
 class SbomTree::Index
 {
 public:
-    du::SymbolMap<du::SmartPtr<SbomInstance>> byPath; ///< all but the root
+    du::PlaceMap<du::Symbol, du::SmartPtr<SbomInstance>> byPath; ///< all but the root
 
     static void CutLinks(SbomInstance& instance) noexcept
     {
@@ -29,18 +29,17 @@ SbomTree::SbomTree() : m_root(new SbomInstance(nullptr, du::Symbol(), {})), m_in
 
 SbomTree::~SbomTree()
 {
-    for (const auto& [path, instance] : m_index->byPath) {
-        Index::CutLinks(*instance);
-    }
+    m_index->byPath.ForEach(
+        [](const du::Symbol&, const du::SmartPtr<SbomInstance>& instance) { Index::CutLinks(*instance); });
     Index::CutLinks(*m_root);
 }
 
-std::size_t SbomTree::GetInstanceCount() const noexcept { return m_index->byPath.size(); }
+std::size_t SbomTree::GetInstanceCount() const noexcept { return m_index->byPath.GetCount(); }
 
 du::SmartPtr<SbomInstance> SbomTree::FindInstance(const du::Symbol& path) const
 {
-    const auto found = m_index->byPath.find(path);
-    return found == m_index->byPath.end() ? du::SmartPtr<SbomInstance>() : found->second;
+    const du::SmartPtr<SbomInstance>* const found = m_index->byPath.Find(path);
+    return found ? *found : nullptr;
 }
 
 bool SbomTree::IsHere(const SbomInstance& instance) const
@@ -64,7 +63,7 @@ du::SmartPtr<SbomInstance> SbomTree::AddInstance(const du::SmartPtr<SbomInstance
         made->m_ebomInstance = part.get();
         part->m_sbomInstance = made.get();
     }
-    m_index->byPath.emplace(made->m_idPath, made);
+    m_index->byPath.TryEmplace(made->m_idPath, made);
     return made;
 }
 
@@ -86,7 +85,7 @@ bool SbomTree::RemoveInstance(const du::SmartPtr<SbomInstance>& instance)
             due.push_back(child);
         }
         Index::CutLinks(*removed);
-        m_index->byPath.erase(m_index->byPath.find(removed->m_idPath));
+        m_index->byPath.Take(removed->m_idPath);
     }
     return true;
 }

@@ -1,42 +1,13 @@
+#include <du/OrderedSet.h>
 #include <luk/Annotation.h>
 #include <luk/illustration/SymbolTemplate.h>
-
-#include <list>
-#include <unordered_map>
 
 namespace luk::illustration
 {
 
 /// Annotations in the order in which they came.
-class SymbolTemplate::Consumers
+class SymbolTemplate::Consumers : public du::OrderedSet<luk::Annotation*>
 {
-public:
-    bool Add(luk::Annotation* consumer)
-    {
-        std::list<luk::Annotation*> one{consumer}; // first, so that nothing is left when there is no memory
-        const bool isNew = m_byAddress.try_emplace(consumer, one.begin()).second;
-        if (isNew) {
-            m_inOrder.splice(m_inOrder.end(), one);
-        }
-        return isNew;
-    }
-
-    bool Remove(luk::Annotation* consumer)
-    {
-        const auto entry = m_byAddress.find(consumer);
-        if (entry == m_byAddress.end()) {
-            return false;
-        }
-        m_inOrder.erase(entry->second);
-        m_byAddress.erase(entry);
-        return true;
-    }
-
-    const std::list<luk::Annotation*>& InOrder() const noexcept { return m_inOrder; }
-
-private:
-    std::list<luk::Annotation*> m_inOrder;
-    std::unordered_map<luk::Annotation*, std::list<luk::Annotation*>::iterator> m_byAddress;
 };
 
 SymbolTemplate::SymbolTemplate(Origin origin) : AssociativeObject(origin) {}
@@ -61,12 +32,12 @@ void SymbolTemplate::GetFigures(std::vector<du::SmartPtr<luk::Annotation>>& figu
     if (!m_consumers) {
         return;
     }
-    for (luk::Annotation* const consumer : m_consumers->InOrder()) {
+    m_consumers->ForEach([&figures](luk::Annotation* consumer) {
         // A consumer that nobody holds is under construction, and a handle of it would be its end.
         if (consumer->GetReferenceCount() > 0) {
             figures.emplace_back(consumer);
         }
-    }
+    });
 }
 
 void SymbolTemplate::SaveConsumers(luk::SerializedContentElement& element) const
@@ -83,18 +54,15 @@ bool SymbolTemplate::RegisterConsumer(luk::Annotation* consumer)
     if (!m_consumers) {
         m_consumers = std::make_shared<Consumers>();
     }
-    return consumer && m_consumers->Add(consumer);
+    return m_consumers->Add(consumer);
 }
 
 bool SymbolTemplate::UnregisterConsumer(luk::Annotation* consumer)
 {
-    return m_consumers && m_consumers->Remove(consumer);
+    return m_consumers && m_consumers->Take(consumer);
 }
 
-std::size_t SymbolTemplate::GetConsumerCount() const noexcept
-{
-    return m_consumers ? m_consumers->InOrder().size() : 0;
-}
+std::size_t SymbolTemplate::GetConsumerCount() const noexcept { return m_consumers ? m_consumers->GetCount() : 0; }
 
 void SymbolTemplate::ShareConsumersOf(SymbolTemplate& predecessor)
 {
@@ -102,9 +70,7 @@ void SymbolTemplate::ShareConsumersOf(SymbolTemplate& predecessor)
         predecessor.m_consumers = std::make_shared<Consumers>();
     }
     if (m_consumers && m_consumers != predecessor.m_consumers) {
-        for (luk::Annotation* const consumer : m_consumers->InOrder()) {
-            predecessor.m_consumers->Add(consumer);
-        }
+        m_consumers->ForEach([&predecessor](luk::Annotation* consumer) { predecessor.m_consumers->Add(consumer); });
     }
     m_consumers = predecessor.m_consumers;
 }

@@ -1,5 +1,5 @@
+#include <du/OrderedSet.h>
 #include <luk/illustration2d/Document2D.h>
-#include <luk/OrderedHandles.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -25,7 +25,7 @@ struct Depth {
 
 } // namespace
 
-class Document2D::Tree : public OrderedHandles<Node2D>
+class Document2D::Tree : public du::OrderedSet<du::SmartPtr<Node2D>>
 {
 };
 
