@@ -52,6 +52,8 @@ Cut FindLastEntry(std::string_view text, std::size_t first) noexcept
 
 } // namespace
 
+LibraryPieces::LibraryPieces(LibraryText&& file) : m_file(std::move(file)) { BeginText({}); }
+
 bool LibraryPieces::Take(Piece& piece)
 {
     const std::lock_guard lock(m_lock);
@@ -60,34 +62,35 @@ bool LibraryPieces::Take(Piece& piece)
         if (!m_file.ReadBlock(m_text)) {
             return false;
         }
-        const Cut cut = FindLastEntry(m_text, std::max<std::size_t>(sizeBefore, kLongestStart) - kLongestStart + 1);
+        const std::size_t afterFirst = kPieceStart.size() + 1;
+        const Cut cut = FindLastEntry(m_text, std::max(afterFirst, sizeBefore + 1 - kLongestStart));
         if (cut.offset == std::string_view::npos) {
             continue;
         }
-        const std::string_view taken = std::string_view(m_text).substr(0, cut.offset);
-        const bool isPiece = cut.section == m_section;
-        if (isPiece) {
-            piece.number = m_sections.size();
-            piece.section = m_section;
-            piece.text.clear();
-            piece.text.reserve(kPieceStart.size() + taken.size() + kPieceEnd.size());
-            piece.text.append(kPieceStart).append(taken).append(kPieceEnd);
-            m_sections.push_back(m_section);
+        std::string taken = std::move(m_text);
+        BeginText(std::string_view(taken).substr(cut.offset));
+        taken.resize(cut.offset);
+        const std::string_view section = std::exchange(m_section, cut.section);
+        if (cut.section == section) {
+            piece = {m_sections.size(), section, std::move(taken.append(kPieceEnd))};
+            m_sections.push_back(section);
             m_rest.append(kMarker);
-        } else {
-            AppendRest(taken);
-        }
-        m_section = cut.section;
-        m_text.erase(0, cut.offset);
-        if (isPiece) {
             return true;
         }
+        AppendRest(std::string_view(taken).substr(kPieceStart.size()));
     }
+}
+
+void LibraryPieces::BeginText(std::string_view begin)
+{
+    m_text.clear();
+    m_text.reserve(kPieceStart.size() + begin.size() + LibraryText::kBlockSize + kPieceEnd.size());
+    m_text.append(kPieceStart).append(begin);
 }
 
 std::string LibraryPieces::TakeRest()
 {
-    AppendRest(std::exchange(m_text, {}));
+    AppendRest(std::string_view(m_text).substr(kPieceStart.size()));
     return m_file.HasNul() ? std::string() : std::move(m_rest);
 }
 

@@ -47,7 +47,7 @@ public:
         XmlRoot Parse();
     };
 
-    explicit LibraryPieces(LibraryText&& file) : m_file(std::move(file)) {}
+    explicit LibraryPieces(LibraryText&& file);
 
     /// Reads on to the next piece.
     /// @return false when there is none
@@ -64,11 +64,13 @@ public:
     bool HasAllMarkers(const dg::XmlElem& root) const noexcept;
 
 private:
+    void BeginText(std::string_view begin);
     void AppendRest(std::string_view text);
 
     std::mutex m_lock;
     LibraryText m_file;
-    /// What was read and not taken. But at the beginning it begins with an entry of the section.
+    /// What was read and not taken, behind what a piece begins with, so that it becomes one without a copy. But at the
+    /// beginning of the file it is an entry of the section that it begins with.
     std::string m_text;
     std::string_view m_section;
     std::vector<std::string_view> m_sections; ///< of the pieces
