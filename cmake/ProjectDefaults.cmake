@@ -33,6 +33,14 @@ target_compile_options(project_defaults INTERFACE
 # what they do not own, and optional numbers that are read before they are set.
 target_compile_options(project_defaults INTERFACE
   "$<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release>>:-Wno-restrict;-Wno-free-nonheap-object;-Wno-maybe-uninitialized>")
+if(NOT WIN32)
+  # Nobody puts functions in the place of ours at run time, so that calls may go straight to them: each way round costs places in
+  # the processor's cache of instructions, of which opening a document has too few.
+  target_compile_options(project_defaults INTERFACE
+    "$<$<CONFIG:Release>:-fno-semantic-interposition;-fno-plt>")
+  target_link_options(project_defaults INTERFACE
+    "$<$<CONFIG:Release>:LINKER:-Bsymbolic-functions,-z,now>")
+endif()
 if(CMAKE_UNITY_BUILD)
   # The compiler takes a source that is compiled along with others for a header, whose classes must not hold what is private.
   target_compile_options(project_defaults INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
