@@ -26,14 +26,12 @@ namespace luannotations
 namespace
 {
 
-/// A picture that is not turned is shared by all who show it.
 void TurnPicture(luk::Image& image, int rightDegrees, int leftDegrees)
 {
     constexpr int kQuarterTurnDegrees = 90;
-    const std::int64_t quarterTurns = (std::int64_t{rightDegrees} + leftDegrees) / kQuarterTurnDegrees;
-    const du::SmartPtr<luk::ImageData> data = image.GetImageData();
-    if (data && quarterTurns % 4 != 0) {
-        image.SetImageData(data->CreateCWRotated(static_cast<int>(quarterTurns)));
+    if (const du::SmartPtr<luk::ImageData> data = image.GetImageData()) {
+        const std::int64_t degrees = std::int64_t{rightDegrees} + leftDegrees;
+        image.SetImageData(data->CreateCWRotated(static_cast<int>(degrees / kQuarterTurnDegrees)));
     }
 }
 

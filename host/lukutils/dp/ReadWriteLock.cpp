@@ -200,8 +200,8 @@ ReadWriteLock::MisuseHandler ReadWriteLock::SetMisuseHandler(MisuseHandler handl
     return s_misuseHandler.exchange(handler ? handler : &TraceAndAssert, std::memory_order_acq_rel);
 }
 
-// From here on: whoever has the mutex of the waiting place and has set kWaiting is alone in changing m_state, because every shorter way gives up
-// at that bit. It is cleared again as soon as nobody waits.
+// From here on: whoever has the mutex of the waiting place and has set kWaiting is alone in changing m_state, because every
+// shorter way gives up at that bit. It is cleared again as soon as nobody waits.
 
 void ReadWriteLock::WaitToRead()
 {
