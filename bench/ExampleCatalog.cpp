@@ -191,4 +191,6 @@ std::size_t BytesInUse()
     return info.uordblks + info.hblkhd;
 }
 
+void GiveFreeMemoryBack() { malloc_trim(0); }
+
 } // namespace bench

@@ -56,4 +56,7 @@ std::size_t FileSize(const std::string& path);
 /// Bytes that the program holds by its allocator.
 std::size_t BytesInUse();
 
+/// To the system, so that what comes next finds memory as a program does that has just begun.
+void GiveFreeMemoryBack();
+
 } // namespace bench

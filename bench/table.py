@@ -225,7 +225,7 @@ def read_arguments():
     parser.add_argument("--only", metavar="TEXT", default="", help="rows whose name holds this")
     parser.add_argument("--json", metavar="FILE", help="keep the figures")
     parser.add_argument("--compare", metavar="FILE", help="tell what changed since these figures were kept")
-    parser.add_argument("--repetitions", type=int, default=3)
+    parser.add_argument("--repetitions", type=int, default=5)
     return parser.parse_args()
 
 

@@ -84,7 +84,7 @@ bool LibraryPieces::Take(Piece& piece)
 void LibraryPieces::BeginText(std::string_view begin)
 {
     m_text.clear();
-    m_text.reserve(kPieceStart.size() + begin.size() + LibraryText::kBlockSize + kPieceEnd.size());
+    m_text.reserve(kPieceStart.size() + begin.size() + LibraryText::kBlockRoom + kPieceEnd.size());
     m_text.append(kPieceStart).append(begin);
 }
 

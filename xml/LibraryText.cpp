@@ -5,9 +5,33 @@
 #include <du/FileSystem.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <string_view>
 
 namespace lusymbols
 {
+
+namespace
+{
+
+/// Makes line feeds alone of those behind a carriage return.
+void DropReturns(std::string& text, std::size_t start)
+{
+    constexpr std::string_view kReturnAndFeed = "\r\n";
+    std::size_t found = text.find(kReturnAndFeed, start);
+    std::size_t end = std::min(found, text.size());
+    while (found != std::string::npos) {
+        const std::size_t next = text.find(kReturnAndFeed, found + 1);
+        const std::size_t count = std::min(next, text.size()) - (found + 1);
+        std::copy_n(text.begin() + static_cast<std::ptrdiff_t>(found + 1), count,
+                    text.begin() + static_cast<std::ptrdiff_t>(end));
+        end += count;
+        found = next;
+    }
+    text.resize(end);
+}
+
+} // namespace
 
 LibraryText::LibraryText(const std::string& path)
 {
@@ -17,7 +41,6 @@ LibraryText::LibraryText(const std::string& path)
     m_file.open(MakeLibraryPath(path), std::ios::binary | std::ios::ate);
     m_size = static_cast<std::size_t>(std::max<std::streamoff>(m_file.tellg(), 0));
     m_file.seekg(0);
-    m_block = std::make_unique_for_overwrite<char[]>(kBlockSize);
 }
 
 bool LibraryText::ReadBlock(std::string& text)
@@ -25,18 +48,41 @@ bool LibraryText::ReadBlock(std::string& text)
     if (!m_file.is_open() || !m_file) {
         return false;
     }
-    m_file.read(m_block.get(), kBlockSize);
-    const std::string_view block(m_block.get(), static_cast<std::size_t>(m_file.gcount()));
-    m_hasNul = block.find('\0') != std::string_view::npos;
+    const std::size_t start = text.size();
+    m_hasNul = !AppendBytes(text);
     if (m_hasNul) {
+        text.resize(start);
         m_file.close();
         return false;
     }
-    AppendLines(block, text);
-    if (!m_file) {
-        End(text);
-    }
+    EndLines(text, start);
     return true;
+}
+
+/// Behind a carriage return where one is pending.
+/// @return false when a NUL byte is among them
+bool LibraryText::AppendBytes(std::string& text)
+{
+    text.append(m_hasPendingReturn ? 1 : 0, '\r');
+    const std::size_t start = text.size();
+    text.resize(start + kBlockSize);
+    m_file.read(text.data() + start, kBlockSize);
+    text.resize(start + static_cast<std::size_t>(m_file.gcount()));
+    return text.find('\0', start) == std::string::npos;
+}
+
+/// Of what was appended to the text from a start on.
+void LibraryText::EndLines(std::string& text, std::size_t start)
+{
+    if (text.size() > start) {
+        m_isLineOpen = text.back() != '\n';
+        m_hasPendingReturn = text.back() == '\r';
+        text.resize(text.size() - (m_hasPendingReturn ? 1 : 0));
+        DropReturns(text, start);
+    }
+    if (!m_file && m_isLineOpen) {
+        text.push_back('\n');
+    }
 }
 
 std::string LibraryText::ReadRest()
@@ -44,45 +90,13 @@ std::string LibraryText::ReadRest()
     std::string text;
     // A claim is believed as far as eight times the bytes that came.
     constexpr std::size_t kFirstReserve = std::size_t{256} * 1024 * 1024;
-    text.reserve(std::min(m_size + 1, kFirstReserve));
+    text.reserve(std::min(m_size, kFirstReserve) + kBlockRoom);
     while (ReadBlock(text)) {
-        if (text.capacity() - text.size() < kBlockSize + 2) {
-            text.reserve(std::min(m_size + 1, text.size() * 8));
+        if (text.capacity() - text.size() < kBlockRoom) {
+            text.reserve(std::min(m_size, text.size() * 8) + kBlockRoom);
         }
     }
     return m_hasNul ? std::string() : std::move(text);
-}
-
-void LibraryText::AppendLines(std::string_view block, std::string& text)
-{
-    if (block.empty()) {
-        return;
-    }
-    if (m_hasPendingReturn) {
-        text.append(block.front() == '\n' ? "" : "\r");
-    }
-    m_hasPendingReturn = block.back() == '\r';
-    m_isLineOpen = block.back() != '\n';
-    if (m_hasPendingReturn) {
-        block.remove_suffix(1);
-    }
-    for (std::size_t found = 0; (found = block.find('\r', found)) != std::string_view::npos;) {
-        if (block.substr(found + 1).starts_with('\n')) {
-            text.append(block.substr(0, found));
-            block.remove_prefix(found + 1);
-            found = 0;
-        } else {
-            ++found;
-        }
-    }
-    text.append(block);
-}
-
-void LibraryText::End(std::string& text)
-{
-    if (m_isLineOpen) {
-        text.push_back('\n');
-    }
 }
 
 } // namespace lusymbols

@@ -2,9 +2,7 @@
 
 #include <cstddef>
 #include <fstream>
-#include <memory>
 #include <string>
-#include <string_view>
 
 namespace lusymbols
 {
@@ -22,10 +20,13 @@ namespace lusymbols
 class LibraryText
 {
 public:
-    /// Small enough to stay in the cache between reading, looking for carriage returns and copying.
+    /// Small enough to stay in the cache between reading, looking for carriage returns and parsing.
     static constexpr std::size_t kBlockSize = std::size_t{128} * 1024;
 
     explicit LibraryText(const std::string& path);
+
+    /// The room that ReadBlock uses behind a text.
+    static constexpr std::size_t kBlockRoom = kBlockSize + 1;
 
     /// Appends the lines of the next block to the text.
     /// @return false when there is none
@@ -40,11 +41,10 @@ public:
     bool HasNul() const noexcept { return m_hasNul; }
 
 private:
-    void AppendLines(std::string_view block, std::string& text);
-    void End(std::string& text);
+    bool AppendBytes(std::string& text);
+    void EndLines(std::string& text, std::size_t start);
 
     std::ifstream m_file;
-    std::unique_ptr<char[]> m_block;
     std::size_t m_size = 0;
     bool m_hasNul = false;
     /// The block before ended with a carriage return that a line feed may follow.

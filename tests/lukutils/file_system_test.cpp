@@ -2,10 +2,12 @@
 #include "support/TemporaryFolder.h"
 
 #include <du/FileSystem.h>
+#include <du/FoundFiles.h>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <thread>
 #include <vector>
 
 namespace
@@ -51,6 +53,29 @@ TEST_F(FileSystemTest, OnlyRegularFilesAreFiles)
     EXPECT_TRUE(FileSystem::FileExists(Path("f")));
     EXPECT_TRUE(FileSystem::FileReadable(Path("f")));
     EXPECT_FALSE(FileSystem::DirExists(Path("f")));
+}
+
+TEST_F(FileSystemTest, WhatWasFoundIsKnownWhileItIsWanted)
+{
+    const std::string early = m_folder.Write("early", "x");
+    const std::string other = m_folder.Write("other", "x");
+    const std::string late = Path("late");
+    {
+        const du::FoundFiles foundFiles;
+        const du::FoundFiles within;
+        EXPECT_TRUE(FileSystem::FileExists(early));
+        EXPECT_FALSE(FileSystem::FileExists(late));
+        m_folder.Write("late", "x");
+        EXPECT_TRUE(FileSystem::FileExists(late)); // what was missing is looked for again
+
+        fs::remove(early);
+        EXPECT_TRUE(FileSystem::FileExists(early));
+        std::thread([&] { EXPECT_FALSE(FileSystem::FileExists(early)); }).join();
+        EXPECT_TRUE(FileSystem::DeletePath(other));
+        EXPECT_FALSE(FileSystem::FileExists(early));
+        fs::remove(late);
+    }
+    EXPECT_FALSE(FileSystem::FileExists(late));
 }
 
 TEST_F(FileSystemTest, CopiesEveryByte)

@@ -5,6 +5,7 @@
 #include "PageDrawing.h"
 #include "SymbolFiles.h"
 
+#include <du/FoundFiles.h>
 #include <du/SymbolMap.h>
 #include <luhost/Document.h>
 #include <luk/AnnoSet.h>
@@ -391,6 +392,7 @@ std::size_t Document::Content::AddPage(const PageSize& size)
 
 void Document::Content::MakeAnnotations()
 {
+    const du::FoundFiles foundFiles;
     const std::vector<std::uint64_t> templates = FindTemplates();
     m_unknownAnnotations = 0;
     for (std::size_t i = 0; i < m_parts.size(); ++i) {

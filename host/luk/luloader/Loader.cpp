@@ -242,7 +242,7 @@ private:
     void ReadContent(const RegularFile& file, PictureCache::File& state, Job& job);
     void Decode(std::string_view bytes, Job& job);
     void ReadShape(Job& job);
-    void ReadMesh(const RegularFile& file, const FileIdentity& identity, Job& job);
+    void ReadMesh(const RegularFile& file, Job& job);
     void AskReaders(Job& job);
 
     const Config m_config;
@@ -729,8 +729,8 @@ void Loader::Work::NoteKernelClosed()
 void Loader::Work::ReadPicture(Job& job)
 {
     const RegularFile file(job.path);
-    PictureCache::File state{job.path, {}, false};
-    if (!file.IsOpen() || !file.Identify(state.identity)) {
+    PictureCache::File state{job.path, file.GetIdentity(), false};
+    if (!file.IsOpen()) {
         job.problem = RegularFile::Explain(job.path);
         return;
     }
@@ -788,23 +788,22 @@ void Loader::Work::Decode(std::string_view bytes, Job& job)
 void Loader::Work::ReadShape(Job& job)
 {
     const RegularFile file(job.path);
-    FileIdentity identity;
-    if (!file.IsOpen() || !file.Identify(identity)) {
+    if (!file.IsOpen()) {
         job.problem = RegularFile::Explain(job.path);
         return;
     }
     {
         const std::lock_guard lock(m_mutex);
-        job.mesh = m_meshes.FindFile(job.path, identity);
+        job.mesh = m_meshes.FindFile(job.path, file.GetIdentity());
     }
     if (!job.mesh) {
-        ReadMesh(file, identity, job);
+        ReadMesh(file, job);
     }
 }
 
 /// Readers open the file by themselves, so that the mesh is of the bytes seen here only if these are still the same
 /// afterwards.
-void Loader::Work::ReadMesh(const RegularFile& file, const FileIdentity& identity, Job& job)
+void Loader::Work::ReadMesh(const RegularFile& file, Job& job)
 {
     std::string bytes;
     if (!file.Read(m_config.maximumFileBytes, bytes, job.problem)) {
@@ -816,7 +815,7 @@ void Loader::Work::ReadMesh(const RegularFile& file, const FileIdentity& identit
     const DecodingTurn turn(*this, content.digest);
     {
         const std::lock_guard lock(m_mutex);
-        job.mesh = m_meshes.FindContent(content, job.path, identity);
+        job.mesh = m_meshes.FindContent(content, job.path, file.GetIdentity());
     }
     if (job.mesh) {
         return;
@@ -827,7 +826,7 @@ void Loader::Work::ReadMesh(const RegularFile& file, const FileIdentity& identit
     if (job.mesh && afterwards.IsOpen() && afterwards.Read(m_config.maximumFileBytes, bytes, problem) &&
         ShapeCache::Content(bytes) == content) {
         const std::lock_guard lock(m_mutex);
-        m_meshes.Add(content, job.path, identity, job.mesh);
+        m_meshes.Add(content, job.path, file.GetIdentity(), job.mesh);
     }
 }
 

@@ -131,8 +131,7 @@ bool FileIdentity::IsSettled() const noexcept
 
 RegularFile::RegularFile(const std::string& path) noexcept : m_descriptor(path.empty() ? -1 : OpenToRead(path))
 {
-    FileIdentity identity;
-    if (IsOpen() && !Identify(identity)) {
+    if (IsOpen() && !Identify(m_identity)) {
         CloseFile(m_descriptor);
         m_descriptor = -1;
     }
@@ -150,13 +149,8 @@ bool RegularFile::Identify(FileIdentity& identity) const noexcept { return Ident
 bool RegularFile::Read(std::size_t maximumBytes, std::string& bytes, std::string& problem) const
 {
     constexpr std::size_t kChunk = std::size_t{1} << 20;
-    FileIdentity identity;
-    if (!Identify(identity)) {
-        problem = "the file cannot be read";
-        return false;
-    }
     // One byte more than the file should have shows its end without growing the text.
-    bytes.resize(std::min(static_cast<std::size_t>(identity.size), maximumBytes) + 1);
+    bytes.resize(std::min(static_cast<std::size_t>(m_identity.size), maximumBytes) + 1);
     std::size_t size = 0;
     std::ptrdiff_t count = 1;
     while (count > 0 && size <= maximumBytes) {

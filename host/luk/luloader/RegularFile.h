@@ -37,6 +37,10 @@ public:
 
     bool IsOpen() const noexcept { return m_descriptor >= 0; }
 
+    /// As it was when it was opened.
+    const FileIdentity& GetIdentity() const noexcept { return m_identity; }
+
+    /// As it is now.
     bool Identify(FileIdentity& identity) const noexcept;
 
     /// All bytes up to the end, wherever that is by now.
@@ -48,6 +52,7 @@ public:
 
 private:
     int m_descriptor = -1;
+    FileIdentity m_identity;
 };
 
 /// The path that a URL or a plain path stands for. Nothing is percent-decoded, since URLs here are put together from paths

@@ -1,4 +1,5 @@
 #include <du/FileSystem.h>
+#include <du/FoundFiles.h>
 
 #include <array>
 #include <cerrno>
@@ -164,10 +165,17 @@ int FileSystem::Mkdir(const std::string& path)
 
 bool FileSystem::FileExists(const std::string& path)
 {
+    if (FoundFiles::Has(path)) {
+        return true;
+    }
     struct stat status {
     };
     const bool namesFile = !path.empty() && !NamesFolder(path) && path.find('\0') == std::string::npos;
-    return namesFile && ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    if (!namesFile || ::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return false;
+    }
+    FoundFiles::Add(path);
+    return true;
 }
 
 bool FileSystem::FileReadable(const std::string& path)
@@ -200,6 +208,7 @@ bool FileSystem::CopyFile(const std::string& source, const std::string& target)
 
 bool FileSystem::DeletePath(const std::string& path) noexcept
 {
+    FoundFiles::Forget();
     try {
         return RemoveAll(path);
     } catch (const std::bad_alloc&) {

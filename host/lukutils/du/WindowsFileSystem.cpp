@@ -1,4 +1,5 @@
 #include <du/FileSystem.h>
+#include <du/FoundFiles.h>
 #include <du/SystemPath.h>
 
 #include <cerrno>
@@ -67,7 +68,17 @@ int FileSystem::Mkdir(const std::string& path)
     return ::CreateDirectoryW(folder.c_str(), nullptr) ? 0 : WindowsFiles::ErrorNumberOf(::GetLastError());
 }
 
-bool FileSystem::FileExists(const std::string& path) { return IsFile(path); }
+bool FileSystem::FileExists(const std::string& path)
+{
+    if (FoundFiles::Has(path)) {
+        return true;
+    }
+    if (!IsFile(path)) {
+        return false;
+    }
+    FoundFiles::Add(path);
+    return true;
+}
 
 bool FileSystem::FileReadable(const std::string& path)
 {
@@ -99,6 +110,7 @@ bool FileSystem::CopyFile(const std::string& source, const std::string& target)
 
 bool FileSystem::DeletePath(const std::string& path) noexcept
 {
+    FoundFiles::Forget();
     try {
         return RemoveAll(path);
     } catch (const std::bad_alloc&) {
