@@ -28,9 +28,9 @@ namespace
 
 constexpr int kFailed = 1;
 
-/// So long a worker that has run out of work lies in wait before it sleeps. What is asked for meanwhile costs no waking, and
-/// loads of one file become one job.
-constexpr std::chrono::milliseconds kDoze{20};
+/// So long loads are gathered before they are read. What is asked for meanwhile costs no waking, and loads of one file
+/// become one job.
+constexpr std::chrono::milliseconds kGathering{20};
 
 /// So short that a string of it needs no memory.
 constexpr const char* kOutOfMemory = "out of memory";
@@ -231,7 +231,7 @@ private:
 
     void RunWorker();
     Jobs TakeJob();
-    void WaitForJob(std::unique_lock<std::mutex>& lock);
+    void Gather(std::unique_lock<std::mutex>& lock);
     void NoteNewJob();
     void FinishJob(const Job& job);
     bool TryToPost(const std::shared_ptr<Job>& job);
@@ -266,15 +266,17 @@ private:
     std::atomic<bool> m_kernelClosed{false};
 
     std::mutex m_mutex; ///< guards what follows
-    std::condition_variable m_jobsChanged;
-    std::condition_variable m_hurried; ///< for the one that dozes
+    std::condition_variable m_roundChanged;
+    std::condition_variable m_jobsChanged; ///< for the one that gathers
     std::condition_variable m_posted;
     std::condition_variable m_decoded;
     bool m_isStopping = false;
-    bool m_isDozing = false;      ///< one worker, which looks for jobs by itself soon
-    bool m_isHostWaiting = false; ///< so that nobody dozes
+    bool m_isGathering = false;   ///< one worker
+    bool m_isJobAwaited = false;  ///< by the one that gathers, which does not look by itself
+    bool m_isHostWaiting = false; ///< so that what comes is read at once
     std::size_t m_postCount = 0;
-    Jobs m_jobs;
+    Jobs m_jobs;     ///< of the next round
+    Jobs m_round;    ///< to be taken now
     Jobs m_unposted; ///< finished, but the kernel had no memory to be told so
     std::unordered_map<std::string, Lane, du::TextHash, std::equal_to<>> m_lanes;
     PictureCache m_cache;
@@ -341,7 +343,7 @@ private:
     {
         const std::lock_guard lock(m_work.m_mutex);
         m_work.m_isHostWaiting = isWaiting;
-        m_work.m_hurried.notify_one();
+        m_work.m_jobsChanged.notify_one();
     }
 
     Work& m_work;
@@ -575,10 +577,11 @@ void Loader::Work::Stop()
         const std::lock_guard lock(m_mutex);
         m_isStopping = true;
         m_jobs.clear();
+        m_round.clear();
         m_unposted.clear();
         m_lanes.clear();
+        m_roundChanged.notify_all();
         m_jobsChanged.notify_all();
-        m_hurried.notify_all();
     }
     for (std::thread& worker : std::exchange(m_workers, {})) {
         worker.join();
@@ -624,37 +627,41 @@ Jobs Loader::Work::TakeJob()
 {
     Jobs one;
     std::unique_lock lock(m_mutex);
-    WaitForJob(lock);
+    while (!m_isStopping && m_round.empty()) {
+        m_isGathering ? m_roundChanged.wait(lock) : Gather(lock);
+    }
     if (m_isStopping) {
         return one;
     }
-    one.splice(one.end(), m_jobs, m_jobs.begin());
+    one.splice(one.end(), m_round, m_round.begin());
     one.front()->isTaken = true;
     if (const auto lane = m_lanes.find(one.front()->lane); lane != m_lanes.end()) {
         lane->second.waiting = nullptr;
         lane->second.isRunning = true;
     }
-    if (!m_jobs.empty()) {
-        NoteNewJob(); // which may have come while this one dozed
-    }
     return one;
 }
 
-void Loader::Work::WaitForJob(std::unique_lock<std::mutex>& lock)
+/// Makes the next round of what comes within a while, or of what comes first when nothing does.
+///
+/// *Rationale:* ten thousand symbols ask for a hundred files one after the other. Were each request served at once, a file
+/// would be read again and again, since none may have what was read before it asked.
+void Loader::Work::Gather(std::unique_lock<std::mutex>& lock)
 {
-    const auto mayGo = [this] { return m_isStopping || !m_jobs.empty(); };
-    if (!mayGo() && !m_isDozing && !m_isHostWaiting) {
-        m_isDozing = true;
-        m_hurried.wait_for(lock, kDoze, [this] { return m_isStopping || m_isHostWaiting; });
-        m_isDozing = false;
-    }
-    m_jobsChanged.wait(lock, mayGo);
+    m_isGathering = true;
+    m_jobsChanged.wait_for(lock, kGathering, [this] { return m_isStopping || m_isHostWaiting; });
+    m_isJobAwaited = true;
+    m_jobsChanged.wait(lock, [this] { return m_isStopping || !m_jobs.empty(); });
+    m_isJobAwaited = false;
+    m_isGathering = false;
+    m_round.splice(m_round.end(), m_jobs);
+    m_roundChanged.notify_all();
 }
 
-/// [locked] Wakes a worker for it, unless one comes by itself.
+/// [locked]
 void Loader::Work::NoteNewJob()
 {
-    if (!m_isDozing) {
+    if (m_isJobAwaited) {
         m_jobsChanged.notify_one();
     }
 }
