@@ -4,8 +4,8 @@
 Usage: bench/table.py FOLDER [--only TEXT] [--json FILE] [--compare FILE] [--repetitions N]
 
 FOLDER holds the programs. Each row runs in a process of its own, so that its peak memory is its own; what a row compares
-runs in the same process, in turns. Times are medians. Exit code: 0 when every row is met, 1 when one is not, 2 for wrong use
-or benchmarks that fail.
+runs in the same process, in turns. Times are the shortest of the repetitions, since whatever else the machine does only adds
+to them. Exit code: 0 when every row is met, 1 when one is not, 2 for wrong use or benchmarks that fail.
 """
 
 import argparse
@@ -67,7 +67,7 @@ class Figures:
         self.reference = self.time(row.reference) if row.reference else None
 
     def time(self, name: str) -> float:
-        return statistics.median(self.runs[name]["ms"])
+        return min(self.runs[name]["ms"])
 
     def ratio(self) -> float:
         return self.ours / self.reference
@@ -87,7 +87,7 @@ class Figures:
 
     def noise(self) -> float:
         times = self.runs[self.own_names[-1]]["ms"]
-        return (max(times) - min(times)) / statistics.median(times)
+        return (statistics.median(times) - min(times)) / min(times)
 
     def last_step(self) -> float:
         """How many times longer the largest size takes than the one before."""

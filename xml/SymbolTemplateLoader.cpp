@@ -8,7 +8,7 @@
 #include "xml/LibraryFormat.h"
 #include "xml/LibraryPieces.h"
 #include "xml/LibraryText.h"
-#include "xml/RunInRanges.h"
+#include "xml/RunOnThreads.h"
 
 #include <dg/XmlElem.h>
 #include <du/FileSpec.h>
@@ -121,7 +121,7 @@ public:
     /// @return whether all of them are whole entries
     bool Run(std::size_t blocks)
     {
-        RunInRanges(blocks, kBlocksWorthAThread, [this](std::size_t, std::size_t) { ReadWhileThereAreAny(); });
+        RunOnThreads(blocks / kBlocksWorthAThread, [this] { ReadWhileThereAreAny(); });
         return m_isWhole;
     }
 
@@ -131,7 +131,6 @@ public:
 private:
     static constexpr std::size_t kBlocksWorthAThread = 2;
 
-    // Which thread reads which piece is left to chance, so that none waits for a slower one.
     void ReadWhileThereAreAny()
     {
         EntryReader reader(m_origin, m_roots);

@@ -6,7 +6,7 @@
 #include "catalog/PartslibraryOlItem.h"
 #include "xml/LibraryFormat.h"
 #include "xml/LibraryPath.h"
-#include "xml/RunInRanges.h"
+#include "xml/RunOnThreads.h"
 
 #include <dg/FormatNumber.h>
 #include <dg/XmlElem.h>
@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -385,13 +386,15 @@ void SymbolTemplateWriter::WritePartslibraryListToXML(const std::string& path, b
     root.OpenTag(format::kRoot, 0, true);
     SectionText rootEnd(0);
     rootEnd.ClosingTag(format::kRoot, 0);
-    // The two large sections, in parts that several threads write.
+    // The two large sections, in parts that several threads write. A part takes much longer than a thread takes to start.
+    constexpr std::size_t kEntriesInPart = 2048;
     const std::size_t count = m_templates.size();
-    const std::size_t parts = std::max(count / kEntriesWorthAThread, std::size_t{1});
+    const std::size_t parts = std::max(count / kEntriesInPart, std::size_t{1});
     std::vector<std::string> shapes(parts);
     std::vector<std::string> images(parts);
-    RunInRanges(parts, 1, [&](std::size_t first, std::size_t end) {
-        for (std::size_t part = first; part < end; ++part) {
+    std::atomic<std::size_t> next = 0;
+    RunOnThreads(parts, [&] {
+        for (std::size_t part = next++; part < parts; part = next++) {
             shapes[part] = WritePartslibraryOls(flag, count * part / parts, count * (part + 1) / parts);
             images[part] = WritePartslibraryImages(flag, count * part / parts, count * (part + 1) / parts);
         }
