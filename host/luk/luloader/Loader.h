@@ -38,10 +38,10 @@ namespace luloader
 /// not delivered comes with the next WaitForLoads.
 ///
 /// Cost: a file that is loaded several times is read and decoded once, for as long as it stays the same and its picture or
-/// mesh is still in memory; the same bytes at another place are read but not decoded again. Unless the
-/// host waits for loads, they are gathered for some milliseconds before they are read: many that are asked for one after the
-/// other wake nobody, and those of one file are one piece of work. Pictures and meshes that nobody asked for lately are
-/// let go once the ones or the others take more than a fixed number of bytes.
+/// mesh is still in memory; the same bytes at another place are read but not decoded again. Unless the host waits for loads,
+/// they are gathered for some milliseconds before they are read: many that are asked for one after the other wake nobody, and
+/// those of one file are one piece of work. Pictures and meshes that nobody asked for lately are let go once the ones or the
+/// others take more than a fixed number of bytes.
 class LUHOST_API Loader : public luk::Object, public virtual du::RefCounted
 {
 public:
